@@ -1,0 +1,1 @@
+// An empty translation unit for targets that have no sources yet.
