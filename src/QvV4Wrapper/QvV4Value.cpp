@@ -1,1 +1,98 @@
-// placeholder
+// QvV4Value.cpp - the record by which readers hand out texts, and its two
+// fills: the address side's from a zero-ended text in the default code page,
+// the mail side's from a string of known length in strict code page 932.
+// The two differ on purpose in sizes, zeroing and failure behaviour.
+#include "QvV4Wrapper/QvV4Value.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/platform.h"
+
+namespace {
+// The mail side's release accepts 0.
+void FreeTolerant(void* p) {
+    if (p != nullptr) std::free(p);
+}
+void FreePlain(void* p) { std::free(p); }
+}  // namespace
+
+void QvV4Value_Init(QvV4Value* pValue) {
+    pValue->pfnFree = nullptr;
+    pValue->nKind = QV_V4_KIND_TEXT8;
+    pValue->nSize = 0;
+    pValue->pData = nullptr;
+}
+
+void QvV4Value_SetKind(QvV4Value* pValue, uint32_t nKind) { pValue->nKind = nKind; }
+
+void QvV4Value_Release(QvV4Value* pValue) {
+    if (pValue->pData == nullptr || pValue->pfnFree == nullptr) return;
+    pValue->pfnFree(pValue->pData);
+    pValue->pfnFree = nullptr;
+    pValue->pData = nullptr;
+}
+
+int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
+    pValue->pfnFree = FreePlain;
+    if (pValue->nKind == QV_V4_KIND_TEXT8) {
+        size_t n = std::strlen(pszText) + 1;
+        pValue->nSize = static_cast<uint32_t>(n);
+        void* p = std::malloc(n);
+        if (p == nullptr) return -1;
+        std::memcpy(p, pszText, n);
+        pValue->pData = p;
+        return 0;
+    }
+    if (pValue->nKind == QV_V4_KIND_TEXT16) {
+        // The default code page, without an error test.
+        int nWide = qvp::MultiByteToWideChar(qvp::kCpAcp, 0, pszText, -1, nullptr, 0);
+        if (nWide <= 0) nWide = 1;
+        pValue->nSize = static_cast<uint32_t>(nWide) * 2;
+        char16_t* p = static_cast<char16_t*>(std::malloc(pValue->nSize));
+        if (p == nullptr) return -1;
+        int nDone = qvp::MultiByteToWideChar(qvp::kCpAcp, 0, pszText, -1, p, nWide);
+        p[nDone > 0 ? nDone - 1 : 0] = 0;
+        pValue->pData = p;
+        return 0;
+    }
+    pValue->nSize = 0;
+    pValue->pData = nullptr;
+    return -3;
+}
+
+int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
+    const size_t nLength = str.size();
+    if (nLength == 0) {
+        void* p = std::calloc(2, 1);
+        if (p == nullptr) return -1;
+        pValue->pfnFree = FreeTolerant;
+        pValue->nSize = 2;
+        pValue->pData = p;
+        return 0;
+    }
+    if (pValue->nKind == QV_V4_KIND_TEXT16) {
+        char16_t* p = static_cast<char16_t*>(std::calloc(2 * nLength + 2, 1));
+        if (p == nullptr) return -1;
+        // Strict: an invalid sequence fails the whole text. The source is
+        // read up to its first zero byte.
+        int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, str.c_str(), -1, p,
+                                             static_cast<int>(nLength + 1));
+        if (nDone == 0) {
+            std::free(p);
+            return -3;
+        }
+        pValue->pfnFree = FreeTolerant;
+        pValue->nSize = static_cast<uint32_t>(2 * nLength);
+        pValue->pData = p;
+        return 0;
+    }
+    // Kind 1, and any other kind alike.
+    char* p = static_cast<char*>(std::calloc(nLength + 2, 1));
+    if (p == nullptr) return -1;
+    std::memcpy(p, str.data(), nLength);
+    pValue->pfnFree = FreeTolerant;
+    pValue->nSize = static_cast<uint32_t>(nLength);
+    pValue->pData = p;
+    return 0;
+}

@@ -1,0 +1,82 @@
+// QvITraceRecord.cpp - the trace record builder and the line format.
+#include "QvImplCommon/QvITraceRecord.h"
+
+#include "QvImplCommon/QvExceptions.h"
+#include "QvImplCommon/QvIAnalyzer.h"
+#include "platform/platform.h"
+
+CQvITraceRecord::CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32_t nLevel)
+    : m_nLine(nLine), m_nLevel(nLevel), m_bEnabled(0) {
+    CQvIAnalyzer* pAnalyzer = CQvIAnalyzer::GetInstance();
+    if (pAnalyzer == nullptr || !pAnalyzer->IsLogging()) return;
+    m_bEnabled = 1;
+    // The line shows what follows the last separator of the path.
+    const char* pszBase = pszSourcePath;
+    for (const char* p = pszSourcePath; *p != '\0'; ++p) {
+        if (*p == '\\' || *p == '/') pszBase = p + 1;
+    }
+    m_strFile.AppendAscii(pszBase);
+}
+
+CQvITraceRecord& CQvITraceRecord::Text(const char16_t* psz) {
+    if (m_bEnabled) m_strMessage.Append(psz != nullptr ? psz : u"(NULL)");
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Ascii(const char* psz) {
+    if (m_bEnabled) m_strMessage.AppendAscii(psz);
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Pointer(const void* p) {
+    if (m_bEnabled) m_strMessage.AppendFormat("%p", p);
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Unsigned(uint32_t n) {
+    if (m_bEnabled) m_strMessage.AppendFormat("%lu", n);
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Signed(int32_t n) {
+    if (m_bEnabled) m_strMessage.AppendFormat("%ld", n);
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Hex(const uint32_t& n) {
+    if (m_bEnabled) m_strMessage.AppendFormat("%lx", n);
+    return *this;
+}
+
+CQvITraceRecord& CQvITraceRecord::Bool(const int32_t& b) {
+    if (m_bEnabled) m_strMessage.Append(b != 0 ? u"TRUE" : u"FALSE");
+    return *this;
+}
+
+void CQvITraceRecord::Write() {
+    CQvIAnalyzer* pAnalyzer = CQvIAnalyzer::GetInstance();
+    if (!m_bEnabled || pAnalyzer == nullptr) return;
+    try {
+        // The time is that of the write, not of the record's making.
+        qvp::LocalTime t;
+        qvp::LocalTimeNow(&t);
+        CQvWString strTime;
+        strTime.Format("%04hu/%02hu/%02hu %02hu:%02hu:%02hu.%03hu", uint32_t{t.year}, uint32_t{t.month},
+                       uint32_t{t.day}, uint32_t{t.hour}, uint32_t{t.minute}, uint32_t{t.second},
+                       uint32_t{t.milliseconds});
+        CQvWString strLine;
+        strLine.Format("[%s],%ld,%s,%s(%ld),%s\r\n", pAnalyzer->GetAnalyzerName(), m_nLevel, strTime.GetString(),
+                       m_strFile.GetString(), m_nLine, m_strMessage.GetString());
+        // Each 16-bit unit goes out little-endian, whatever the host's order.
+        std::string bytes;
+        bytes.reserve(strLine.GetLength() * 2);
+        for (const char16_t* p = strLine.GetString(); *p != 0; ++p) {
+            bytes.push_back(static_cast<char>(*p & 0xFF));
+            bytes.push_back(static_cast<char>(*p >> 8));
+        }
+        pAnalyzer->WriteLog(bytes.data(), static_cast<uint32_t>(bytes.size()));
+        pAnalyzer->FlushLog();
+    } catch (const CFileException&) {
+        // A failing log reports to nobody.
+    }
+}
