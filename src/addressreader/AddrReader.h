@@ -4,6 +4,19 @@
 // (until the reader closes), book (AddrReader_OpenBook to AddrReader_CloseBook),
 // group and item (until their book closes). A container is a book or a group.
 // Results: 0, -1 no memory, -2 a failure caught at the barrier, -3 not there.
+//
+// What a handle is: a reader is its CAddrReader*. A user, a book and a group
+// are handed out as the object's IAddrNamed* (AddrInterfaces.h), so that
+// AddrReader_GetName takes any of them; the container functions reach
+// IAddrContainer from that pointer by dynamic_cast, and a named object that
+// is no container (a user) fails there like a bad pointer, with -2. An item is
+// its CAddrItem*. A null object, container or item gives -2 from every
+// function with a barrier (all but Open, IsInstalled, GetUserCount and
+// GetUserIndex, which give -3 for a null pointer).
+//
+// Texts come out through a QvV4Value whose nKind the caller has set; the
+// caller owns the text. Item properties: 0 "FN" (the heading), 1
+// "EMAIL;INTERNET" (the address).
 #ifndef QV_ADDRREADER_H
 #define QV_ADDRREADER_H
 

@@ -1,0 +1,25 @@
+// AddrLineSource.cpp - the two line sources of the address file parser.
+#include "addressreader/AddrLineSource.h"
+
+char* CAddrFileLineSource::Gets(char* pBuffer, int n) {
+    return qvp::FileGets(pBuffer, n, m_pFile);
+}
+
+char* CAddrMemoryLineSource::Gets(char* pBuffer, int n) {
+    int nStored = 0;
+    while (nStored < n - 1 && m_pos < m_cb) {
+        unsigned char byte = m_pData[m_pos];
+        if (byte == 0x1A) {
+            // Text mode ends the file at Ctrl-Z, for good.
+            m_pos = m_cb;
+            break;
+        }
+        ++m_pos;
+        if (byte == '\r' && m_pos < m_cb && m_pData[m_pos] == '\n') continue;
+        pBuffer[nStored++] = static_cast<char>(byte);
+        if (byte == '\n') break;
+    }
+    if (nStored == 0) return nullptr;
+    pBuffer[nStored] = '\0';
+    return pBuffer;
+}
