@@ -1,0 +1,52 @@
+// PosixText.h - text helpers shared by the POSIX platform files.
+//
+// The Wine prefix names files in UTF-8, keeps registry strings as UTF-16 and
+// the readers speak code page 932. These helpers move text between the three
+// without going through the Win32-shaped entry points of platform.h.
+#ifndef QV_PLATFORM_POSIX_POSIXTEXT_H
+#define QV_PLATFORM_POSIX_POSIXTEXT_H
+
+#include <cstddef>
+#include <string>
+
+namespace qvp {
+namespace posix {
+
+// The character that Windows substitutes for an invalid CP932 sequence.
+constexpr char16_t kCp932DefaultChar = 0x30FB;
+
+// CP932 bytes to UTF-16. Strict: any invalid sequence fails. Lenient: each
+// invalid sequence becomes U+30FB.
+bool Cp932ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* out);
+
+// UTF-16 to CP932; a character without a CP932 form becomes '?'. *exact, if
+// given, tells whether every character had a form.
+std::string Utf16ToCp932(const char16_t* units, size_t count, bool* exact = nullptr);
+
+// UTF-8 to UTF-16. Strict: overlong forms, surrogates and truncated sequences
+// fail. Lenient: each bad byte becomes U+FFFD.
+bool Utf8ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* out);
+
+// UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
+std::string Utf16ToUtf8(const char16_t* units, size_t count);
+
+// CP932 to UTF-8, strictly (a file name with a bad byte names nothing).
+bool Cp932ToUtf8(const std::string& cp932, std::string* utf8);
+
+// UTF-8 to CP932, only when every character has a CP932 form.
+bool Utf8ToCp932Exact(const std::string& utf8, std::string* cp932);
+
+// Simple case folding (to upper case) of one UTF-16 unit: ASCII, Latin-1,
+// Greek, Cyrillic and the full-width Latin letters.
+char16_t FoldUnit(char16_t unit);
+std::u16string Fold(std::u16string text);
+
+// Lead byte of a double-byte CP932 character.
+inline bool IsCp932Lead(unsigned char byte) {
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+
+}  // namespace posix
+}  // namespace qvp
+
+#endif  // QV_PLATFORM_POSIX_POSIXTEXT_H
