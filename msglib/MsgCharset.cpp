@@ -1,0 +1,179 @@
+// MsgCharset.cpp - charset names, the raw-byte guess, conversion through qvp.
+#include "MsgCharset.h"
+
+#include <climits>
+
+#include "MsgText.h"
+#include "platform/platform.h"
+
+namespace msg {
+
+namespace {
+
+struct CharsetName {
+    const char* name;
+    uint32_t codePage;
+};
+
+// The IANA names and the aliases that Japanese mailers actually write.
+const CharsetName kCharsets[] = {
+    {"iso-2022-jp", qvp::kCpIso2022Jp},  {"csiso2022jp", qvp::kCpIso2022Jp},
+    {"iso-2022-jp-1", qvp::kCpIso2022Jp}, {"iso-2022-jp-2", qvp::kCpIso2022Jp},
+    {"shift_jis", qvp::kCp932},          {"shift-jis", qvp::kCp932},
+    {"sjis", qvp::kCp932},               {"x-sjis", qvp::kCp932},
+    {"ms_kanji", qvp::kCp932},           {"csshiftjis", qvp::kCp932},
+    {"cp932", qvp::kCp932},              {"ms932", qvp::kCp932},
+    {"windows-31j", qvp::kCp932},        {"x-ms-cp932", qvp::kCp932},
+    {"euc-jp", qvp::kCpEucJp},           {"x-euc-jp", qvp::kCpEucJp},
+    {"eucjp", qvp::kCpEucJp},            {"cseucpkdfmtjapanese", qvp::kCpEucJp},
+    {"utf-8", qvp::kCpUtf8},             {"utf8", qvp::kCpUtf8},
+    {"us-ascii", qvp::kCpAscii},         {"ascii", qvp::kCpAscii},
+    {"ansi_x3.4-1968", qvp::kCpAscii},   {"us", qvp::kCpAscii},
+    {"iso-8859-1", qvp::kCpLatin1},      {"iso_8859-1", qvp::kCpLatin1},
+    {"latin1", qvp::kCpLatin1},          {"l1", qvp::kCpLatin1},
+    {"iso-ir-100", qvp::kCpLatin1},      {"cp819", qvp::kCpLatin1},
+    {"csisolatin1", qvp::kCpLatin1},
+};
+
+const char kEsc = '\x1B';
+
+// ASCII without the escape byte reads the same in every code page we name.
+bool IsPlainAscii(std::string_view bytes) {
+    for (char c : bytes) {
+        if (static_cast<unsigned char>(c) >= 0x80 || c == kEsc) return false;
+    }
+    return true;
+}
+
+void AppendWidened(std::string_view bytes, std::u16string* out) {
+    for (char c : bytes) {
+        unsigned char u = static_cast<unsigned char>(c);
+        out->push_back(u < 0x80 ? static_cast<char16_t>(u) : u'?');
+    }
+}
+
+}  // namespace
+
+uint32_t CodePageOfCharset(std::string_view name) {
+    name = TrimSpace(name);
+    size_t star = name.find('*');
+    if (star != std::string_view::npos) name = name.substr(0, star);
+    for (const CharsetName& c : kCharsets) {
+        if (EqualsNoCase(name, c.name)) return c.codePage;
+    }
+    return kCpGuess;
+}
+
+bool IsValidUtf8(std::string_view bytes) {
+    const size_t n = bytes.size();
+    size_t i = 0;
+    while (i < n) {
+        unsigned char c = static_cast<unsigned char>(bytes[i]);
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        size_t len;
+        uint32_t cp;
+        if (c >= 0xC2 && c <= 0xDF) {
+            len = 2;
+            cp = c & 0x1F;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            len = 3;
+            cp = c & 0x0F;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            len = 4;
+            cp = c & 0x07;
+        } else {
+            return false;
+        }
+        if (n - i < len) return false;
+        for (size_t k = 1; k < len; ++k) {
+            unsigned char t = static_cast<unsigned char>(bytes[i + k]);
+            if ((t & 0xC0) != 0x80) return false;
+            cp = (cp << 6) | (t & 0x3F);
+        }
+        if ((len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000) || cp > 0x10FFFF ||
+            (cp >= 0xD800 && cp <= 0xDFFF)) {
+            return false;
+        }
+        i += len;
+    }
+    return true;
+}
+
+uint32_t GuessCodePage(std::string_view bytes) {
+    if (bytes.find(kEsc) != std::string_view::npos) return qvp::kCpIso2022Jp;
+    if (IsValidUtf8(bytes)) return qvp::kCpUtf8;
+    return qvp::kCp932;
+}
+
+void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) {
+    if (bytes.empty()) return;
+    if (IsPlainAscii(bytes)) {
+        out->append(bytes.begin(), bytes.end());
+        return;
+    }
+    // Mail that says US-ASCII and carries 8-bit or escaped text is old
+    // Japanese mail that did not know better.
+    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    if (bytes.size() > static_cast<size_t>(INT_MAX / 2)) {
+        AppendWidened(bytes, out);
+        return;
+    }
+    const int len = static_cast<int>(bytes.size());
+    int need = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, nullptr, 0);
+    if (need <= 0) {
+        AppendWidened(bytes, out);
+        return;
+    }
+    const size_t old = out->size();
+    out->resize(old + static_cast<size_t>(need));
+    int got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], need);
+    if (got <= 0) {
+        out->resize(old);
+        AppendWidened(bytes, out);
+        return;
+    }
+    out->resize(old + static_cast<size_t>(got));
+}
+
+std::string WideToCp932(std::u16string_view wide) {
+    std::string out;
+    bool ascii = true;
+    for (char16_t c : wide) {
+        if (c >= 0x80) {
+            ascii = false;
+            break;
+        }
+    }
+    if (ascii || wide.size() > static_cast<size_t>(INT_MAX / 4)) {
+        out.reserve(wide.size());
+        for (char16_t c : wide) out.push_back(c < 0x80 ? static_cast<char>(c) : '?');
+        return out;
+    }
+    const int len = static_cast<int>(wide.size());
+    int need = qvp::WideCharToMultiByte(qvp::kCp932, wide.data(), len, nullptr, 0);
+    if (need > 0) {
+        out.resize(static_cast<size_t>(need));
+        int got = qvp::WideCharToMultiByte(qvp::kCp932, wide.data(), len, &out[0], need);
+        if (got > 0) {
+            out.resize(static_cast<size_t>(got));
+            return out;
+        }
+    }
+    out.clear();
+    for (char16_t c : wide) out.push_back(c < 0x80 ? static_cast<char>(c) : '?');
+    return out;
+}
+
+std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
+    if (IsPlainAscii(bytes)) return std::string(bytes);
+    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    if (codePage == qvp::kCp932) return std::string(bytes);
+    std::u16string wide;
+    AppendWide(codePage, bytes, &wide);
+    return WideToCp932(wide);
+}
+
+}  // namespace msg

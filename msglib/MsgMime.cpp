@@ -1,0 +1,165 @@
+// MsgMime.cpp - the MIME walk: part headers, multipart bodies, leaves.
+#include "MsgMime.h"
+
+#include <cstring>
+#include <utility>
+
+#include "MsgCharset.h"
+#include "MsgHeader.h"
+#include "MsgParams.h"
+#include "MsgText.h"
+#include "MsgTransferCoding.h"
+#include "sNqxMsgNet.h"
+
+namespace msg {
+
+namespace {
+
+struct Frame {
+    size_t begin;
+    size_t end;
+    int depth;
+    bool inDigest;  // in multipart/digest a part without a type is a message
+};
+
+int EncodingCode(std::string_view raw) {
+    std::string name = LowerCopy(TrimSpace(raw));
+    if (name.empty() || name == "7bit" || name == "8bit" || name == "binary") return MT_ENC_NONE;
+    if (name == "quoted-printable") return MT_ENC_QP;
+    if (name == "base64") return MT_ENC_BASE64;
+    return MT_ENC_OTHER;
+}
+
+bool AtDelimiter(std::string_view line, std::string_view boundary, bool* close) {
+    if (line.size() < boundary.size() + 2 || line[0] != '-' || line[1] != '-') return false;
+    if (line.compare(2, boundary.size(), boundary) != 0) return false;
+    std::string_view rest = line.substr(boundary.size() + 2);
+    *close = rest.size() >= 2 && rest[0] == '-' && rest[1] == '-';
+    if (*close) rest.remove_prefix(2);
+    for (char c : rest) {
+        if (!IsWsp(c)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void SplitMultipart(std::string_view text, size_t begin, size_t end, std::string_view boundary,
+                    std::vector<std::pair<size_t, size_t>>* parts) {
+    parts->clear();
+    const char* base = text.data();
+    bool inPart = false;
+    size_t partStart = 0;
+    size_t pos = begin;
+    while (pos < end) {
+        const void* nl = std::memchr(base + pos, '\n', end - pos);
+        size_t lineEnd = nl ? static_cast<size_t>(static_cast<const char*>(nl) - base) : end;
+        size_t next = nl ? lineEnd + 1 : end;
+        size_t contentEnd = lineEnd;
+        if (contentEnd > pos && base[contentEnd - 1] == '\r') --contentEnd;
+        bool close = false;
+        if (AtDelimiter(std::string_view(base + pos, contentEnd - pos), boundary, &close)) {
+            if (inPart) {
+                size_t partEnd = pos;
+                if (partEnd > partStart && base[partEnd - 1] == '\n') --partEnd;
+                if (partEnd > partStart && base[partEnd - 1] == '\r') --partEnd;
+                parts->emplace_back(partStart, partEnd);
+            }
+            if (close) return;
+            inPart = true;
+            partStart = next;
+        }
+        pos = next;
+    }
+    if (inPart) parts->emplace_back(partStart, end);
+}
+
+void MimeStructure::Clear() noexcept {
+    m_main.clear();
+    m_attachNames.clear();
+    m_attachCount = 0;
+}
+
+void MimeStructure::Build(std::string_view text) {
+    Clear();
+    std::vector<Frame> stack;
+    stack.push_back({0, text.size(), 0, false});
+    std::vector<std::pair<size_t, size_t>> children;
+    MsgHeader header;
+    MsgParams type;
+    MsgParams disposition;
+    int leafNumber = 0;
+
+    while (!stack.empty()) {
+        Frame f = stack.back();
+        stack.pop_back();
+        header.Parse(text.substr(f.begin, f.end - f.begin));
+        const size_t bodyBegin = f.begin + header.BodyOffset();
+
+        std::string_view raw;
+        type.Parse(header.Find("Content-Type", &raw) ? UnfoldValue(raw) : std::string());
+        std::string contentType = type.Value();
+        if (contentType.find('/') == std::string::npos || contentType.front() == '/' ||
+            contentType.back() == '/') {
+            contentType = f.inDigest ? "message/rfc822" : "text/plain";
+        }
+
+        std::string boundary;
+        if (contentType.compare(0, 10, "multipart/") == 0 && type.Get("boundary", &boundary) &&
+            !boundary.empty()) {
+            if (f.depth < kMaxNesting) {
+                SplitMultipart(text, bodyBegin, f.end, boundary, &children);
+                bool digest = contentType == "multipart/digest";
+                // Pushed last part first, so that the walk goes in the order of the text.
+                for (size_t i = children.size(); i-- > 0;) {
+                    stack.push_back({children[i].first, children[i].second, f.depth + 1, digest});
+                }
+            }
+            continue;
+        }
+
+        MimeLeaf leaf;
+        leaf.number = ++leafNumber;
+        leaf.depth = f.depth;
+        leaf.bodyBegin = bodyBegin;
+        leaf.bodyEnd = f.end;
+        leaf.contentType = std::move(contentType);
+        if (type.Get("charset", &leaf.charset)) leaf.charset = LowerCopy(leaf.charset);
+        leaf.encoding = EncodingCode(header.Find("Content-Transfer-Encoding", &raw) ? UnfoldValue(raw)
+                                                                                     : std::string());
+        leaf.hasDisposition = header.Find("Content-Disposition", &raw);
+        disposition.Parse(leaf.hasDisposition ? UnfoldValue(raw) : std::string());
+        leaf.disposition = disposition.Value();
+        leaf.hasContentId = header.Find("Content-ID", &raw);
+        if (leaf.hasContentId) leaf.contentId = UnfoldValue(raw);
+
+        std::u16string fileName;
+        bool named = disposition.GetText("filename", &fileName) || type.GetText("name", &fileName);
+        bool isText = leaf.contentType.compare(0, 5, "text/") == 0;
+        if (isText && !named && leaf.disposition != "attachment") {
+            if (m_main.size() < MT_MAX_MAIN_PARTS) m_main.push_back(std::move(leaf));
+            continue;
+        }
+        ++m_attachCount;
+        if (m_attachNames.size() < MT_ATTACH_SLOTS) m_attachNames.push_back(WideToCp932(fileName));
+    }
+}
+
+std::string MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf) {
+    std::string_view raw = text.substr(leaf.bodyBegin, leaf.bodyEnd - leaf.bodyBegin);
+    std::string bytes;
+    switch (leaf.encoding) {
+        case MT_ENC_BASE64:
+            bytes = DecodeBase64Body(raw);
+            break;
+        case MT_ENC_QP:
+            bytes = DecodeQuotedPrintableBody(raw);
+            break;
+        default:
+            bytes.assign(raw);
+            break;
+    }
+    return BytesToCp932(CodePageOfCharset(leaf.charset), bytes);
+}
+
+}  // namespace msg

@@ -1,0 +1,212 @@
+// MsgParams.cpp - MIME parameter lists, RFC 2045 syntax with RFC 2231.
+#include "MsgParams.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "MsgCharset.h"
+#include "MsgEncodedWords.h"
+#include "MsgText.h"
+
+namespace msg {
+
+namespace {
+
+// Skips blanks, line ends and (possibly nested) comments.
+size_t SkipCfws(std::string_view s, size_t p) {
+    const size_t n = s.size();
+    while (p < n) {
+        char c = s[p];
+        if (IsWsp(c) || c == '\r' || c == '\n') {
+            ++p;
+        } else if (c == '(') {
+            int depth = 0;
+            while (p < n) {
+                char d = s[p];
+                if (d == '\\') {
+                    p += 2;
+                    continue;
+                }
+                ++p;
+                if (d == '(') {
+                    ++depth;
+                } else if (d == ')' && --depth == 0) {
+                    break;
+                }
+            }
+        } else {
+            break;
+        }
+    }
+    return std::min(p, n);
+}
+
+// A Shift-JIS lead byte: the byte after it is its second half, even when
+// that is a backslash, which raw Japanese file names leave unescaped.
+bool IsSjisLead(unsigned char c) { return (c >= 0x81 && c <= 0x9F) || (c >= 0xE0 && c <= 0xFC); }
+
+std::string PercentDecode(std::string_view s) {
+    std::string out;
+    out.reserve(s.size());
+    for (size_t i = 0; i < s.size(); ++i) {
+        if (s[i] == '%' && i + 2 < s.size() && HexValue(s[i + 1]) >= 0 && HexValue(s[i + 2]) >= 0) {
+            out.push_back(static_cast<char>(HexValue(s[i + 1]) * 16 + HexValue(s[i + 2])));
+            i += 2;
+        } else {
+            out.push_back(s[i]);
+        }
+    }
+    return out;
+}
+
+// "charset'language'text" of the first extended section: the charset, and
+// the text after the second quote. Without two quotes it is all text.
+std::string_view SplitCharset(std::string_view v, std::string_view* charset) {
+    size_t a = v.find('\'');
+    if (a == std::string_view::npos) return v;
+    size_t b = v.find('\'', a + 1);
+    if (b == std::string_view::npos) return v;
+    *charset = v.substr(0, a);
+    return v.substr(b + 1);
+}
+
+}  // namespace
+
+void MsgParams::Parse(std::string_view s) {
+    m_value.clear();
+    m_params.clear();
+    const size_t n = s.size();
+    size_t p = 0;
+    while (p < n && s[p] != ';') {
+        if (s[p] == '(') {
+            p = SkipCfws(s, p);
+            continue;
+        }
+        m_value.push_back(AsciiLower(s[p]));
+        ++p;
+    }
+    m_value = std::string(TrimSpace(m_value));
+
+    while (p < n) {
+        p = SkipCfws(s, p);
+        if (p >= n) break;
+        if (s[p] == ';') {
+            ++p;
+            continue;
+        }
+        size_t nameBegin = p;
+        while (p < n && s[p] != '=' && s[p] != ';' && !IsWsp(s[p]) && s[p] != '(' && s[p] != '\r' &&
+               s[p] != '\n') {
+            ++p;
+        }
+        std::string name = LowerCopy(s.substr(nameBegin, p - nameBegin));
+        p = SkipCfws(s, p);
+        if (p >= n || s[p] != '=') {
+            while (p < n && s[p] != ';') ++p;
+            continue;
+        }
+        p = SkipCfws(s, p + 1);
+        std::string value;
+        if (p < n && s[p] == '"') {
+            ++p;
+            while (p < n && s[p] != '"') {
+                unsigned char c = static_cast<unsigned char>(s[p]);
+                if (IsSjisLead(c) && p + 1 < n && s[p + 1] == '\\') {
+                    value.append(s.substr(p, 2));
+                    p += 2;
+                } else if (c == '\\' && p + 1 < n) {
+                    value.push_back(s[p + 1]);
+                    p += 2;
+                } else {
+                    value.push_back(s[p]);
+                    ++p;
+                }
+            }
+            if (p < n) ++p;  // the closing quote
+        } else {
+            size_t valueBegin = p;
+            while (p < n && s[p] != ';') ++p;
+            value = std::string(TrimSpace(s.substr(valueBegin, p - valueBegin)));
+        }
+        if (!name.empty()) m_params.push_back({std::move(name), std::move(value)});
+    }
+}
+
+bool MsgParams::Get(std::string_view name, std::string* value) const {
+    for (const Param& prm : m_params) {
+        if (EqualsNoCase(prm.name, name)) {
+            *value = prm.value;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
+    text->clear();
+    struct Section {
+        long number;
+        bool extended;
+        const std::string* value;
+    };
+    std::vector<Section> sections;
+    const std::string* single = nullptr;  // "name*"
+    for (const Param& prm : m_params) {
+        std::string_view pn = prm.name;
+        if (pn.size() <= name.size() || !EqualsNoCase(pn.substr(0, name.size()), name) ||
+            pn[name.size()] != '*') {
+            continue;
+        }
+        std::string_view rest = pn.substr(name.size() + 1);
+        if (rest.empty()) {
+            if (!single) single = &prm.value;
+            continue;
+        }
+        bool extended = rest.back() == '*';
+        if (extended) rest.remove_suffix(1);
+        if (rest.empty() || rest.size() > 6) continue;
+        long number = 0;
+        bool digits = true;
+        for (char c : rest) {
+            if (c < '0' || c > '9') digits = false;
+            number = number * 10 + (c - '0');
+        }
+        if (digits) sections.push_back({number, extended, &prm.value});
+    }
+
+    if (single || !sections.empty()) {
+        std::string_view charset;
+        std::string bytes;
+        if (single) {
+            bytes = PercentDecode(SplitCharset(*single, &charset));
+        } else {
+            std::stable_sort(sections.begin(), sections.end(),
+                             [](const Section& a, const Section& b) { return a.number < b.number; });
+            long expect = 0;
+            for (const Section& sec : sections) {
+                if (sec.number != expect) {
+                    if (sec.number < expect) continue;  // a repeated section
+                    break;                              // a gap ends the value
+                }
+                std::string_view v = *sec.value;
+                if (sec.extended) {
+                    if (expect == 0) v = SplitCharset(v, &charset);
+                    bytes += PercentDecode(v);
+                } else {
+                    bytes += v;
+                }
+                ++expect;
+            }
+            if (expect == 0) return false;
+        }
+        AppendWide(CodePageOfCharset(charset), bytes, text);
+        return true;
+    }
+
+    std::string plain;
+    if (!Get(name, &plain)) return false;
+    *text = DecodeHeaderText(plain);
+    return true;
+}
+
+}  // namespace msg

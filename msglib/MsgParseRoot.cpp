@@ -1,0 +1,45 @@
+// MsgParseRoot.cpp - one parsed message and its decoded texts.
+#include "MsgParseRoot.h"
+
+#include "MsgCharset.h"
+#include "MsgEncodedWords.h"
+
+namespace msg {
+
+void MsgParseRoot::Clear() noexcept {
+    m_header = MsgHeader();
+    m_mime.Clear();
+    m_text.clear();
+}
+
+void MsgParseRoot::Parse(const char* text, size_t size) {
+    Clear();
+    try {
+        if (size > 0) m_text.assign(text, size);
+        m_header.Parse(m_text);
+        m_mime.Build(m_text);
+    } catch (...) {
+        Clear();
+        throw;
+    }
+}
+
+bool MsgParseRoot::Subject(std::string* out) const {
+    std::string_view raw;
+    if (!m_header.Find("Subject", &raw)) return false;
+    *out = WideToCp932(DecodeHeaderText(UnfoldValue(raw)));
+    return true;
+}
+
+bool MsgParseRoot::MessageId(std::string* out) const {
+    std::string_view raw;
+    if (!m_header.Find("Message-ID", &raw)) return false;
+    *out = BytesToCp932(kCpGuess, UnfoldValue(raw));
+    return true;
+}
+
+std::string MsgParseRoot::MainPartBody(size_t index) const {
+    return MimeStructure::DecodeBody(m_text, m_mime.MainParts().at(index));
+}
+
+}  // namespace msg

@@ -1,0 +1,41 @@
+// MsgParseRoot.h - what MT_Init hands out: one parsed message at a time.
+//
+// The root keeps its own copy of the text, since the caller's buffer may go
+// before the next parse; the header and the structure are views into it.
+// Texts are decoded on demand.
+#ifndef QV_MSGLIB_MSGPARSEROOT_H
+#define QV_MSGLIB_MSGPARSEROOT_H
+
+#include <cstddef>
+#include <string>
+
+#include "MsgHeader.h"
+#include "MsgMime.h"
+
+namespace msg {
+
+class MsgParseRoot {
+public:
+    // Replaces the message held. On an exception the root is left empty.
+    void Parse(const char* text, size_t size);
+    // Forgets the message held.
+    void Clear() noexcept;
+
+    // CP932 subject, RFC 2047 and raw Japanese forms decoded. False when the
+    // message has no Subject field.
+    bool Subject(std::string* out) const;
+    // The Message-ID value, unfolded and trimmed. False when there is none.
+    bool MessageId(std::string* out) const;
+
+    const MimeStructure& Structure() const { return m_mime; }
+    std::string MainPartBody(size_t index) const;
+
+private:
+    std::string m_text;
+    MsgHeader m_header;
+    MimeStructure m_mime;
+};
+
+}  // namespace msg
+
+#endif  // QV_MSGLIB_MSGPARSEROOT_H
