@@ -1,0 +1,228 @@
+// CMailReader.cpp - opening and closing a reader, users and accounts.
+#include "mailreader/CMailReader.h"
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "messagelib/MessageLib.h"
+#include "platform/platform.h"
+
+namespace {
+
+const char kReaderName[] = "QV_AL-MAIL32";
+const char kTempFileName[] = "IBQVALM.tmp";
+
+struct FindCloser {
+    qvp::FindHandle* hFind;
+    ~FindCloser() {
+        if (hFind != nullptr) qvp::FindClose(hFind);
+    }
+};
+
+}  // namespace
+
+// ------------------------------------------------------------------ user --
+
+CMailUser::CMailUser(const char* pszName, const char* pszDirectory) : CMailNamed{}, m_szDirectory{} {
+    CopyField(m_szName, sizeof m_szName, pszName);
+    CopyField(m_szDirectory, sizeof m_szDirectory, pszDirectory);
+}
+
+void CMailUser::LoadAccounts() {
+    // Any sub-directory holding "Account.ini" is an account, whatever its
+    // name; the order is the listing's.
+    std::string pattern = m_szDirectory;
+    pattern += "\\*";
+    qvp::FindData data;
+    FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+    if (find.hFind == nullptr) return;
+    std::string path;
+    do {
+        if ((data.attrib & qvp::kAttribDirectory) == 0) continue;
+        if (std::strcmp(data.name, ".") == 0 || std::strcmp(data.name, "..") == 0) continue;
+        path = m_szDirectory;
+        path += '\\';
+        path += data.name;
+        if (qvp::Access((path + "\\Account.ini").c_str()) != 0) continue;
+        std::unique_ptr<CMailAccount> account(new CMailAccount);
+        CopyField(account->m_szPath, sizeof account->m_szPath, path.c_str());
+        m_vAccounts.push_back(account.get());
+        CMailAccount* p = account.release();
+        if (m_pAccountTail != nullptr) {
+            m_pAccountTail->m_pNext = p;
+        } else {
+            m_pAccounts = p;
+        }
+        m_pAccountTail = p;
+        ++m_nAccounts;
+        LoadAccount(p);
+    } while (qvp::FindNext(find.hFind, &data));
+}
+
+int32_t CMailUser::GetAccount(int32_t nIndex, CMailAccount** ppAccount) const {
+    if (nIndex < 0 || nIndex >= m_nAccounts) {
+        *ppAccount = nullptr;
+        return -3;
+    }
+    *ppAccount = m_vAccounts[static_cast<size_t>(nIndex)];
+    return 0;
+}
+
+int32_t LoadAccount(CMailAccount* pAccount) {
+    CopyField(pAccount->m_szName, sizeof pAccount->m_szName, pAccount->m_szPath);
+    std::string ini = pAccount->m_szPath;
+    ini += "\\account.ini";
+    if (qvp::ProfileString("Property", "Title", "", pAccount->m_szTitle, sizeof pAccount->m_szTitle,
+                           ini.c_str()) == 0) {
+        return -10;
+    }
+    // An account is always of sub-folder form.
+    return pAccount->LoadFolderEntries();
+}
+
+int32_t CMailDiscovery::AddUser(const char* pszDirectory) {
+    m_reader.AddUser(pszDirectory, ClaimShortcut(pszDirectory));
+    return 0;
+}
+
+// ---------------------------------------------------------------- reader --
+
+CMailReader::CMailReader() : CMailNamed{}, m_szTempFile{}, m_discovery(*this) {
+    CopyField(m_szName, sizeof m_szName, kReaderName);
+}
+
+CMailReader::~CMailReader() { Unload(); }
+
+void CMailReader::AddUser(const char* pszDirectory, const char* pszName) {
+    char szDefault[32];
+    if (pszName == nullptr) {
+        std::snprintf(szDefault, sizeof szDefault, "DEFAULT_USER%d", m_nUsers + 1);
+        pszName = szDefault;
+    }
+    std::unique_ptr<CMailUser> user(new CMailUser(pszName, pszDirectory));
+    m_vUsers.push_back(user.get());
+    CMailUser* p = user.release();
+    if (m_pUserTail != nullptr) {
+        m_pUserTail->m_pNext = p;
+    } else {
+        m_pUsers = p;
+    }
+    m_pUserTail = p;
+    ++m_nUsers;
+    p->LoadAccounts();
+}
+
+void CMailReader::AdoptFolder(CMailFolder* pFolder) {
+    pFolder->m_pNextOpen = m_pOpenFolders;
+    m_pOpenFolders = pFolder;
+}
+
+int32_t CMailReader::GetUser(int32_t nIndex, CMailUser** ppUser) const {
+    if (nIndex < 0 || nIndex >= m_nUsers) {
+        *ppUser = nullptr;
+        return -3;
+    }
+    *ppUser = m_vUsers[static_cast<size_t>(nIndex)];
+    return 0;
+}
+
+int32_t CMailReader::Load() {
+    if (m_discovery.DiscoverInstallPath() != 0) return -1;
+    if (m_discovery.DiscoverUsers() < 0) return -2;
+    if (MakeTempPath() != 0) return -3;
+    size_t n = std::strlen(m_szTempFile) + 1;
+    std::unique_ptr<char[]> path(new char[n]);
+    std::memcpy(path.get(), m_szTempFile, n);
+    m_pTempFiles = new TempFileEntry{path.release(), m_pTempFiles};
+    m_bOpened = 1;
+    return 0;
+}
+
+int32_t CMailReader::MakeTempPath() {
+    char szDir[260] = {};
+    if (qvp::TempPath(sizeof szDir, szDir) == 0) {
+        if (qvp::GetCwd(szDir, 248) == nullptr) return -3;
+    }
+    // The system's temp path already ends in a backslash; the second one is
+    // written all the same and names the same file.
+    std::string path = szDir;
+    path += '\\';
+    path += kTempFileName;
+    if (path.size() >= sizeof m_szTempFile) return -3;
+    std::memcpy(m_szTempFile, path.c_str(), path.size() + 1);
+    return 0;
+}
+
+void CMailReader::Unload() {
+    m_bOpened = 0;
+    // Folders first: the accounts' entries point at them, and nothing may
+    // follow those pointers once the folders are gone.
+    while (m_pOpenFolders != nullptr) {
+        CMailFolder* p = m_pOpenFolders;
+        m_pOpenFolders = p->m_pNextOpen;
+        p->ReleaseBox();
+        delete p;
+    }
+    while (m_pUsers != nullptr) {
+        CMailUser* pUser = m_pUsers;
+        m_pUsers = pUser->m_pNext;
+        while (pUser->m_pAccounts != nullptr) {
+            CMailAccount* pAccount = pUser->m_pAccounts;
+            pUser->m_pAccounts = pAccount->m_pNext;
+            pAccount->ReleaseBox();
+            delete pAccount;
+        }
+        delete pUser;
+    }
+    m_pUserTail = nullptr;
+    m_vUsers.clear();
+    m_nUsers = 0;
+    while (m_pTempFiles != nullptr) {
+        TempFileEntry* p = m_pTempFiles;
+        m_pTempFiles = p->pNext;
+        qvp::Remove(p->pszPath);
+        delete[] p->pszPath;
+        delete p;
+    }
+    m_discovery.FreeShortcuts();
+}
+
+int32_t OpenReader(CMailReader** ppReader) {
+    *ppReader = nullptr;
+    if (BindMessageLibrary() != 0) return -3;
+    CMailReader* pReader = nullptr;
+    try {
+        pReader = new CMailReader;
+    } catch (...) {
+        UnbindMessageLibrary();
+        return -1;
+    }
+    int32_t nResult;
+    try {
+        nResult = pReader->Load();
+    } catch (...) {
+        delete pReader;
+        UnbindMessageLibrary();
+        throw;
+    }
+    if (nResult == -3) {
+        delete pReader;
+        UnbindMessageLibrary();
+        return -2;
+    }
+    *ppReader = pReader;
+    return 0;
+}
+
+int32_t CloseReader(CMailReader* pReader) {
+    try {
+        pReader->Unload();
+        delete pReader;
+        return UnbindMessageLibrary();
+    } catch (...) {
+        return -2;
+    }
+}

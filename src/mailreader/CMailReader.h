@@ -1,0 +1,104 @@
+// CMailReader.h - the mail reader: users, their accounts and every folder
+// opened so far, found by the discovery of Discovery.h.
+//
+// One reader stands behind each reader handle. It owns all it has read, and
+// the addresses of its user, account and folder records are the record
+// handles of the flat functions, valid until the reader is closed.
+#ifndef QV_MAILREADER_CMAILREADER_H
+#define QV_MAILREADER_CMAILREADER_H
+
+#include <cstdint>
+#include <vector>
+
+#include "mailreader/Discovery.h"
+#include "mailreader/MailBox.h"
+
+class CMailReader;
+
+class CMailUser : public CMailNamed {
+public:
+    CMailUser(const char* pszName, const char* pszDirectory);
+    // Lists the mailbox directory's accounts (sub-directories holding
+    // "Account.ini"), in listing order.
+    void LoadAccounts();
+    // 0 and the account at nIndex, or -3 and null.
+    int32_t GetAccount(int32_t nIndex, CMailAccount** ppAccount) const;
+
+    CMailUser* m_pNext = nullptr;
+    int32_t m_nAccounts = 0;
+    CMailAccount* m_pAccounts = nullptr;
+    char m_szDirectory[264];
+
+private:
+    CMailAccount* m_pAccountTail = nullptr;
+    std::vector<CMailAccount*> m_vAccounts;
+};
+
+// Reads the account's title and lists its folders. 0, -1, or -10 when
+// "Account.ini" gives no title (the account then has no folders).
+int32_t LoadAccount(CMailAccount* pAccount);
+
+struct TempFileEntry {
+    char* pszPath;
+    TempFileEntry* pNext;
+};
+
+// The mail side's run of the shared discovery: each directory found becomes
+// a user of the reader.
+class CMailDiscovery : public CDiscovery {
+public:
+    explicit CMailDiscovery(CMailReader& reader) : CDiscovery(kMailDiscoveryProfile), m_reader(reader) {}
+
+protected:
+    int32_t AddUser(const char* pszDirectory) override;
+
+private:
+    CMailReader& m_reader;
+};
+
+class CMailReader : public CMailNamed {
+public:
+    CMailReader();
+    ~CMailReader();
+    CMailReader(const CMailReader&) = delete;
+    CMailReader& operator=(const CMailReader&) = delete;
+
+    // Discovery, users, temp path. 0; -1 no installation in the registry
+    // (the reader stays usable, without users); -2; -3 no temp path.
+    int32_t Load();
+    // m_szTempFile becomes the temp directory (or the current directory)
+    // + "\IBQVALM.tmp". 0 or -3.
+    int32_t MakeTempPath();
+    // Frees every record, removes the temp files, frees the shortcut list.
+    void Unload();
+    // 0 and the user at nIndex, or -3 and null.
+    int32_t GetUser(int32_t nIndex, CMailUser** ppUser) const;
+    // Makes one user and loads its accounts.
+    void AddUser(const char* pszDirectory, const char* pszName);
+    // Puts a newly made folder at the head of the chain, which owns it.
+    void AdoptFolder(CMailFolder* pFolder);
+
+    int32_t IsInstalled() const { return m_discovery.IsInstalled(); }
+    const char* InstallDir() const { return m_discovery.InstallDir(); }
+
+    int32_t m_nUsers = 0;
+    CMailUser* m_pUsers = nullptr;
+    CMailFolder* m_pOpenFolders = nullptr;
+    char m_szTempFile[260];
+    TempFileEntry* m_pTempFiles = nullptr;
+    int32_t m_bOpened = 0;
+
+private:
+    CMailUser* m_pUserTail = nullptr;
+    std::vector<CMailUser*> m_vUsers;
+    CMailDiscovery m_discovery;
+};
+
+// Binds the message library and makes and loads a reader. 0 and the reader;
+// -1 no memory; -2 the load found no temp path; -3 no message library.
+int32_t OpenReader(CMailReader** ppReader);
+// Unloads and frees the reader, unbinds the library. 0, -2, or -3 when the
+// library could not be unloaded.
+int32_t CloseReader(CMailReader* pReader);
+
+#endif  // QV_MAILREADER_CMAILREADER_H

@@ -1,0 +1,353 @@
+// MailBox.cpp - folder forms, entry lists, the lazy opening of child folders
+// and the one message a folder holds.
+#include "mailreader/MailBox.h"
+
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "QvImplCommon/QvExceptions.h"
+#include "mailreader/CMailReader.h"
+#include "mailreader/Discovery.h"
+#include "mailreader/EntryLists.h"
+#include "messagelib/MessageLib.h"
+#include "platform/platform.h"
+
+namespace {
+
+// Built-in titles of a folder whose "Entry.ini" names none, in Shift-JIS.
+const char kInboxTitle[] = "\x97\x58\x95\xD6\x8E\xF3\x82\xAF";  // 郵便受け
+const char kOutboxTitle[] = "\x91\x97\x90\x4D\x94\xA0";         // 送信箱
+const char kTrashTitle[] = "\x82\xB2\x82\xDD\x94\xA0";          // ごみ箱
+
+const char kSubfolderLine[] = "Type=Subfolder";
+
+struct FileCloser {
+    qvp::File* pFile;
+    ~FileCloser() {
+        if (pFile != nullptr) qvp::FileClose(pFile);
+    }
+};
+
+struct FindCloser {
+    qvp::FindHandle* hFind;
+    ~FindCloser() {
+        if (hFind != nullptr) qvp::FindClose(hFind);
+    }
+};
+
+bool EndsWithI(const char* psz, const char* pszTail) {
+    size_t n = std::strlen(psz);
+    size_t t = std::strlen(pszTail);
+    return n >= t && qvdisc::StrICmp(psz + n - t, pszTail) == 0;
+}
+
+std::string ProfilePath(const char* pszDir, const char* pszFile) {
+    std::string path = pszDir;
+    path += '\\';
+    path += pszFile;
+    return path;
+}
+
+}  // namespace
+
+void CopyField(char* pField, size_t cbField, const char* pszText) {
+    if (cbField == 0) return;
+    size_t n = std::strlen(pszText);
+    if (n > cbField - 1) n = cbField - 1;
+    std::memcpy(pField, pszText, n);
+    pField[n] = '\0';
+}
+
+CMailBox::CMailBox()
+    : CMailNamed{}, m_szPath{}, m_nMessages(0), m_nFolders(0), m_pFolderEntries(nullptr),
+      m_pMessageEntries(nullptr), m_pNextOpen(nullptr), m_aMainParts{}, m_aAttach{},
+      m_pText(nullptr), m_nTextSize(0), m_pParse(0), m_nMainParts(0), m_nAttachResult(0),
+      m_bMessagesOpen(0), m_nCurrent(-1), m_pFolderTail(nullptr), m_pMessageTail(nullptr) {}
+
+CMailBox::~CMailBox() {
+    // ReleaseBox has run by now in every orderly close; this only frees what
+    // a failed construction path left.
+    delete[] m_pText;
+    for (FolderEntry* p = m_pFolderEntries; p != nullptr;) {
+        FolderEntry* pNext = p->pNext;
+        delete p;
+        p = pNext;
+    }
+    for (MessageEntry* p = m_pMessageEntries; p != nullptr;) {
+        MessageEntry* pNext = p->pNext;
+        delete p;
+        p = pNext;
+    }
+}
+
+void CMailBox::AppendFolderEntry(const char* pszName) {
+    std::unique_ptr<FolderEntry> entry(new FolderEntry{nullptr, {}, nullptr});
+    CopyField(entry->szName, sizeof entry->szName, pszName);
+    m_vFolders.push_back(entry.get());
+    FolderEntry* p = entry.release();
+    if (m_pFolderTail != nullptr) {
+        m_pFolderTail->pNext = p;
+    } else {
+        m_pFolderEntries = p;
+    }
+    m_pFolderTail = p;
+    ++m_nFolders;
+}
+
+void CMailBox::AppendMessageEntry(const std::string& name) {
+    std::unique_ptr<MessageEntry> entry(new MessageEntry{nullptr, name});
+    m_vMessages.push_back(entry.get());
+    MessageEntry* p = entry.release();
+    if (m_pMessageTail != nullptr) {
+        m_pMessageTail->pNext = p;
+    } else {
+        m_pMessageEntries = p;
+    }
+    m_pMessageTail = p;
+    ++m_nMessages;
+}
+
+int32_t CMailBox::LoadFolderEntries() {
+    std::string pattern = ProfilePath(m_szPath, "*.box");
+    try {
+        qvp::FindData data;
+        FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+        if (find.hFind == nullptr) return 0;
+        // Files and directories alike: a plain file named "*.box" is a folder
+        // too, and fails when it is opened.
+        do {
+            AppendFolderEntry(data.name);
+        } while (qvp::FindNext(find.hFind, &data));
+    } catch (...) {
+        return -1;
+    }
+    return 0;
+}
+
+int32_t CMailFolder::OpenBox() {
+    m_pParse = g_MessageLib.MT_Init();
+    std::string entryIni = ProfilePath(m_szPath, "Entry.ini");
+    uint32_t nTitle = qvp::ProfileString("Property", "Title", "", m_szName, sizeof m_szName,
+                                         entryIni.c_str());
+    if (nTitle == 0) {
+        // Only the end of the path is tested: "myinbox.box" is an inbox too.
+        if (EndsWithI(m_szPath, "inbox.box")) {
+            CopyField(m_szName, sizeof m_szName, kInboxTitle);
+        } else if (EndsWithI(m_szPath, "outbox.box")) {
+            CopyField(m_szName, sizeof m_szName, kOutboxTitle);
+        } else if (EndsWithI(m_szPath, "trash.box")) {
+            CopyField(m_szName, sizeof m_szName, kTrashTitle);
+            return LoadIndexFile();
+        } else {
+            return -10;
+        }
+    }
+    FileCloser file{qvp::FileOpen(entryIni.c_str(), "rt")};
+    if (file.pFile == nullptr) return 0;  // an inbox or outbox without settings: empty
+    // "Type=Subfolder" is matched as the first 14 bytes of any line, in any
+    // section, case-sensitively.
+    char szLine[512];
+    while (qvp::FileGets(szLine, sizeof szLine, file.pFile) != nullptr) {
+        if (std::strncmp(szLine, kSubfolderLine, sizeof kSubfolderLine - 1) == 0) {
+            qvp::FileClose(file.pFile);
+            file.pFile = nullptr;
+            return LoadFolderEntries();
+        }
+    }
+    qvp::FileClose(file.pFile);
+    file.pFile = nullptr;
+    return LoadMessageList();
+}
+
+int32_t CMailFolder::LoadMessageList() {
+    std::string entryLst = ProfilePath(m_szPath, "Entry.lst");
+    FileCloser file{qvp::FileOpen(entryLst.c_str(), "rt")};
+    if (file.pFile == nullptr) return 0;
+    try {
+        CFileLineSource source(file.pFile);
+        ReadEntryLines(source, ParseEntryListLine,
+                       [this](const std::string& name) { AppendMessageEntry(name); });
+    } catch (const std::bad_alloc&) {
+        return -2;
+    } catch (const CMemoryException&) {
+        return -2;
+    } catch (...) {
+        return -3;
+    }
+    return 0;
+}
+
+int32_t CMailFolder::LoadIndexFile() {
+    FileCloser file{qvp::FileOpen(m_szPath, "rt")};
+    if (file.pFile == nullptr) return -1;
+    // The entries are relative to the directory two levels up: for
+    // "<mailbox>\<account>\trash.box" that is the mailbox directory.
+    for (int i = 0; i < 2; ++i) {
+        const char* pCut = qvdisc::LastBackslash(m_szPath);
+        if (pCut == nullptr) break;
+        m_szPath[pCut - m_szPath] = '\0';
+    }
+    CFileLineSource source(file.pFile);
+    ReadEntryLines(source, ParseIndexLine, [this](const std::string& name) { AppendMessageEntry(name); });
+    return 0;
+}
+
+int32_t GetFolder(CMailReader* pReader, CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder) {
+    try {
+        if (nIndex < 0 || nIndex >= pParent->m_nFolders) return -3;
+        FolderEntry* pEntry = pParent->FolderAt(nIndex);
+        if (pEntry->pFolder != nullptr) {
+            *ppFolder = pEntry->pFolder;
+            return 0;
+        }
+        CMailFolder* pFolder = new (std::nothrow) CMailFolder;
+        if (pFolder == nullptr) return -1;
+        pReader->AdoptFolder(pFolder);
+        std::string path = ProfilePath(pParent->m_szPath, pEntry->szName);
+        CopyField(pFolder->m_szPath, sizeof pFolder->m_szPath, path.c_str());
+        pEntry->pFolder = pFolder;
+        *ppFolder = pFolder;
+        // A folder that fails to open stays noted: the next request hands it
+        // out as it is, titled or not, with no entries.
+        return pFolder->OpenBox() != 0 ? -3 : 0;
+    } catch (const std::bad_alloc&) {
+        return -1;
+    } catch (const CMemoryException&) {
+        return -1;
+    } catch (...) {
+        return -2;
+    }
+}
+
+void CMailBox::ReleaseMainParts() {
+    while (m_nMainParts != 0) {
+        --m_nMainParts;
+        MainPartEntry& part = m_aMainParts[m_nMainParts];
+        for (int i = 0; i < 10; i += 2) {
+            g_MessageLib.MT_Free(reinterpret_cast<void*>(part.aWords[i]));
+        }
+        part = MainPartEntry{};
+    }
+}
+
+void CMailBox::ReleaseAttachments() {
+    for (MT_WORD& w : m_aAttach) {
+        g_MessageLib.MT_Free(reinterpret_cast<void*>(w));
+        w = 0;
+    }
+}
+
+int32_t CMailBox::SelectMessage(int32_t nIndex) {
+    if (nIndex < 0 || nIndex >= m_nMessages) return -1;
+    // Until the new message stands, nothing is held: a failed load must not
+    // let a later request take the previous message for this one.
+    m_nCurrent = -1;
+    std::string path = ProfilePath(m_szPath, MessageAt(nIndex)->sName.c_str());
+    FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
+    if (file.pFile == nullptr) throw CFileException(2);
+    long nLength = qvp::FileLength(file.pFile);
+    if (nLength < 0) throw CFileException(1);
+    if (static_cast<unsigned long>(nLength) >= static_cast<unsigned long>(std::numeric_limits<int32_t>::max())) {
+        throw CMemoryException();
+    }
+    size_t nSize = static_cast<size_t>(nLength);
+    std::unique_ptr<char[]> text(new char[nSize + 1]);
+    size_t nRead = qvp::FileRead(text.get(), nSize, file.pFile);
+    // A file that shrank since its length was taken gives what is there.
+    text[nRead] = '\0';
+    qvp::FileClose(file.pFile);
+    file.pFile = nullptr;
+    delete[] m_pText;
+    m_pText = text.release();
+    m_nTextSize = static_cast<int32_t>(nRead);
+
+    ReleaseMainParts();
+    g_MessageLib.MT_ParseMailText(m_pParse, m_pText, m_nTextSize);
+    // The table has five slots; further main parts are left unread.
+    MT_WORD pos = g_MessageLib.MT_GetMainHeadPosition(m_pParse);
+    while (pos != 0 && m_nMainParts < kMainPartSlots) {
+        MT_WORD* w = m_aMainParts[m_nMainParts].aWords;
+        g_MessageLib.MT_GetMainNext(m_pParse, &pos, &w[0], &w[1], &w[2], &w[3], &w[4], &w[5], &w[6],
+                                    &w[7], &w[8], &w[9], 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+        ++m_nMainParts;
+    }
+    ReleaseAttachments();
+    MT_WORD* a = m_aAttach;
+    m_nAttachResult = static_cast<int32_t>(g_MessageLib.MT_GetAttach(
+        m_pParse, &a[0], &a[1], &a[2], &a[3], &a[4], &a[5], &a[6], &a[7], &a[8], &a[9]));
+    m_nCurrent = nIndex;
+    return 0;
+}
+
+int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& text) {
+    if (nIndex != m_nCurrent || m_nCurrent < 0) {
+        if (SelectMessage(nIndex) != 0) return -3;
+    }
+    char* pText = nullptr;
+    MT_WORD nLength = 0;
+    MT_WORD ok = bSubject ? g_MessageLib.MT_GetSubjectD(m_pParse, &pText, &nLength)
+                          : g_MessageLib.MT_GetMessageIDD(m_pParse, &pText, &nLength);
+    if (ok == 0) {
+        g_MessageLib.MT_Free(pText);
+        return -3;
+    }
+    struct LibraryText {
+        char* p;
+        ~LibraryText() { g_MessageLib.MT_Free(p); }
+    } owned{pText};
+    if (pText == nullptr || nLength <= 0) {
+        text.clear();
+    } else {
+        // The text runs up to its first zero byte.
+        const void* pZero = std::memchr(pText, 0, static_cast<size_t>(nLength));
+        size_t n = pZero != nullptr ? static_cast<size_t>(static_cast<const char*>(pZero) - pText)
+                                    : static_cast<size_t>(nLength);
+        text.assign(pText, n);
+    }
+    return 0;
+}
+
+int32_t CMailBox::GetSubject(int32_t nIndex, std::string& text) { return GetLibraryText(nIndex, true, text); }
+
+int32_t CMailBox::GetMessageId(int32_t nIndex, std::string& text) {
+    return GetLibraryText(nIndex, false, text);
+}
+
+int32_t CMailBox::GetWholeText(int32_t nIndex, std::string& text) {
+    if (nIndex != m_nCurrent || m_nCurrent < 0) {
+        if (SelectMessage(nIndex) != 0) return -3;
+    }
+    text.assign(m_pText, std::strlen(m_pText));
+    return 0;
+}
+
+void CMailBox::ReleaseBox() {
+    ReleaseAttachments();
+    ReleaseMainParts();
+    delete[] m_pText;
+    m_pText = nullptr;
+    m_nTextSize = 0;
+    m_nCurrent = -1;
+    if (m_pParse != 0) {
+        g_MessageLib.MT_Term(m_pParse);
+        m_pParse = 0;
+    }
+    for (FolderEntry* p = m_pFolderEntries; p != nullptr;) {
+        FolderEntry* pNext = p->pNext;
+        delete p;
+        p = pNext;
+    }
+    for (MessageEntry* p = m_pMessageEntries; p != nullptr;) {
+        MessageEntry* pNext = p->pNext;
+        delete p;
+        p = pNext;
+    }
+    m_pFolderEntries = m_pFolderTail = nullptr;
+    m_pMessageEntries = m_pMessageTail = nullptr;
+    m_vFolders.clear();
+    m_vMessages.clear();
+    m_nFolders = 0;
+    m_nMessages = 0;
+}

@@ -1,0 +1,129 @@
+// MailBox.h - the records of an account and of a mail folder, and the
+// message each folder holds.
+//
+// An account and a folder share one record, CMailBox. Its entries are either
+// sub-folder entries (an account, or a folder whose "Entry.ini" says
+// "Type=Subfolder") or message entries (a folder with a message list or an
+// index file). Each list is singly linked in file or listing order, with a
+// vector beside it so that a lookup by index does not walk the list.
+//
+// A folder holds at most one message at a time: the whole file, parsed by
+// the message library on the folder's parse root.
+#ifndef QV_MAILREADER_MAILBOX_H
+#define QV_MAILREADER_MAILBOX_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sNqxMsgNet.h"
+
+class CMailReader;
+class CMailFolder;
+
+// What every record handle points at: the reader's name functions read these
+// two fields of a user, an account or a folder alike.
+struct CMailNamed {
+    char m_szName[512];
+    char m_szTitle[512];
+};
+
+struct FolderEntry {
+    FolderEntry* pNext;
+    char szName[260];     // the listing's name, with ".box"
+    CMailFolder* pFolder;  // the child once asked for; owned by the reader's chain
+};
+
+struct MessageEntry {
+    MessageEntry* pNext;
+    std::string sName;  // file name with ".alm", relative to the box's path
+};
+
+// Ten words that MT_GetMainNext fills: five pairs of an owned text and a
+// plain word.
+struct MainPartEntry {
+    MT_WORD aWords[10];
+};
+
+enum : int32_t { kMainPartSlots = 5, kAttachSlots = 10 };
+
+class CMailBox : public CMailNamed {
+public:
+    CMailBox();
+    ~CMailBox();  // not virtual: the names stay at the start of every record
+    CMailBox(const CMailBox&) = delete;
+    CMailBox& operator=(const CMailBox&) = delete;
+
+    // Lists "*.box" below m_szPath into the folder entries. 0, or -1 when an
+    // exception passed.
+    int32_t LoadFolderEntries();
+    void AppendFolderEntry(const char* pszName);
+    void AppendMessageEntry(const std::string& name);
+
+    // The message of one index, read and parsed once; -1 for an index out of
+    // range. A failed read throws and leaves no message held.
+    int32_t SelectMessage(int32_t nIndex);
+    // 0, or -3 when the message cannot be selected or the library gives no text.
+    int32_t GetSubject(int32_t nIndex, std::string& text);
+    int32_t GetMessageId(int32_t nIndex, std::string& text);
+    int32_t GetWholeText(int32_t nIndex, std::string& text);
+    // Frees what the box holds: library texts, the parse root, the message,
+    // the entries. The folders the entries point at are not touched.
+    void ReleaseBox();
+
+    FolderEntry* FolderAt(int32_t nIndex) const { return m_vFolders[static_cast<size_t>(nIndex)]; }
+    const MessageEntry* MessageAt(int32_t nIndex) const {
+        return m_vMessages[static_cast<size_t>(nIndex)];
+    }
+
+    char m_szPath[260];
+    int32_t m_nMessages;
+    int32_t m_nFolders;
+    FolderEntry* m_pFolderEntries;
+    MessageEntry* m_pMessageEntries;
+    CMailFolder* m_pNextOpen;
+    MainPartEntry m_aMainParts[kMainPartSlots];
+    MT_WORD m_aAttach[kAttachSlots];
+    char* m_pText;
+    int32_t m_nTextSize;
+    MT_WORD m_pParse;
+    int32_t m_nMainParts;
+    int32_t m_nAttachResult;
+    int32_t m_bMessagesOpen;
+    int32_t m_nCurrent;
+
+private:
+    int32_t GetLibraryText(int32_t nIndex, bool bSubject, std::string& text);
+    void ReleaseMainParts();
+    void ReleaseAttachments();
+
+    FolderEntry* m_pFolderTail;
+    MessageEntry* m_pMessageTail;
+    std::vector<FolderEntry*> m_vFolders;
+    std::vector<MessageEntry*> m_vMessages;
+};
+
+class CMailAccount : public CMailBox {
+public:
+    CMailAccount* m_pNext = nullptr;
+};
+
+class CMailFolder : public CMailBox {
+public:
+    // Settles the folder's form and reads its entries. 0, -1, -2, -3 or -10.
+    int32_t OpenBox();
+    // Reads "Entry.lst". 0, -2 (no entry could be made) or -3.
+    int32_t LoadMessageList();
+    // Reads the index file that m_szPath names; m_szPath then becomes the
+    // directory two levels up. 0, or -1 when the file cannot be opened.
+    int32_t LoadIndexFile();
+};
+
+// Opens the child at nIndex of pParent on first demand. 0, -1, -2 or -3; the
+// child is handed out also when its opening failed.
+int32_t GetFolder(CMailReader* pReader, CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder);
+
+// Copies a text into a fixed field, cut to fit and always terminated.
+void CopyField(char* pField, size_t cbField, const char* pszText);
+
+#endif  // QV_MAILREADER_MAILBOX_H
