@@ -1,0 +1,316 @@
+// Files.cpp - files, directory listings and system folders on POSIX.
+//
+// Text mode follows the Windows C runtime: CR LF is read as LF, a lone CR
+// stays, and a Ctrl-Z byte (0x1A) ends the file. Listings follow Wine: "."
+// and ".." first, then the names sorted without regard to case (ties by
+// byte order), so that every machine lists in one order. Names come back in
+// code page 932; a host name with no CP932 form cannot be named by a reader
+// and is left out.
+#include "platform/platform.h"
+#include "platform/posix/HostPath.h"
+#include "platform/posix/PosixText.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace qvp {
+
+struct File {
+    FILE* stream;
+    bool text;
+    bool eof;    // a read has met the end
+    bool ctrlZ;  // text mode: the end was a Ctrl-Z byte
+};
+
+struct FindHandle {
+    std::vector<FindData> entries;
+    size_t next;
+};
+
+namespace {
+
+constexpr int kEnd = -1;
+constexpr int kCtrlZ = 0x1A;
+
+int TextGet(File* file) {
+    if (file->ctrlZ) return kEnd;
+    const int c = getc_unlocked(file->stream);
+    if (c == EOF) return kEnd;
+    if (c == kCtrlZ) {
+        file->ctrlZ = true;
+        return kEnd;
+    }
+    if (c == '\r') {
+        const int next = getc_unlocked(file->stream);
+        if (next == '\n') return '\n';
+        if (next != EOF) ungetc(next, file->stream);
+    }
+    return c;
+}
+
+int Get(File* file) {
+    const int c = file->text ? TextGet(file) : getc_unlocked(file->stream);
+    if (c == EOF || c == kEnd) {
+        file->eof = true;
+        return kEnd;
+    }
+    return c;
+}
+
+// Wildcard match of folded UTF-16 text: '*' any run, '?' one unit. The walk
+// backs up only to the last '*', so it stays within pattern x name steps.
+bool Match(const std::u16string& pattern, const std::u16string& name) {
+    size_t p = 0, n = 0, star = std::u16string::npos, mark = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
+            ++p;
+            ++n;
+        } else if (p < pattern.size() && pattern[p] == u'*') {
+            star = p++;
+            mark = n;
+        } else if (star != std::u16string::npos) {
+            p = star + 1;
+            n = ++mark;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == u'*') ++p;
+    return p == pattern.size();
+}
+
+// Windows lets "x.*" match "x" as well: an extension of ".*" may be absent.
+bool MatchName(const std::u16string& pattern, const std::u16string& name) {
+    if (Match(pattern, name)) return true;
+    const size_t n = pattern.size();
+    return n >= 2 && pattern[n - 2] == u'.' && pattern[n - 1] == u'*' &&
+           name.find(u'.') == std::u16string::npos && Match(pattern.substr(0, n - 2), name);
+}
+
+std::u16string FoldedWide(const std::string& utf8) {
+    std::u16string wide;
+    posix::Utf8ToUtf16(utf8.data(), utf8.size(), false, &wide);
+    return posix::Fold(std::move(wide));
+}
+
+// A host path seen through Z:, in CP932: "/tmp" -> "Z:\tmp".
+bool ThroughZ(const std::string& hostPath, std::string* out) {
+    std::string windows = "Z:";
+    for (char c : hostPath) windows += c == '/' ? '\\' : c;
+    while (windows.size() > 3 && windows.back() == '\\') windows.pop_back();
+    if (windows.size() == 2) windows += '\\';
+    return posix::Utf8ToCp932Exact(windows, out);
+}
+
+// Copies text and its NUL as the Win32 folder calls do: the length without
+// NUL when it fits, else the size needed with the NUL.
+uint32_t CopyOut(const std::string& text, char* buffer, uint32_t size) {
+    if (buffer == nullptr || size < text.size() + 1) return static_cast<uint32_t>(text.size() + 1);
+    std::memcpy(buffer, text.c_str(), text.size() + 1);
+    return static_cast<uint32_t>(text.size());
+}
+
+}  // namespace
+
+using posix::MapPath;
+
+// ------------------------------------------------------------- folders ----
+
+uint32_t WindowsDirectory(char* buffer, uint32_t size) { return CopyOut("C:\\windows", buffer, size); }
+
+uint32_t TempPath(uint32_t size, char* buffer) {
+    const char* tmp = std::getenv("TMPDIR");
+    std::string windows;
+    if (tmp == nullptr || tmp[0] != '/' || !ThroughZ(tmp, &windows)) ThroughZ("/tmp", &windows);
+    if (windows.back() != '\\') windows += '\\';
+    return CopyOut(windows, buffer, size);
+}
+
+char* GetCwd(char* buffer, int size) {
+    char cwd[4096];
+    std::string windows;
+    if (getcwd(cwd, sizeof cwd) == nullptr || !ThroughZ(cwd, &windows)) return nullptr;
+    if (buffer == nullptr) {
+        // _getcwd allocates when given no buffer: at least `size` bytes.
+        const size_t bytes = std::max(static_cast<size_t>(size > 0 ? size : 0), windows.size() + 1);
+        buffer = static_cast<char*>(std::malloc(bytes));
+        if (buffer == nullptr) return nullptr;
+    } else if (size <= 0 || static_cast<size_t>(size) < windows.size() + 1) {
+        return nullptr;
+    }
+    std::memcpy(buffer, windows.c_str(), windows.size() + 1);
+    return buffer;
+}
+
+// --------------------------------------------------------------- files ----
+
+int Access(const char* path) {
+    std::string host;
+    struct stat st;
+    if (MapPath(path, &host) != posix::kMapFound || stat(host.c_str(), &st) != 0) return -1;
+    return 0;
+}
+
+int Remove(const char* path) {
+    std::string host;
+    if (MapPath(path, &host) != posix::kMapFound) return -1;
+    return unlink(host.c_str()) == 0 ? 0 : -1;
+}
+
+File* FileOpen(const char* path, const char* mode) {
+    if (mode == nullptr || mode[0] != 'r' || std::strpbrk(mode, "wa+") != nullptr) return nullptr;
+    std::string host;
+    if (MapPath(path, &host) != posix::kMapFound) return nullptr;
+    FILE* stream = std::fopen(host.c_str(), "rbe");
+    if (stream == nullptr) return nullptr;
+    struct stat st;
+    if (fstat(fileno(stream), &st) != 0 || S_ISDIR(st.st_mode)) {
+        std::fclose(stream);
+        return nullptr;
+    }
+    File* file = new (std::nothrow) File{stream, std::strchr(mode, 'b') == nullptr, false, false};
+    if (file == nullptr) std::fclose(stream);
+    return file;
+}
+
+char* FileGets(char* buffer, int n, File* file) {
+    if (buffer == nullptr || file == nullptr || n <= 0) return nullptr;
+    int stored = 0;
+    bool ended = false;
+    while (stored < n - 1) {
+        const int c = Get(file);
+        if (c == kEnd) {
+            ended = true;
+            break;
+        }
+        buffer[stored++] = static_cast<char>(c);
+        if (c == '\n') break;
+    }
+    buffer[stored] = 0;
+    if (stored == 0 && ended) return nullptr;
+    return buffer;
+}
+
+size_t FileRead(void* buffer, size_t bytes, File* file) {
+    if (buffer == nullptr || file == nullptr) return 0;
+    if (!file->text) {
+        const size_t got = std::fread(buffer, 1, bytes, file->stream);
+        if (got < bytes) file->eof = true;
+        return got;
+    }
+    char* out = static_cast<char*>(buffer);
+    size_t got = 0;
+    while (got < bytes) {
+        const int c = Get(file);
+        if (c == kEnd) break;
+        out[got++] = static_cast<char>(c);
+    }
+    return got;
+}
+
+bool FileEof(File* file) { return file == nullptr || file->eof; }
+
+void FileRewind(File* file) {
+    if (file == nullptr) return;
+    std::rewind(file->stream);
+    file->eof = false;
+    file->ctrlZ = false;
+}
+
+long FileLength(File* file) {
+    struct stat st;
+    if (file == nullptr || fstat(fileno(file->stream), &st) != 0) return -1;
+    return static_cast<long>(st.st_size);
+}
+
+void FileClose(File* file) {
+    if (file == nullptr) return;
+    std::fclose(file->stream);
+    delete file;
+}
+
+// ------------------------------------------------------------ listings ----
+
+FindHandle* FindFirst(const char* pattern, FindData* data) {
+    if (pattern == nullptr || data == nullptr) return nullptr;
+    std::string utf8;
+    if (!posix::Cp932ToUtf8(pattern, &utf8)) return nullptr;
+    size_t cut = utf8.find_last_of("\\/");
+    if (cut == std::string::npos && utf8.size() >= 2 && utf8[1] == ':') cut = 1;
+    const std::string dirPart = cut == std::string::npos ? std::string(".") : utf8.substr(0, cut + 1);
+    const std::string namePattern = cut == std::string::npos ? utf8 : utf8.substr(cut + 1);
+    if (namePattern.empty()) return nullptr;
+
+    std::string hostDir;
+    if (posix::MapUtf8Path(dirPart, &hostDir) != posix::kMapFound) return nullptr;
+    DIR* dir = opendir(hostDir.c_str());
+    if (dir == nullptr) return nullptr;
+
+    struct Entry {
+        std::u16string folded;
+        FindData data;
+    };
+    const std::u16string folded = FoldedWide(namePattern);
+    std::vector<Entry> entries;
+    while (struct dirent* entry = readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        std::string cp932;
+        if (!posix::Utf8ToCp932Exact(name, &cp932) || cp932.size() >= sizeof data->name ||
+            cp932.find('\0') != std::string::npos)
+            continue;
+        std::u16string key = FoldedWide(name);
+        if (!MatchName(folded, key)) continue;
+        struct stat st;
+        const std::string host = hostDir + (hostDir.back() == '/' ? "" : "/") + name;
+        if (stat(host.c_str(), &st) != 0) continue;  // a dangling link names nothing
+        Entry e{std::move(key), FindData{}};
+        e.data.attrib = S_ISDIR(st.st_mode) ? kAttribDirectory : kAttribArchive;
+        std::memcpy(e.data.name, cp932.c_str(), cp932.size() + 1);
+        entries.push_back(std::move(e));
+    }
+    closedir(dir);
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        if (a.folded != b.folded) return a.folded < b.folded;
+        return std::strcmp(a.data.name, b.data.name) < 0;
+    });
+
+    FindHandle* handle = new (std::nothrow) FindHandle;
+    if (handle == nullptr) return nullptr;
+    handle->next = 0;
+    for (const char* dot : {".", ".."}) {
+        if (!MatchName(folded, FoldedWide(dot))) continue;
+        FindData d{};
+        d.attrib = kAttribDirectory;
+        std::strcpy(d.name, dot);
+        handle->entries.push_back(d);
+    }
+    handle->entries.reserve(handle->entries.size() + entries.size());
+    for (const Entry& e : entries) handle->entries.push_back(e.data);
+    if (handle->entries.empty()) {
+        delete handle;
+        return nullptr;
+    }
+    *data = handle->entries[0];
+    handle->next = 1;
+    return handle;
+}
+
+bool FindNext(FindHandle* handle, FindData* data) {
+    if (handle == nullptr || data == nullptr || handle->next >= handle->entries.size()) return false;
+    *data = handle->entries[handle->next++];
+    return true;
+}
+
+void FindClose(FindHandle* handle) { delete handle; }
+
+}  // namespace qvp

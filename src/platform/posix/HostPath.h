@@ -1,0 +1,37 @@
+// HostPath.h - Windows paths of the Wine prefix to host paths.
+//
+// A path in code page 932 with a drive letter and backslashes names a file
+// below $WINEPREFIX/dosdevices/<drive>:. Wine names files in UTF-8 and the
+// client spells its own file names in different cases, so each component is
+// tried with its exact case first and then by a scan of its directory.
+#ifndef QV_PLATFORM_POSIX_HOSTPATH_H
+#define QV_PLATFORM_POSIX_HOSTPATH_H
+
+#include <cstddef>
+#include <string>
+
+namespace qvp {
+namespace posix {
+
+// The prefix: WINEPREFIX, else $HOME/.wine; empty when neither is known.
+std::string PrefixRoot();
+
+// Results of a mapping, in the file cause codes of the library.
+enum MapResult { kMapFound = 0, kMapMissing = 2, kMapBadPath = 3 };
+
+// Maps a Windows path given in UTF-8. kMapFound: every component exists
+// (the host path spells them as they are on disk); kMapMissing: only the last
+// component is missing (the host path ends in it as given); kMapBadPath: a
+// drive or a folder on the way is missing, or the path is malformed.
+int MapUtf8Path(const std::string& windowsUtf8, std::string* host);
+
+// The same for a path in code page 932.
+int MapPath(const char* windowsCp932, std::string* host);
+
+// Reads a whole regular file of at most maxBytes bytes.
+bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes);
+
+}  // namespace posix
+}  // namespace qvp
+
+#endif  // QV_PLATFORM_POSIX_HOSTPATH_H
