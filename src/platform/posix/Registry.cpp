@@ -1,0 +1,106 @@
+// Registry.cpp - RegOpenKeyExA and RegQueryValueExA over the Wine prefix.
+//
+// HKEY_LOCAL_MACHINE is system.reg, HKEY_CURRENT_USER is user.reg. Wine
+// rewrites both while it runs, so they are only ever read, and read afresh
+// at each open. The mail client is a 32-bit program: in a 64-bit prefix its
+// HKLM\Software lives under Software\Wow6432Node, which is looked at first.
+#include "platform/platform.h"
+#include "platform/posix/HostPath.h"
+#include "platform/posix/PosixText.h"
+#include "platform/posix/RegistryFile.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace qvp {
+
+struct RegKey {
+    std::shared_ptr<posix::RegistryFile> file;
+    std::vector<std::u16string> paths;  // folded, in the order they are searched
+};
+
+namespace {
+
+constexpr size_t kMaxRegistryBytes = 256u << 20;
+
+std::u16string FoldedName(const char* cp932) {
+    std::u16string wide;
+    if (cp932 != nullptr) posix::Cp932ToUtf16(cp932, std::strlen(cp932), false, &wide);
+    return posix::Fold(std::move(wide));
+}
+
+// A sub key as RegOpenKeyEx takes it: components separated by backslashes;
+// trailing separators are dropped.
+std::u16string KeyPath(const char* subKey) {
+    std::u16string path = FoldedName(subKey);
+    while (!path.empty() && path.back() == u'\\') path.pop_back();
+    return path;
+}
+
+bool StartsWith(const std::u16string& text, const std::u16string& prefix) {
+    return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
+}
+
+}  // namespace
+
+bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
+    if (out == nullptr) return false;
+    *out = nullptr;
+    const std::string prefix = posix::PrefixRoot();
+    if (prefix.empty()) return false;
+    std::string bytes;
+    const char* name = hive == Hive::LocalMachine ? "/system.reg" : "/user.reg";
+    if (!posix::ReadWholeFile(prefix + name, kMaxRegistryBytes, &bytes)) return false;
+    auto file = std::make_shared<posix::RegistryFile>();
+    if (!file->Parse(bytes.data(), bytes.size())) return false;
+
+    const std::u16string path = KeyPath(subKey);
+    if (!path.empty() && path.front() == u'\\') return false;
+    std::vector<std::u16string> paths;
+    static const std::u16string kSoftware = u"SOFTWARE\\";
+    static const std::u16string kWow = u"SOFTWARE\\WOW6432NODE";
+    if (hive == Hive::LocalMachine && file->Win64() && StartsWith(path, kSoftware) &&
+        !(StartsWith(path, kWow) && (path.size() == kWow.size() || path[kWow.size()] == u'\\'))) {
+        const std::u16string redirected = kWow + path.substr(kSoftware.size() - 1);
+        if (file->HasKey(redirected)) paths.push_back(redirected);
+    }
+    if (file->HasKey(path)) paths.push_back(path);
+    if (paths.empty()) return false;
+    RegKey* key = new (std::nothrow) RegKey{std::move(file), std::move(paths)};
+    *out = key;
+    return key != nullptr;
+}
+
+bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pcbData) {
+    if (key == nullptr || pcbData == nullptr) return false;
+    const std::u16string name = FoldedName(valueName);
+    const posix::RegistryFile::Value* value = nullptr;
+    for (const std::u16string& path : key->paths) {
+        value = key->file->Find(path, name);
+        if (value != nullptr) break;
+    }
+    if (value == nullptr) return false;
+    std::string ansi = value->isText ? posix::Utf16ToCp932(value->text.data(), value->text.size())
+                                     : value->bytes;
+    ansi.push_back('\0');
+    if (ansi.size() > UINT32_MAX) return false;
+    const uint32_t needed = static_cast<uint32_t>(ansi.size());
+    if (data == nullptr) {
+        *pcbData = needed;  // a size query
+        return true;
+    }
+    if (*pcbData < needed) {
+        *pcbData = needed;
+        return false;
+    }
+    std::memcpy(data, ansi.data(), ansi.size());
+    *pcbData = needed;
+    return true;
+}
+
+void RegCloseKey(RegKey* key) { delete key; }
+
+}  // namespace qvp
