@@ -149,6 +149,12 @@ WinePrefix::~WinePrefix() {
     fs::remove_all(root_, ignored);
 }
 
+void WinePrefix::CopyTo(const std::string& hostDir) const {
+    fs::remove_all(hostDir);
+    fs::create_directories(fs::path(hostDir).parent_path());
+    fs::copy(root_, hostDir, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+}
+
 void WinePrefix::Set(Hive& hive, const std::string& key, const std::string& name,
                      const std::string& value) {
     auto found = hive.keys.find(key);

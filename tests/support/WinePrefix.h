@@ -46,6 +46,9 @@ public:
     void MakeDir(const std::string& winPathUtf8);
     // Removes a file or a whole folder.
     void Remove(const std::string& winPathUtf8);
+    // Copies the whole prefix, drive links included, to a folder that stays
+    // (the folder is replaced).
+    void CopyTo(const std::string& hostDir) const;
 
 private:
     struct Hive {

@@ -1,0 +1,47 @@
+// SampleStore.h - a small but complete installation of the mail client in a
+// Wine prefix: users named by Japanese shortcuts and a DEFAULT_USER, accounts
+// with and without titles, every folder form, messages with ISO-2022-JP,
+// UTF-8 and raw Shift-JIS subjects, an address book with nested groups and
+// comma lines, and a listed extra address file. The README's sample and the
+// end-to-end tests are built from it.
+#ifndef QV_TESTS_SUPPORT_SAMPLESTORE_H
+#define QV_TESTS_SUPPORT_SAMPLESTORE_H
+
+#include <string>
+#include <vector>
+
+#include "support/WinePrefix.h"
+
+namespace qvt {
+
+// Writes the client's files into a prefix, by Windows paths in UTF-8; texts
+// are stored as the client stores them (Shift-JIS, CR LF).
+class StoreWriter {
+public:
+    explicit StoreWriter(WinePrefix& prefix) : m_prefix(prefix) {}
+
+    void Install(const std::string& installPath);
+    void RegistryMailbox(const std::string& dir);
+    void Uninst(const std::string& path, const std::vector<std::string>& lines);
+    void Shortcut(const std::string& path, const std::string& arguments, bool unicode = true);
+    void Mailbox(const std::string& dir, const std::string& addressFiles = "");
+    void Account(const std::string& dir, const std::string& title);
+    void FolderIni(const std::string& dir, const std::string& title, bool subfolders);
+    // "Entry.lst" naming the messages, and one ".alm" file per message.
+    void Messages(const std::string& dir, const std::vector<std::string>& messages, int firstNumber = 1);
+    void Text(const std::string& path, const std::vector<std::string>& lines);
+    void Raw(const std::string& path, const std::string& bytes) { m_prefix.WriteFile(path, bytes); }
+
+private:
+    WinePrefix& m_prefix;
+};
+
+// A message in the client's form: header lines, a blank line, the body.
+std::string MakeMessage(const std::string& subjectField, const std::string& messageId, const std::string& body);
+
+// Builds the sample installation.
+void BuildSampleStore(WinePrefix& prefix);
+
+}  // namespace qvt
+
+#endif  // QV_TESTS_SUPPORT_SAMPLESTORE_H
