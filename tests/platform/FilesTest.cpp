@@ -1,0 +1,295 @@
+// FilesTest.cpp - paths through the prefix, listings, text mode, the log
+// file, system folders, dynamic loading.
+#include "platform/platform.h"
+#include "support/WinePrefix.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ReadHost(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Keeps the current directory and gives it back.
+class CwdGuard {
+public:
+    explicit CwdGuard(const std::string& to) : old_(fs::current_path()) { fs::current_path(to); }
+    ~CwdGuard() { fs::current_path(old_); }
+
+private:
+    fs::path old_;
+};
+
+TEST(Paths, MapThroughThePrefix) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Mail\\Entry.ini", "x");
+    prefix.WriteFile("C:\\メール\\受信箱.box", "x");
+    prefix.WriteFile("C:\\Mail\\ＡＢＣ.txt", "x");
+    prefix.MakeDir("C:\\Mail\\Sub");
+    const struct {
+        const char* name;
+        std::string path;  // UTF-8, converted to CP932
+        bool exists;
+    } cases[] = {
+        {"exact case", "C:\\Mail\\Entry.ini", true},
+        {"any case", "c:\\MAIL\\entry.INI", true},
+        {"slashes", "C:/Mail/Entry.ini", true},
+        {"doubled backslashes", "C:\\\\Mail\\\\Entry.ini", true},
+        {"dot and dot-dot", "C:\\Mail\\.\\Sub\\..\\Entry.ini", true},
+        {"dot-dot stops at the root", "C:\\..\\..\\Mail\\Entry.ini", true},
+        {"a directory", "C:\\mail\\sub\\", true},
+        {"Japanese names", "C:\\メール\\受信箱.box", true},
+        {"full-width letters in any case", "C:\\mail\\ａｂｃ.TXT", true},
+        {"missing file", "C:\\Mail\\Entry.lst", false},
+        {"missing folder on the way", "C:\\Nothing\\Entry.ini", false},
+        {"drive without a link", "Q:\\Mail\\Entry.ini", false},
+        {"a file used as a folder", "C:\\Mail\\Entry.ini\\x", false},
+        {"host root through Z:", "Z:\\", true},
+        {"the prefix through Z:", "Z:" + prefix.Root() + "/drive_c/Mail/Entry.ini", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.exists ? 0 : -1, qvp::Access(qvt::Cp932(c.path).c_str()));
+    }
+    EXPECT_EQ(-1, qvp::Access("C:\\Mail\\\x82")) << "invalid CP932 names nothing";
+
+    fs::remove(fs::path(prefix.Root()) / "dosdevices" / "c:");
+    EXPECT_EQ(0, qvp::Access("C:\\Mail\\Entry.ini")) << "c: falls back to drive_c";
+}
+
+TEST(Paths, RelativeToTheCurrentDirectory) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Mail\\Sub\\a.txt", "x");
+    CwdGuard cwd(prefix.HostPath("C:\\Mail\\Sub"));
+    EXPECT_EQ(0, qvp::Access("a.txt"));
+    EXPECT_EQ(0, qvp::Access("..\\SUB\\A.TXT"));
+    EXPECT_EQ(-1, qvp::Access("b.txt"));
+    char buffer[4096];
+    ASSERT_NE(nullptr, qvp::GetCwd(buffer, sizeof buffer));
+    EXPECT_EQ("Z:" + prefix.HostPath("C:\\Mail\\Sub"), [&] {
+        std::string s = buffer;
+        for (char& ch : s)
+            if (ch == '\\') ch = '/';
+        return s;
+    }());
+    EXPECT_EQ(0, qvp::Access(buffer)) << "the current directory maps back";
+    EXPECT_EQ(nullptr, qvp::GetCwd(buffer, 4)) << "too small";
+}
+
+TEST(Paths, RemoveTakesFilesOnly) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Temp\\IBQVALM.tmp", "x");
+    prefix.MakeDir("C:\\Temp\\Dir");
+    EXPECT_EQ(0, qvp::Remove("C:\\temp\\ibqvalm.TMP"));
+    EXPECT_EQ(-1, qvp::Access("C:\\Temp\\IBQVALM.tmp"));
+    EXPECT_EQ(-1, qvp::Remove("C:\\Temp\\IBQVALM.tmp"));
+    EXPECT_EQ(-1, qvp::Remove("C:\\Temp\\Dir"));
+}
+
+std::vector<std::string> List(const std::string& patternUtf8) {
+    std::vector<std::string> names;
+    qvp::FindData data;
+    qvp::FindHandle* handle = qvp::FindFirst(qvt::Cp932(patternUtf8).c_str(), &data);
+    if (handle == nullptr) return names;
+    do {
+        names.push_back(qvt::Utf8(data.name) + (data.attrib == qvp::kAttribDirectory ? "/" : ""));
+        EXPECT_TRUE(data.attrib == qvp::kAttribDirectory || data.attrib == qvp::kAttribArchive);
+    } while (qvp::FindNext(handle, &data));
+    qvp::FindClose(handle);
+    return names;
+}
+
+TEST(Listing, OrderPatternsAndSkippedNames) {
+    qvt::WinePrefix prefix;
+    for (const char* name : {"Zeta.box", "alpha.box", "Beta.BOX", "note.txt", "受信.box", "a.box", "A.box",
+                             "\xF0\x9F\x98\x80.box", "noext", "beta.boxes"})
+        prefix.WriteFile(std::string("C:\\Mail\\") + name, "x");
+    prefix.MakeDir("C:\\Mail\\Folder.box");
+    const struct {
+        const char* pattern;
+        std::vector<std::string> names;
+    } cases[] = {
+        {"C:\\Mail\\*.box",
+         {"A.box", "a.box", "alpha.box", "Beta.BOX", "Folder.box/", "Zeta.box", "受信.box"}},
+        {"c:\\mail\\*.BOX", {"A.box", "a.box", "alpha.box", "Beta.BOX", "Folder.box/", "Zeta.box", "受信.box"}},
+        {"C:\\Mail\\?eta.box", {"Beta.BOX", "Zeta.box"}},
+        {"C:\\Mail\\*",
+         {"./", "../", "A.box", "a.box", "alpha.box", "Beta.BOX", "beta.boxes", "Folder.box/", "noext", "note.txt",
+          "Zeta.box", "受信.box"}},
+        {"C:\\Mail\\no*.*", {"noext", "note.txt"}},
+        {"C:\\Mail\\*.lst", {}},
+        {"C:\\Missing\\*", {}},
+        {"C:\\Mail\\", {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pattern);
+        EXPECT_EQ(c.names, List(c.pattern));
+    }
+}
+
+struct TextCase {
+    const char* name;
+    std::string bytes;
+    const char* mode;
+    int n;
+    std::vector<std::string> lines;
+};
+
+TEST(Files, TextAndBinaryMode) {
+    const TextCase cases[] = {
+        {"CR LF read as LF", "a\r\nb\r\n", "rt", 64, {"a\n", "b\n"}},
+        {"lone CR stays", "a\rb\n\r", "rt", 64, {"a\rb\n", "\r"}},
+        {"CR CR LF", "a\r\r\nb", "rt", 64, {"a\r\n", "b"}},
+        {"Ctrl-Z ends the file", "a\nb\x1A" "c\n", "rt", 64, {"a\n", "b"}},
+        {"Ctrl-Z after CR", "a\r\x1A\n", "rt", 64, {"a\r"}},
+        {"binary keeps everything", "a\r\nb\x1A\n", "rb", 64, {"a\r\n", "b\x1A\n"}},
+        {"default mode is text", "a\r\n", "r", 64, {"a\n"}},
+        {"long line in pieces", "abcdefg\n", "rt", 4, {"abc", "def", "g\n"}},
+        {"empty file", "", "rt", 64, {}},
+    };
+    qvt::WinePrefix prefix;
+    for (const TextCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        prefix.WriteFile("C:\\t.txt", c.bytes);
+        qvp::File* file = qvp::FileOpen("C:\\T.TXT", c.mode);
+        ASSERT_NE(nullptr, file);
+        EXPECT_EQ(static_cast<long>(c.bytes.size()), qvp::FileLength(file));
+        for (int pass = 0; pass < 2; ++pass) {
+            std::vector<std::string> lines;
+            char buffer[64];
+            while (qvp::FileGets(buffer, c.n, file)) lines.push_back(buffer);
+            EXPECT_EQ(c.lines, lines);
+            EXPECT_TRUE(qvp::FileEof(file));
+            qvp::FileRewind(file);
+            EXPECT_FALSE(qvp::FileEof(file));
+        }
+        qvp::FileClose(file);
+    }
+}
+
+TEST(Files, ReadAndOpenFailures) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\m.alm", std::string("H\r\nB\x1A\0tail", 10));
+    qvp::File* file = qvp::FileOpen("C:\\m.alm", "rb");
+    ASSERT_NE(nullptr, file);
+    char buffer[16];
+    EXPECT_EQ(10u, qvp::FileRead(buffer, sizeof buffer, file));
+    EXPECT_TRUE(qvp::FileEof(file));
+    qvp::FileClose(file);
+    file = qvp::FileOpen("C:\\m.alm", "rt");
+    ASSERT_NE(nullptr, file);
+    EXPECT_EQ(3u, qvp::FileRead(buffer, sizeof buffer, file));
+    EXPECT_EQ("H\nB", std::string(buffer, 3));
+    qvp::FileClose(file);
+
+    prefix.MakeDir("C:\\Dir");
+    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\Dir", "rb")) << "a directory";
+    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\none.alm", "rb"));
+    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\m.alm", "w")) << "nothing is written";
+}
+
+std::u16string Wide(const std::string& utf8) {
+    const int n = qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.c_str(), -1, nullptr, 0);
+    std::u16string out(static_cast<size_t>(n), u'\0');
+    qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.c_str(), -1, &out[0], n);
+    return out;
+}
+
+TEST(LogFile, AppendsAndReportsCauses) {
+    qvt::WinePrefix prefix;
+    const std::string path = prefix.HostPath("C:\\ログ.log");
+    qvp::LogFile* log = nullptr;
+    ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &log));
+    EXPECT_EQ(0, qvp::LogFileAppend(log, "one\r\n", 5));
+    EXPECT_EQ(0, qvp::LogFileFlush(log));
+    EXPECT_EQ(0, qvp::LogFileClose(log));
+    ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &log));
+    qvp::LogFile* second = nullptr;
+    ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &second)) << "shared";
+    EXPECT_EQ(0, qvp::LogFileAppend(log, "two\r\n", 5));
+    EXPECT_EQ(0, qvp::LogFileAppend(second, "3\r\n", 3));
+    EXPECT_EQ(0, qvp::LogFileAppend(log, "4\r\n", 3));
+    qvp::LogFileClose(second);
+    qvp::LogFileClose(log);
+    EXPECT_EQ("one\r\ntwo\r\n3\r\n4\r\n", ReadHost(path)) << "never truncated, no BOM, appended at the end";
+
+    prefix.MakeDir("C:\\Dir");
+    const struct {
+        const char* name;
+        std::string path;
+        int cause;
+    } failures[] = {
+        {"missing folder", prefix.HostPath("C:\\Nothing\\a.log"), 3},
+        {"a file used as a folder", path + "/a.log", 3},
+        {"a directory", prefix.HostPath("C:\\Dir"), 5},
+    };
+    for (const auto& f : failures) {
+        SCOPED_TRACE(f.name);
+        log = reinterpret_cast<qvp::LogFile*>(1);
+        EXPECT_EQ(f.cause, qvp::LogFileOpen(Wide(f.path).c_str(), &log));
+        EXPECT_EQ(nullptr, log);
+    }
+}
+
+TEST(SystemFolders, WindowsAndTemp) {
+    char buffer[64];
+    EXPECT_EQ(10u, qvp::WindowsDirectory(buffer, sizeof buffer));
+    EXPECT_STREQ("C:\\windows", buffer);
+    EXPECT_EQ(11u, qvp::WindowsDirectory(buffer, 10)) << "too small: the size needed";
+
+    const char* old = std::getenv("TMPDIR");
+    const std::string saved = old ? old : "";
+    const struct {
+        const char* tmpdir;
+        const char* expected;
+    } cases[] = {{"/var/tmp/", "Z:\\var\\tmp\\"}, {"/tmp", "Z:\\tmp\\"}, {"", "Z:\\tmp\\"}, {"relative", "Z:\\tmp\\"}};
+    for (const auto& c : cases) {
+        ::setenv("TMPDIR", c.tmpdir, 1);
+        EXPECT_EQ(std::strlen(c.expected), qvp::TempPath(sizeof buffer, buffer));
+        EXPECT_STREQ(c.expected, buffer);
+    }
+    if (old)
+        ::setenv("TMPDIR", saved.c_str(), 1);
+    else
+        ::unsetenv("TMPDIR");
+}
+
+TEST(Runtime, ModulesClockAndCriticalSection) {
+    EXPECT_EQ(nullptr, qvp::ModuleLoad("NoSuchLibrary.dll"));
+    // glibc's libBrokenLocale.so stands in for a sibling library found by its bare name.
+    qvp::Module* module = qvp::ModuleLoad("BrokenLocale.dll");
+    ASSERT_NE(nullptr, module);
+    EXPECT_NE(nullptr, qvp::ModuleSymbol(module, "strlen"));
+    EXPECT_EQ(nullptr, qvp::ModuleSymbol(module, "MT_NoSuchFunction"));
+    EXPECT_TRUE(qvp::ModuleFree(module));
+
+    qvp::LocalTime t{};
+    qvp::LocalTimeNow(&t);
+    EXPECT_GE(t.year, 2020);
+    EXPECT_TRUE(t.month >= 1 && t.month <= 12 && t.day >= 1 && t.day <= 31 && t.hour < 24 && t.minute < 60 &&
+                t.second < 60 && t.milliseconds < 1000);
+
+    qvp::CriticalSection* cs = qvp::CriticalSectionCreate();
+    ASSERT_NE(nullptr, cs);
+    qvp::CriticalSectionEnter(cs);
+    qvp::CriticalSectionEnter(cs);  // re-entrant, as on Windows
+    qvp::CriticalSectionLeave(cs);
+    qvp::CriticalSectionLeave(cs);
+    qvp::CriticalSectionDestroy(cs);
+}
+
+}  // namespace

@@ -1,0 +1,112 @@
+// IniTest.cpp - GetPrivateProfileStringA semantics over file bytes, and
+// the file found through the prefix.
+#include "platform/platform.h"
+#include "platform/posix/IniFile.h"
+#include "support/WinePrefix.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+namespace {
+
+struct IniCase {
+    const char* name;
+    std::string file;  // "<none>": no file
+    const char* section;
+    const char* key;
+    const char* def;
+    uint32_t size;
+    std::string expected;
+};
+
+const IniCase kIniCases[] = {
+    {"plain", "[Property]\nTitle=Mine\n", "Property", "Title", "", 64, "Mine"},
+    {"section and key in any case", "[PROPERTY]\ntitle=Mine\n", "property", "TITLE", "", 64, "Mine"},
+    {"blanks trimmed", "[P]\n \t Title \t=  Mine here \t\n", "P", "Title", "", 64, "Mine here"},
+    {"CR and Ctrl-Z trimmed", "[P]\r\nTitle=Mine\x1A\r\n", "P", "Title", "", 64, "Mine"},
+    {"lookup names trimmed", "[P]\nTitle=Mine\n", " P ", " Title ", "", 64, "Mine"},
+    {"double quotes lose the pair", "[P]\nT=\"a b\"\n", "P", "T", "", 64, "a b"},
+    {"single quotes lose the pair", "[P]\nT='a b'\n", "P", "T", "", 64, "a b"},
+    {"mismatched quotes stay", "[P]\nT=\"a b'\n", "P", "T", "", 64, "\"a b'"},
+    {"one quote stays", "[P]\nT=\"\n", "P", "T", "", 64, "\""},
+    {"two quotes give empty", "[P]\nT=\"\"\n", "P", "T", "d", 64, ""},
+    {"quote only at the start stays", "[P]\nT=\"abc\n", "P", "T", "", 64, "\"abc"},
+    {"comment line", "[P]\n;T=x\nT=y\n", "P", "T", "", 64, "y"},
+    {"indented comment line", "[P]\n  ;T=x\n", "P", ";T", "d", 64, "d"},
+    {"semicolon in a value is kept", "[P]\nT=a ; b\n", "P", "T", "", 64, "a ; b"},
+    {"line without = is no key", "[P]\nT\nT=v\n", "P", "T", "", 64, "v"},
+    {"first duplicate key wins", "[P]\nT=1\nt=2\n", "P", "T", "", 64, "1"},
+    {"only the first section of a name", "[P]\nA=1\n[Q]\n[p]\nT=2\n", "P", "T", "d", 64, "d"},
+    {"key in another section", "[Q]\nT=1\n[P]\nU=2\n", "P", "T", "d", 64, "d"},
+    {"key before any section", "T=1\n[P]\nT=2\n", "P", "T", "", 64, "2"},
+    {"section name up to the last bracket", "[a]b]\nT=1\n", "a]b", "T", "", 64, "1"},
+    {"equals sign in the value", "[P]\nT=a=b\n", "P", "T", "", 64, "a=b"},
+    {"empty value", "[P]\nT=\n", "P", "T", "d", 64, ""},
+    {"cut to size minus one", "[P]\nT=abcdef\n", "P", "T", "", 4, "abc"},
+    {"size one stores nothing", "[P]\nT=abcdef\n", "P", "T", "", 1, ""},
+    {"missing key gives the default", "[P]\nT=1\n", "P", "X", "dflt", 64, "dflt"},
+    {"default is trimmed and unquoted", "[P]\n", "P", "X", " 'dflt' ", 64, "dflt"},
+    {"default is cut too", "[P]\n", "P", "X", "dflt", 3, "df"},
+    {"missing file gives the default", "<none>", "P", "T", "dflt", 64, "dflt"},
+    {"LF line ends", "[P]\nA=1\nT=2\n", "P", "T", "", 64, "2"},
+    {"CR line ends", "[P]\rA=1\rT=2\r", "P", "T", "", 64, "2"},
+    {"no line end at the end", "[P]\r\nT=2", "P", "T", "", 64, "2"},
+    {"Shift-JIS bytes", "[\x83\x81\x81\x5B\x83\x8B]\nT=\x95\x5C\x8E\xA6\n", "\x83\x81\x81\x5B\x83\x8B", "T", "", 64,
+     "\x95\x5C\x8E\xA6"},
+    {"full-width letters in any case", "[\x82\x60]\nT=1\n", "\x82\x81", "T", "", 64, "1"},
+    {"UTF-8 byte order mark", "\xEF\xBB\xBF[P]\nT=\xE8\xA1\xA8\xE3\x80\x9C\n", "P", "T", "", 64, "\x95\x5C?"},
+    {"UTF-16LE byte order mark", std::string("\xFF\xFE[\0P\0]\0\n\0T\0=\0\x68\x88\n\0", 20), "P", "T", "", 64,
+     "\x95\x5C"},
+};
+
+TEST(Ini, GetPrivateProfileStringSemantics) {
+    for (const IniCase& c : kIniCases) {
+        SCOPED_TRACE(c.name);
+        char buffer[64];
+        std::memset(buffer, 0x7F, sizeof buffer);
+        const bool none = c.file == "<none>";
+        const uint32_t n = qvp::posix::ProfileStringFromBytes(none ? nullptr : c.file.data(), c.file.size(), c.section,
+                                                              c.key, c.def, buffer, c.size);
+        EXPECT_EQ(c.expected.size(), n);
+        EXPECT_EQ(c.expected, std::string(buffer));
+        EXPECT_EQ(0x7F, buffer[c.size < 64 ? c.size : 63]) << "wrote past the buffer";
+    }
+}
+
+TEST(Ini, ThroughThePrefix) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Mail\\Account1\\Account.ini", "[Property]\r\nTitle=Taro\r\n");
+    char buffer[512];
+    EXPECT_EQ(4u, qvp::ProfileString("Property", "Title", "", buffer, sizeof buffer,
+                                     "C:\\MAIL\\account1\\ACCOUNT.INI"));
+    EXPECT_STREQ("Taro", buffer);
+    EXPECT_EQ(0u, qvp::ProfileString("Property", "Title", "", buffer, sizeof buffer, "C:\\Mail\\Account2\\Account.ini"));
+    EXPECT_STREQ("", buffer);
+    prefix.WriteFile("C:\\windows\\win.ini", "[Mail]\nMAPI=1\n");
+    EXPECT_EQ(1u, qvp::ProfileString("mail", "mapi", "0", buffer, sizeof buffer, "win.ini"));
+    EXPECT_STREQ("1", buffer);
+}
+
+TEST(Ini, DamagedFilesEndCleanly) {
+    static const char kText[] = "\xFF\xFE[\0P\0]\0\r\0\n\0T\0=\0'\0x\0'\0";
+    static const char kNoise[] = "[]=;'\"\r\n\x1A\xFF\xFE\x82 ";
+    const std::string text(kText, sizeof kText - 1);
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    char buffer[8];
+    for (int round = 0; round < 3000; ++round) {
+        std::string damaged = text.substr(0, random() % (text.size() + 1));
+        for (char& c : damaged)
+            if (random() % 4 == 0) c = kNoise[random() % (sizeof kNoise - 1)];
+        const uint32_t n = qvp::posix::ProfileStringFromBytes(damaged.data(), damaged.size(), "P", "T", "d", buffer,
+                                                              sizeof buffer);
+        ASSERT_LT(n, sizeof buffer);
+        ASSERT_EQ(n, std::strlen(buffer));
+    }
+}
+
+}  // namespace
