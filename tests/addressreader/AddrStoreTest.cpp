@@ -173,8 +173,8 @@ std::string Semicolons(size_t n) { return std::string(n, ';'); }
 const BookCase kBooks[] = {
     {"neither file", false, "", {}, ""},
     {"default file only", true, "", {"標準のアドレス帳"}, "d=1;"},
-    {"listed files in order, missing and directory passed over", true,
-     "C:\\lists\\a.txt;C:\\lists\\missing.txt;;C:\\lists;C:\\lists\\b",
+    {"listed files in order, missing, dangling and directory passed over", true,
+     "C:\\lists\\a.txt;C:\\lists\\missing.txt;;C:\\lists;C:\\lists\\dangling;C:\\lists\\b",
      {"標準のアドレス帳", "a.txt", "b"}, "d=1;a=2;b=3;"},
     {"first entry with a star is dropped", false, "*C:\\lists\\a.txt;C:\\lists\\b", {"b"}, "b=3;"},
     {"only the first entry", false, "C:\\lists\\b;*C:\\lists\\a.txt", {"b"}, "b=3;"},
@@ -208,6 +208,8 @@ TEST_P(AddrBooks, GroupsAndItems) {
     prefix.WriteFile("C:\\lists\\表.txt", "h: 5\n");
     prefix.WriteFile("C:\\work\\rel.txt", "r: 4\n");
     prefix.WriteFile("C:\\work\\x", "x: 6\n");
+    // A link to nothing: listed, but it cannot be opened.
+    std::filesystem::create_symlink(prefix.HostPath("C:\\lists\\gone"), prefix.HostPath("C:\\lists\\dangling"));
     const std::filesystem::path oldCwd = std::filesystem::current_path();
     std::filesystem::current_path(prefix.HostPath("C:\\work"));
 
@@ -224,6 +226,27 @@ TEST_P(AddrBooks, GroupsAndItems) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, AddrBooks, ::testing::ValuesIn(kBooks),
                          addrtest::ParamName<::testing::TestParamInfo<BookCase>>);
+
+// A damaged default file (deep unclosed nesting, binary bytes, a long line
+// without line end) is read as far as it goes, and the listed file behind it
+// still comes.
+TEST(AddrStore, DamagedFileDoesNotStopTheBook) {
+    qvt::WinePrefix prefix;
+    std::string bytes;
+    for (int i = 0; i < 20000; ++i) bytes += "Group g\n";
+    for (int i = 0; i < 4096; ++i) bytes += static_cast<char>((i * 131) % 256 == 0x1A ? 0 : (i * 131) % 256);
+    bytes += std::string(1u << 20, 'w');
+    prefix.WriteFile(std::string(kMailbox) + "\\Address", bytes);
+    prefix.WriteFile(std::string(kMailbox) + "\\Mailbox.ini", "[Property]\r\nAddressFile=C:\\lists\\a.txt\r\n");
+    prefix.WriteFile("C:\\lists\\a.txt", "a: 2\n");
+    CAddrBook book(kMailbox);
+    EXPECT_EQ(0, book.Load());
+    ASSERT_EQ(2, book.GroupCount());
+    EXPECT_STREQ("a.txt", book.GroupAt(1)->Name());
+    EXPECT_STREQ("a", book.ItemAt(book.ItemCount() - 1)->Key());
+    EXPECT_GT(book.ItemCount(), (1 << 20) / 5119);
+    EXPECT_EQ("", addrtest::CheckInvariants(book));
+}
 
 // The flat functions from the reader down to an item, with two books of one
 // user open at once, and a book closed after its reader.
