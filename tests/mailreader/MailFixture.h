@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "mailreader/MailReader.h"
 #include "messagelib/MessageLib.h"
 #include "platform/platform.h"
@@ -121,11 +123,43 @@ inline int32_t DisplayName(MAILREADER_HANDLE h, MAILRECORD_HANDLE rec, std::stri
     return Text([&](QvV4Value* v) { return MailReader_GetDisplayName(h, rec, v); }, out);
 }
 
+// The libraries are loaded from the build's lib folder by path: under the
+// address sanitizer dlopen is called from the sanitizer's runtime, whose
+// search path does not hold the test program's own.
+inline const char* LibPath(const char* pszFile) {
+    static std::string s_paths[4];
+    static const char* const s_files[4] = {"sNqxMsgNet.dll", "stub_mock.dll", "stub_onlyfree.dll",
+                                           "stub_not_there.dll"};
+    for (int i = 0; i < 4; ++i) {
+        if (std::string(pszFile) == s_files[i]) {
+            if (s_paths[i].empty()) s_paths[i] = std::string(QV_TEST_BINARY_DIR) + "/lib/" + pszFile;
+            return s_paths[i].c_str();
+        }
+    }
+    return pszFile;
+}
+
 // Loads stub_<name>.dll in place of the message library for one scope.
 class StubLibrary {
 public:
-    explicit StubLibrary(const char* pszFile) { SetMessageLibraryNameForTests(pszFile); }
-    ~StubLibrary() { SetMessageLibraryNameForTests(nullptr); }
+    explicit StubLibrary(const char* pszFile) { SetMessageLibraryNameForTests(LibPath(pszFile)); }
+    ~StubLibrary() { SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll")); }
+};
+
+// Every test program of the reader starts with the real library by path.
+// The program also holds one load of it of its own, so that the library
+// stays mapped when the last reader unloads it: its code page converters
+// live in its static data, and an unmapped library would leave them to the
+// leak checker as lost.
+class RealLibraryEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll"));
+        if (s_hPinned == nullptr) s_hPinned = qvp::ModuleLoad(LibPath("sNqxMsgNet.dll"));
+    }
+
+private:
+    static inline qvp::Module* s_hPinned = nullptr;
 };
 
 }  // namespace mailtest

@@ -5,10 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "MailFixture.h"
 #include "mailreader/EntryLists.h"
 #include "mailreader/MailReaderApi.h"
 
 namespace {
+
+const ::testing::Environment* const g_realLibrary =
+    ::testing::AddGlobalTestEnvironment(new mailtest::RealLibraryEnvironment);
 
 std::vector<std::string> Read(const std::string& bytes, bool index) {
     CMemoryLineSource source(bytes.data(), bytes.size());

@@ -13,16 +13,29 @@ namespace {
 
 void* Fallback() { return reinterpret_cast<void*>(&MissingFunction); }
 
+// The libraries are loaded from the build's lib folder by path: under the
+// address sanitizer dlopen is called from the sanitizer's runtime, whose
+// search path does not hold the test program's own.
+const char* LibPath(const char* pszFile) {
+    static std::string s_paths[8];
+    static int s_used = 0;
+    std::string path = std::string(QV_TEST_BINARY_DIR) + "/lib/" + pszFile;
+    for (int i = 0; i < s_used; ++i)
+        if (s_paths[i] == path) return s_paths[i].c_str();
+    s_paths[s_used] = path;
+    return s_paths[s_used++].c_str();
+}
+
 // Binds a library by its Windows name for the span of a test.
 class Bound {
 public:
     explicit Bound(const char* pszName) {
-        SetMessageLibraryNameForTests(pszName);
+        SetMessageLibraryNameForTests(LibPath(pszName));
         result = BindMessageLibrary();
     }
     ~Bound() {
         if (result == 0) UnbindMessageLibrary();
-        SetMessageLibraryNameForTests(nullptr);
+        SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll"));
     }
     int32_t result;
 };
@@ -140,8 +153,20 @@ TEST(MessageLibBinding, FallbacksOfAMissingFunctionDoNothing) {
     EXPECT_EQ(0, g_MessageLib.MT_Free(std::malloc(8)));
 }
 
-TEST(MessageLibBinding, CountsReadersAndLoadsOnce) {
+TEST(MessageLibBinding, LoadsByBareName) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "dlopen runs from the sanitizer's runtime, which has no search path of ours";
+#endif
     SetMessageLibraryNameForTests(nullptr);
+    qvp::Module* hModule = LoadMessageLibrary();
+    ASSERT_NE(nullptr, hModule);
+    EXPECT_NE(nullptr, qvp::ModuleSymbol(hModule, "MT_Init"));
+    EXPECT_EQ(1, UnloadMessageLibrary(hModule));
+    SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll"));
+}
+
+TEST(MessageLibBinding, CountsReadersAndLoadsOnce) {
+    SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll"));
     ASSERT_EQ(0, AddLibraryRef(0));
     ASSERT_EQ(0, BindMessageLibrary());
     qvp::Module* hFirst = BoundMessageLibrary();
@@ -157,11 +182,11 @@ TEST(MessageLibBinding, CountsReadersAndLoadsOnce) {
 }
 
 TEST(MessageLibBinding, FailedLoadTakesTheCountBackAndIsTriedAgain) {
-    SetMessageLibraryNameForTests("stub_not_there.dll");
+    SetMessageLibraryNameForTests(LibPath("stub_not_there.dll"));
     EXPECT_EQ(-3, BindMessageLibrary());
     EXPECT_EQ(0, AddLibraryRef(0));
     EXPECT_EQ(nullptr, BoundMessageLibrary());
-    SetMessageLibraryNameForTests(nullptr);
+    SetMessageLibraryNameForTests(LibPath("sNqxMsgNet.dll"));
     EXPECT_EQ(0, BindMessageLibrary());
     EXPECT_NE(nullptr, BoundMessageLibrary());
     EXPECT_EQ(0, UnbindMessageLibrary());
