@@ -32,6 +32,7 @@ void BuildTree(MailStore& s) {
     s.FolderIni(kAcc + "\\folder1.box\\sub1.box", "Sub\\表");
     s.File(kAcc + "\\folder1.box\\sub1.box\\Entry.lst", "00000009=\r\n");
     s.prefix.MakeDir(kAcc + "\\noname.box");
+    s.prefix.MakeDir(kAcc + "\\oldtrash.box");  // an index file must be a file
     s.File(kAcc + "\\plain.box", "x");
     s.prefix.MakeDir(kAcc + "\\myinbox.box");
     s.File(kAcc + "\\myinbox.box\\00000001.alm", "Subject: in the index\r\n\r\nbody\r\n");
@@ -103,7 +104,7 @@ TEST_F(TreeTest, Accounts) {
     EXPECT_EQ(0, MailReader_GetFolderCount(h, acc4, &n));
     EXPECT_EQ(0, n);
     EXPECT_EQ(0, MailReader_GetFolderCount(h, acc, &n));
-    EXPECT_EQ(9, n);
+    EXPECT_EQ(10, n);
     EXPECT_EQ(0, MailReader_GetMessageCount(h, acc, &n));
     EXPECT_EQ(0, n);
 }
@@ -125,6 +126,7 @@ TEST_F(TreeTest, FolderForms) {
         {"inbox.box", 0, 0, "郵便受け", 0, 0},
         {"myinbox.box", 0, 0, "郵便受け", 0, 0},
         {"noname.box", -3, -3, "", 0, 0},
+        {"oldtrash.box", -3, 0, "ごみ箱", 0, 0},
         {"outbox.box", 0, 0, "送信箱", 0, 2},
         {"plain.box", -3, -3, "", 0, 0},
         {"trash.box", 0, 0, "ごみ箱", 0, 1},
