@@ -1,8 +1,10 @@
 // Module.cpp - dynamic libraries and the critical section on POSIX.
 //
-// A Windows library name "name.dll" is the shared object "libname.so". It is
-// opened by its bare name so that the RUNPATH ($ORIGIN) of the library that
-// calls dlopen finds the sibling beside it.
+// A Windows library name "name.dll" is the shared object "libname.so". A bare
+// name is looked for first beside the module that holds this code (what the
+// RUNPATH $ORIGIN of our library says, done by hand because a sanitizer's
+// runtime that intercepts dlopen hides the caller's RUNPATH), then by the
+// normal search.
 #include "platform/platform.h"
 
 #include <dlfcn.h>
@@ -39,12 +41,26 @@ std::string SharedObjectName(const std::string& name) {
     return result + "lib" + base + ".so";
 }
 
+// The folder of the module that holds this code, with a final slash.
+std::string OwnFolder() {
+    Dl_info info;
+    if (dladdr(reinterpret_cast<void*>(&OwnFolder), &info) == 0 || info.dli_fname == nullptr) return std::string();
+    const std::string path = info.dli_fname;
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
 }  // namespace
 
 Module* ModuleLoad(const char* fileName) {
     if (fileName == nullptr || *fileName == 0) return nullptr;
     const std::string name = SharedObjectName(fileName);
-    void* handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = nullptr;
+    if (name.find('/') == std::string::npos) {
+        const std::string folder = OwnFolder();
+        if (!folder.empty()) handle = dlopen((folder + name).c_str(), RTLD_NOW | RTLD_LOCAL);
+    }
+    if (handle == nullptr) handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) return nullptr;
     Module* module = new (std::nothrow) Module{handle};
     if (module == nullptr) dlclose(handle);
