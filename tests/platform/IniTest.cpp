@@ -45,6 +45,7 @@ const IniCase kIniCases[] = {
     {"section name up to the last bracket", "[a]b]\nT=1\n", "a]b", "T", "", 64, "1"},
     {"equals sign in the value", "[P]\nT=a=b\n", "P", "T", "", 64, "a=b"},
     {"empty value", "[P]\nT=\n", "P", "T", "d", 64, ""},
+    {"NUL ends a value", std::string("[P]\nT=ab\0cd\n", 12), "P", "T", "", 64, "ab"},
     {"cut to size minus one", "[P]\nT=abcdef\n", "P", "T", "", 4, "abc"},
     {"size one stores nothing", "[P]\nT=abcdef\n", "P", "T", "", 1, ""},
     {"missing key gives the default", "[P]\nT=1\n", "P", "X", "dflt", 64, "dflt"},
@@ -58,7 +59,7 @@ const IniCase kIniCases[] = {
      "\x95\x5C\x8E\xA6"},
     {"full-width letters in any case", "[\x82\x60]\nT=1\n", "\x82\x81", "T", "", 64, "1"},
     {"UTF-8 byte order mark", "\xEF\xBB\xBF[P]\nT=\xE8\xA1\xA8\xE3\x80\x9C\n", "P", "T", "", 64, "\x95\x5C?"},
-    {"UTF-16LE byte order mark", std::string("\xFF\xFE[\0P\0]\0\n\0T\0=\0\x68\x88\n\0", 20), "P", "T", "", 64,
+    {"UTF-16LE byte order mark", std::string("\xFF\xFE[\0P\0]\0\n\0T\0=\0\x68\x88\n\0", 18), "P", "T", "", 64,
      "\x95\x5C"},
 };
 

@@ -132,6 +132,9 @@ uint32_t ProfileStringFromBytes(const char* data, size_t size, const char* secti
         found = file.Find(Wide(section), Wide(key), &value);
     }
     if (!found) value = StripQuotes(Trimmed(Wide(defaultValue != nullptr ? defaultValue : "")));
+    // The value is handed out as a C string: it ends at a NUL in the file.
+    const size_t nul = value.find(u'\0');
+    if (nul != std::u16string::npos) value.resize(nul);
     std::string ansi = Utf16ToCp932(value.data(), value.size());
     if (ansi.size() > bufferSize - 1) ansi.resize(bufferSize - 1);
     std::memcpy(buffer, ansi.data(), ansi.size());
