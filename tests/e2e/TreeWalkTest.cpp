@@ -14,22 +14,9 @@
 namespace {
 
 std::string Utf8(const std::vector<QV_WCHAR>& text) {
-    std::string out;
-    for (QV_WCHAR w : text) {
-        uint32_t u = static_cast<uint16_t>(w);
-        if (u == 0) break;
-        if (u < 0x80) {
-            out.push_back(static_cast<char>(u));
-        } else if (u < 0x800) {
-            out.push_back(static_cast<char>(0xC0 | (u >> 6)));
-            out.push_back(static_cast<char>(0x80 | (u & 0x3F)));
-        } else {
-            out.push_back(static_cast<char>(0xE0 | (u >> 12)));
-            out.push_back(static_cast<char>(0x80 | ((u >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (u & 0x3F)));
-        }
-    }
-    return out;
+    std::u16string units;
+    for (size_t i = 0; i < text.size() && text[i] != 0; ++i) units.push_back(static_cast<char16_t>(text[i]));
+    return qvt::Utf8(units);
 }
 
 std::string Name(QV_OBJ obj, bool display = false) {

@@ -1,6 +1,8 @@
 // FakeTree.cpp - the test objects, the test analyzer and the log reader.
 #include "frame/FakeTree.h"
 
+#include "support/WinePrefix.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -18,24 +20,6 @@ protected:
     }
 };
 
-std::string AppendUtf8(std::string out, uint32_t cp) {
-    if (cp < 0x80) {
-        out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-    return out;
-}
 }  // namespace
 
 FakeCounters& Counters() {
@@ -112,38 +96,14 @@ std::string TempLog::Bytes() const {
     return ss.str();
 }
 
-std::vector<std::string> TempLog::Lines() const {
-    std::string text = Utf16LeToUtf8(Bytes());
-    std::vector<std::string> lines;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find("\r\n", start);
-        if (end == std::string::npos) end = text.size();
-        std::string line = text.substr(start, end - start);
-        // "[Q5V4ALM],4,2024/01/02 03:04:05.678,QvIAPI(120),..." -> time T, line L
-        size_t c2 = line.find(',', line.find(',') + 1);
-        size_t c3 = line.find(',', c2 + 1);
-        size_t open = line.find('(', c3);
-        size_t close = line.find(')', open);
-        if (c3 != std::string::npos && open != std::string::npos && close != std::string::npos) {
-            line = line.substr(0, c2 + 1) + "T" + line.substr(c3, open - c3 + 1) + "L" + line.substr(close);
-        }
-        lines.push_back(line);
-        start = end + 2;
-    }
-    return lines;
-}
+std::vector<std::string> TempLog::Lines() const { return qvt::ReadTraceLog(m_path); }
 
-std::string Utf16LeToUtf8(const std::string& bytes) {
-    std::string out;
+std::string TempLog::Text() const {
+    const std::string bytes = Bytes();
+    std::u16string text;
     for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        uint32_t u = static_cast<unsigned char>(bytes[i]) | (static_cast<unsigned char>(bytes[i + 1]) << 8);
-        if (u >= 0xD800 && u < 0xDC00 && i + 3 < bytes.size()) {
-            uint32_t lo = static_cast<unsigned char>(bytes[i + 2]) | (static_cast<unsigned char>(bytes[i + 3]) << 8);
-            u = 0x10000 + ((u - 0xD800) << 10) + (lo - 0xDC00);
-            i += 2;
-        }
-        out = AppendUtf8(std::move(out), u);
+        text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
+                                             (static_cast<unsigned char>(bytes[i + 1]) << 8)));
     }
-    return out;
+    return qvt::Utf8(text);
 }

@@ -133,11 +133,10 @@ public:
     const std::string& Path() const { return m_path; }
     std::string Bytes() const;
     std::vector<std::string> Lines() const;  // "[Q5V4ALM],4,T,QvIAPI(L),..."
+    std::string Text() const;                // the whole file in UTF-8
 private:
     std::string m_dir, m_path;
     std::u16string m_path16;
 };
-
-std::string Utf16LeToUtf8(const std::string& bytes);
 
 #endif  // QV_TESTS_FAKETREE_H

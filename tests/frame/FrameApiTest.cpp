@@ -60,7 +60,7 @@ TEST_F(FrameApi, LogFileIsUtf16WithoutMarkAndCrLf) {
     EXPECT_EQ('\0', bytes[1]);
     EXPECT_EQ(std::string("\r\0\n\0", 4), bytes.substr(bytes.size() - 4));
     // A time stamp with milliseconds: "YYYY/MM/DD hh:mm:ss.mmm".
-    std::string text = Utf16LeToUtf8(bytes);
+    std::string text = log.Text();
     std::string stamp = text.substr(text.find(",3,") + 3, 23);
     ASSERT_EQ(23u, stamp.size());
     for (size_t i : {4u, 7u}) EXPECT_EQ('/', stamp[i]);

@@ -91,7 +91,7 @@ TEST(ValueSeam, ReaderResultsMapAndOnlyUnmappedOnesAreTraced) {
     ASSERT_EQ(4u, lines.size());
     // This record's source line is fixed.
     EXPECT_EQ("[Q5V4ALM],3,T,QvV4Utils(L),V4 エラー (-3) を QV_E_UNEXPECTED に丸めた", lines[1]);
-    EXPECT_NE(std::string::npos, Utf16LeToUtf8(log.Bytes()).find("QvV4Utils(43),V4 エラー (100)"));
+    EXPECT_NE(std::string::npos, log.Text().find("QvV4Utils(43),V4 エラー (100)"));
 }
 
 TEST(ValueSeam, FormatterConversions) {

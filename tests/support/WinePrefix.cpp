@@ -114,6 +114,33 @@ std::string Cp932(const std::string& utf8) { return Narrow(qvp::kCp932, Wide(qvp
 
 std::string Utf8(const std::string& cp932) { return Narrow(qvp::kCpUtf8, Wide(qvp::kCp932, cp932)); }
 
+std::string Utf8(const std::u16string& text) { return Narrow(qvp::kCpUtf8, text); }
+
+std::vector<std::string> ReadTraceLog(const std::string& hostPath) {
+    std::ifstream in(hostPath, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::u16string text;
+    for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
+                                             (static_cast<unsigned char>(bytes[i + 1]) << 8)));
+    }
+    std::vector<std::string> lines;
+    for (size_t start = 0; start < text.size();) {
+        size_t end = text.find(u"\r\n", start);
+        if (end == std::u16string::npos) end = text.size();
+        std::string line = Utf8(text.substr(start, end - start));
+        // "[Q5V4ALM],4,2024/01/02 03:04:05.678,QvIAPI(120),..." -> ",T," and "(L)"
+        const size_t c1 = line.find(','), c2 = line.find(',', c1 + 1), c3 = line.find(',', c2 + 1);
+        const size_t open = line.find('(', c3), close = line.find(')', open);
+        if (c3 != std::string::npos && open != std::string::npos && close != std::string::npos) {
+            line = line.substr(0, c2 + 1) + "T" + line.substr(c3, open - c3 + 1) + "L" + line.substr(close);
+        }
+        lines.push_back(line);
+        start = end + 2;
+    }
+    return lines;
+}
+
 WinePrefix::WinePrefix() {
     std::random_device device;
     std::mt19937_64 random(device());

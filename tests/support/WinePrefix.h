@@ -18,6 +18,11 @@ namespace qvt {
 std::string Cp932(const std::string& utf8);
 // CP932 -> UTF-8 (invalid sequences become U+30FB).
 std::string Utf8(const std::string& cp932);
+// 16-bit text -> UTF-8.
+std::string Utf8(const std::u16string& text);
+// The lines of a trace log file (UTF-16LE, CR LF) in UTF-8, with the time
+// stamp shown as "T" and each source line number as "L".
+std::vector<std::string> ReadTraceLog(const std::string& hostPath);
 
 class WinePrefix {
 public:
