@@ -33,6 +33,17 @@ iconv_t g_toUtf16 = reinterpret_cast<iconv_t>(-1);
 iconv_t g_fromUtf16 = reinterpret_cast<iconv_t>(-1);
 bool g_opened = false;
 
+// The converters go with the module: at exit, or when a library that holds
+// this code is unloaded.
+struct ConverterCloser {
+    ~ConverterCloser() {
+        std::lock_guard<std::mutex> lock(g_iconvMutex);
+        if (g_toUtf16 != reinterpret_cast<iconv_t>(-1)) iconv_close(g_toUtf16);
+        if (g_fromUtf16 != reinterpret_cast<iconv_t>(-1)) iconv_close(g_fromUtf16);
+        g_toUtf16 = g_fromUtf16 = reinterpret_cast<iconv_t>(-1);
+    }
+} g_closer;
+
 // Asks glibc once; the caller holds g_iconvMutex.
 bool OpenConverters() {
     if (!g_opened) {
