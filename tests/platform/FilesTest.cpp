@@ -293,3 +293,26 @@ TEST(Runtime, ModulesClockAndCriticalSection) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Files, TenMegabyteLineArrivesInPieces) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Uninst.inf", std::string(10u << 20, 'z') + "\r\n[Mailboxes]\r\n");
+    qvp::File* file = qvp::FileOpen("C:\\uninst.inf", "rt");
+    ASSERT_NE(nullptr, file);
+    char buffer[270];
+    size_t pieces = 0, bytes = 0;
+    std::string last;
+    while (qvp::FileGets(buffer, sizeof buffer, file)) {
+        ++pieces;
+        bytes += std::strlen(buffer);
+        last = buffer;
+    }
+    qvp::FileClose(file);
+    EXPECT_EQ((10u << 20) + 1 + 12, bytes);
+    EXPECT_EQ("[Mailboxes]\n", last);
+    EXPECT_EQ(((10u << 20) + 1 + 268) / 269 + 1, pieces);
+}
+
+}  // namespace

@@ -111,3 +111,15 @@ TEST(Ini, DamagedFilesEndCleanly) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Ini, TenMegabyteLine) {
+    const std::string text = "[P]\r\nT=" + std::string(10u << 20, 'y') + "\r\nU=2\r\n";
+    char buffer[512];
+    EXPECT_EQ(511u, qvp::posix::ProfileStringFromBytes(text.data(), text.size(), "P", "T", "", buffer, sizeof buffer));
+    EXPECT_EQ(1u, qvp::posix::ProfileStringFromBytes(text.data(), text.size(), "P", "U", "", buffer, sizeof buffer));
+    EXPECT_STREQ("2", buffer);
+}
+
+}  // namespace

@@ -197,3 +197,25 @@ TEST(Registry, BrokenOrMissingFilesHoldNothing) {
 }
 
 }  // namespace
+
+namespace {
+
+// A large file parses whole and keeps every key (the walk is linear; ctest's
+// time limit catches a quadratic one).
+TEST(RegistryFile, LargeFile) {
+    std::string text = kHead;
+    for (int i = 0; i < 200000; ++i)
+        text += "[Software\\\\K" + std::to_string(i) + "] 1\n\"N\"=\"v" + std::to_string(i) + "\"\n";
+    text += "[Long]\n\"N\"=\"" + std::string(10u << 20, 'x') + "\"\n";
+    RegistryFile file;
+    ASSERT_TRUE(file.Parse(text.data(), text.size()));
+    EXPECT_EQ(200001u, file.KeyCount());
+    const RegistryFile::Value* value = file.Find(u"SOFTWARE\\K199999", u"N");
+    ASSERT_NE(nullptr, value);
+    EXPECT_EQ(u"v199999", value->text);
+    value = file.Find(u"LONG", u"N");
+    ASSERT_NE(nullptr, value);
+    EXPECT_EQ(10u << 20, value->text.size());
+}
+
+}  // namespace
