@@ -3,59 +3,70 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "MailFixture.h"
 #include "mailreader/CMailReader.h"
 
 namespace {
 
+using mailtest::Count;
+using mailtest::Got;
 using mailtest::MailStore;
 using mailtest::Reader;
+using mailtest::Rec;
 using mailtest::Sjis;
 
-const std::string kFolder = "C:\\Users\\taro\\Mailbox\\Account1\\msgs.box";
+const std::string kAcc = "C:\\Users\\taro\\Mailbox\\Account1";
+const std::string kFolder = kAcc + "\\msgs.box";
 
-std::string Msg(int n) {
+std::string Msg(size_t n) {
     char name[16];
-    std::snprintf(name, sizeof name, "%08X", n);
+    std::snprintf(name, sizeof name, "%08X", static_cast<unsigned>(n));
     return name;
 }
 
-// A store with one account and one message folder; the messages are given
-// as file bytes, and null means the list names a file that is not there.
-void BuildFolder(MailStore& s, const std::vector<const std::string*>& messages, const std::string& listExtra = "") {
-    s.Install();
-    s.RegistryMailbox("C:\\Users\\taro");
-    s.Account("C:\\Users\\taro\\Mailbox\\Account1", "Work");
-    s.FolderIni(kFolder, "Messages");
-    std::string list;
-    for (size_t i = 0; i < messages.size(); ++i) {
-        list += Msg(static_cast<int>(i)) + "=1,0\r\n";
-        if (messages[i] != nullptr) s.File(kFolder + "\\" + Msg(static_cast<int>(i)) + ".alm", *messages[i]);
+// The account's folder of the given index, and its texts as "code:text".
+struct Folder {
+    explicit Folder(const Reader& r, int32_t index = 0) : h(r.h) {
+        folder = Rec(MailReader_GetFolder, h, Rec(MailReader_GetAccount, h, Rec(MailReader_GetUser, h, 0), 0), index);
     }
-    s.File(kFolder + "\\Entry.lst", list + listExtra);
-}
-
-class Folder {
-public:
-    explicit Folder(const Reader& r) : h(r.h) {
-        MAILRECORD_HANDLE user = nullptr, acc = nullptr;
-        EXPECT_EQ(0, MailReader_GetUser(h, 0, &user));
-        EXPECT_EQ(0, MailReader_GetAccount(h, user, 0, &acc));
-        EXPECT_EQ(0, MailReader_GetFolder(h, acc, 0, &folder));
+    std::string Subject(int32_t i, uint32_t kind = QV_V4_KIND_TEXT8) {
+        return Got([&](QvV4Value* v) { return MailReader_GetSubject(h, folder, i, v); }, kind);
     }
-    int32_t Subject(int32_t i, std::string* out, uint32_t kind = QV_V4_KIND_TEXT8) {
-        return mailtest::Text([&](QvV4Value* v) { return MailReader_GetSubject(h, folder, i, v); }, out, kind);
-    }
-    int32_t Id(int32_t i, std::string* out) {
-        return mailtest::Text([&](QvV4Value* v) { return MailReader_GetMessageId(h, folder, i, v); }, out);
-    }
-    int32_t Whole(int32_t i, std::string* out) {
-        return mailtest::Text([&](QvV4Value* v) { return MailReader_GetMessageText(h, folder, i, v); }, out);
-    }
+    std::string Id(int32_t i) { return Got([&](QvV4Value* v) { return MailReader_GetMessageId(h, folder, i, v); }); }
+    std::string Whole(int32_t i) { return Got([&](QvV4Value* v) { return MailReader_GetMessageText(h, folder, i, v); }); }
     CMailBox* Box() const { return static_cast<CMailBox*>(static_cast<CMailNamed*>(folder)); }
     MAILREADER_HANDLE h;
     MAILRECORD_HANDLE folder = nullptr;
+};
+
+// An account with the folder "msgs.box" of the given messages (file bytes;
+// null for a file the list names but that is not there) and a second folder
+// of one message "Z", open in a reader.
+struct Opened {
+    explicit Opened(const std::vector<const std::string*>& messages, const std::string& listExtra = "")
+        : built(Build(store, messages, listExtra)) {}
+    static bool Build(MailStore& s, const std::vector<const std::string*>& messages, const std::string& listExtra) {
+        s.Install();
+        s.RegistryMailbox("C:\\Users\\taro");
+        s.Ini(kAcc + "\\Account.ini", "Work");
+        s.Ini(kFolder + "\\Entry.ini", "Messages");
+        std::string list;
+        for (size_t i = 0; i < messages.size(); ++i) {
+            list += Msg(i) + "=1,0\r\n";
+            if (messages[i] != nullptr) s.WriteFile(kFolder + "\\" + Msg(i) + ".alm", *messages[i]);
+        }
+        s.WriteFile(kFolder + "\\Entry.lst", list + listExtra);
+        s.Ini(kAcc + "\\zzz.box\\Entry.ini", "Other");
+        s.WriteFile(kAcc + "\\zzz.box\\Entry.lst", "00000000=\r\n");
+        s.WriteFile(kAcc + "\\zzz.box\\00000000.alm", "Subject: Z\r\n\r\n");
+        return true;
+    }
+    MailStore store;
+    bool built;
+    Reader reader;
+    Folder f{reader};
 };
 
 TEST(Messages, WithTheMessageLibrary) {
@@ -67,149 +78,88 @@ TEST(Messages, WithTheMessageLibrary) {
     const std::string empty;
     const std::string garbage = std::string("\x00\xff\xfe\x1a\x80\x81\r\n\x1b$B", 12) + std::string(300, '\x85');
     const std::string huge = "Subject: big\r\nX-Long: " + std::string(10 * 1024 * 1024, 'a') + "\r\n\r\nbody\r\n";
-    MailStore store;
-    BuildFolder(store, {&iso, &utf8, &raw, &escapes, &zero, &empty, nullptr, &garbage, &huge},
-                "0000001=not an entry\r\n");
-    Reader reader;
-    ASSERT_EQ(0, reader.result);
-    Folder f(reader);
-    int32_t n = -1;
-    ASSERT_EQ(0, MailReader_GetMessageCount(f.h, f.folder, &n));
-    ASSERT_EQ(9, n);
-    struct Case {
-        const char* name;
+    Opened o({&iso, &utf8, &raw, &escapes, &zero, &empty, nullptr, &garbage, &huge}, "0000001=not an entry\r\n");
+    Folder& f = o.f;
+    ASSERT_EQ("0:9", Count(MailReader_GetMessageCount, f.h, f.folder));
+    const std::string subject = "0:" + Sjis("日本語の件名");
+    const struct {
         int32_t index;
-        int32_t subjectResult;
-        std::string subject;  // Shift-JIS
-        int32_t idResult;
-        std::string id;
-        int32_t wholeResult;
-        std::string whole;
+        std::string subject, id, whole;  // "code:text", the subject in Shift-JIS
+    } cases[] = {
+        {0, subject, "0:<a@b>", "0:" + iso},
+        {1, subject, "-3:", "0:" + utf8},
+        {2, subject, "-3:", "0:" + raw},
+        {3, "0:a#b/c\\d", "0:<x/y#z>", "0:" + escapes},  // not escaped
+        {4, "0:z", "-3:", "0:Subject: z\r\n\r\nbefore"},  // a zero byte ends the whole text
+        {5, "-3:", "-3:", "0:"},                          // empty file
+        {6, "-3:", "-2:", "-2:"},                         // missing file
+        {8, "0:big", "-3:", "0:" + huge},                 // huge header line
+        {9, "-3:", "-3:", "-3:"},                         // index out of range
+        {-1, "-3:", "-3:", "-3:"},
     };
-    const Case cases[] = {
-        {"ISO-2022-JP", 0, 0, Sjis("日本語の件名"), 0, "<a@b>", 0, iso},
-        {"UTF-8", 1, 0, Sjis("日本語の件名"), -3, "", 0, utf8},
-        {"raw Shift-JIS", 2, 0, Sjis("日本語の件名"), -3, "", 0, raw},
-        {"not escaped", 3, 0, "a#b/c\\d", 0, "<x/y#z>", 0, escapes},
-        {"zero byte ends the whole text", 4, 0, "z", -3, "", 0, "Subject: z\r\n\r\nbefore"},
-        {"empty file", 5, -3, "", -3, "", 0, ""},
-        {"missing file", 6, -3, "", -2, "", -2, ""},
-        {"huge header line", 8, 0, "big", -3, "", 0, huge},
-        {"index out of range", 9, -3, "", -3, "", -3, ""},
-        {"negative index", -1, -3, "", -3, "", -3, ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::string text;
-        EXPECT_EQ(c.subjectResult, f.Subject(c.index, &text));
-        EXPECT_EQ(c.subject, text);
-        EXPECT_EQ(c.idResult, f.Id(c.index, &text));
-        EXPECT_EQ(c.id, text);
-        EXPECT_EQ(c.wholeResult, f.Whole(c.index, &text));
-        EXPECT_TRUE(c.whole == text) << text.size();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.index);
+        EXPECT_EQ(c.subject, f.Subject(c.index));
+        EXPECT_EQ(c.id, f.Id(c.index));
+        EXPECT_TRUE(c.whole == f.Whole(c.index));
     }
     // The library was given every byte, the zero byte and what follows it.
-    std::string text;
-    ASSERT_EQ(0, f.Whole(4, &text));
+    ASSERT_EQ("0:Subject: z\r\n\r\nbefore", f.Whole(4));
     EXPECT_EQ(static_cast<int32_t>(zero.size()), f.Box()->m_nTextSize);
     // Garbage parses without harm; whatever comes back is a result code.
-    int32_t r = f.Subject(7, &text);
-    EXPECT_TRUE(r == 0 || r == -3) << r;
-    EXPECT_EQ(0, f.Whole(7, &text));
-    EXPECT_EQ(std::string(garbage.c_str()), text);
-    // Delivered as UTF-16 for the tree.
-    EXPECT_EQ(0, f.Subject(0, &text, QV_V4_KIND_TEXT16));
-    EXPECT_EQ(Sjis("日本語の件名"), text);
-}
-
-TEST(Messages, TwoFoldersHoldTheirOwnMessage) {
-    const std::string a = "Subject: A\r\n\r\n";
-    const std::string b = "Subject: B\r\n\r\n";
-    MailStore store;
-    BuildFolder(store, {&a, &b});
-    store.FolderIni("C:\\Users\\taro\\Mailbox\\Account1\\zzz.box", "Other");
-    store.File("C:\\Users\\taro\\Mailbox\\Account1\\zzz.box\\Entry.lst", "00000000=\r\n");
-    store.File("C:\\Users\\taro\\Mailbox\\Account1\\zzz.box\\00000000.alm", "Subject: Z\r\n\r\n");
-    Reader reader;
-    ASSERT_EQ(0, reader.result);
-    Folder f(reader);
-    MAILRECORD_HANDLE user = nullptr, acc = nullptr, other = nullptr;
-    ASSERT_EQ(0, MailReader_GetUser(reader.h, 0, &user));
-    ASSERT_EQ(0, MailReader_GetAccount(reader.h, user, 0, &acc));
-    ASSERT_EQ(0, MailReader_GetFolder(reader.h, acc, 1, &other));
-    std::string text;
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(0, f.Subject(round, &text));
-        EXPECT_EQ(round == 0 ? "A" : "B", text);
-        EXPECT_EQ(0, mailtest::Text([&](QvV4Value* v) { return MailReader_GetSubject(reader.h, other, 0, v); },
-                                    &text));
-        EXPECT_EQ("Z", text);
-    }
+    std::string r = f.Subject(7);
+    EXPECT_TRUE(r.rfind("0:", 0) == 0 || r == "-3:") << r;
+    EXPECT_EQ("0:" + std::string(garbage.c_str()), f.Whole(7));
+    EXPECT_EQ(subject, f.Subject(0, QV_V4_KIND_TEXT16));  // as UTF-16 for the tree
+    // Two folders hold their own message.
+    Folder other(o.reader, 1);
+    EXPECT_EQ("0:Z", other.Subject(0));
+    EXPECT_EQ("0:z", f.Subject(4));
+    EXPECT_EQ("0:Z", other.Subject(0));
 }
 
 // The counting stub shows how the library is driven.
 TEST(Messages, DrivingTheLibrary) {
     mailtest::StubLibrary stub("stub_mock.dll");
-    const std::string one = "first subject\r\nbody";
-    const std::string two = "second subject\r\n";
-    const std::string nothing = "!no fields";
-    MailStore store;
-    BuildFolder(store, {&one, &two, nullptr, &nothing});
+    const std::string one = "first subject\r\nbody", two = "second subject\r\n", nothing = "!no fields";
     struct StubCounters {
-        long inits, terms, frees, null_frees, parses, main_next, attach, bad_trailing_words;
-        long outstanding, last_size;
+        long inits, terms, parses, main_next, bad_trailing_words, outstanding;
     };
     // The test holds the library too, so that its counters outlive the reader.
     ASSERT_EQ(0, BindMessageLibrary());
-    qvp::Module* hModule = BoundMessageLibrary();
-    ASSERT_NE(nullptr, hModule);
-    auto get = reinterpret_cast<StubCounters* (*)()>(qvp::ModuleSymbol(hModule, "StubCounters"));
+    auto get = reinterpret_cast<StubCounters* (*)()>(qvp::ModuleSymbol(BoundMessageLibrary(), "StubCounters"));
     ASSERT_NE(nullptr, get);
     StubCounters* counters = get();
     *counters = StubCounters{};
     {
-        Reader reader;
-        ASSERT_EQ(0, reader.result);
-        Folder f(reader);
+        Opened o({&one, &two, nullptr, &nothing});
+        Folder& f = o.f;
         EXPECT_EQ(1, counters->inits);  // one parse root per opened folder
-        std::string text;
         // Subject, id and whole text of one message: one read, one parse.
-        ASSERT_EQ(0, f.Subject(0, &text));
-        EXPECT_EQ("first subject", text);
-        EXPECT_EQ(10, counters->null_frees);  // nothing held before the first load
-        EXPECT_EQ(0, f.Id(0, &text));
-        EXPECT_EQ("<parse-1>", text);
-        EXPECT_EQ(0, f.Whole(0, &text));
-        EXPECT_EQ(one, text);
+        ASSERT_EQ("0:first subject", f.Subject(0));
+        EXPECT_EQ("0:<parse-1>", f.Id(0));
+        EXPECT_EQ("0:" + one, f.Whole(0));
         EXPECT_EQ(1, counters->parses);
-        EXPECT_EQ(static_cast<long>(one.size()), counters->last_size);
         // Seven main parts offered, five slots kept, no stray words.
         EXPECT_EQ(5, counters->main_next);
         EXPECT_EQ(5, f.Box()->m_nMainParts);
         EXPECT_EQ(0, counters->bad_trailing_words);
         EXPECT_EQ(1, f.Box()->m_nAttachResult);
         // Alternating between two messages reloads each time.
-        EXPECT_EQ(0, f.Subject(1, &text));
-        EXPECT_EQ(0, f.Subject(0, &text));
+        EXPECT_EQ("0:second subject", f.Subject(1));
+        EXPECT_EQ("0:first subject", f.Subject(0));
         EXPECT_EQ(3, counters->parses);
-        // A failed load forgets the held message: the same index never gets
-        // the previous message's texts.
+        // A failed load forgets the held message, also when asked again.
         for (int i = 0; i < 2; ++i) {
-            EXPECT_EQ(-3, f.Subject(2, &text));
-            EXPECT_EQ("", text);
-            EXPECT_EQ(-2, f.Id(2, &text));
-            EXPECT_EQ(-2, f.Whole(2, &text));
+            EXPECT_EQ("-3:", f.Subject(2));
+            EXPECT_EQ("-2:", f.Id(2));
+            EXPECT_EQ("-2:", f.Whole(2));
         }
         EXPECT_EQ(-1, f.Box()->m_nCurrent);
-        // A message that vanishes between the list and the load.
-        store.prefix.Remove(kFolder + "\\00000001.alm");
-        EXPECT_EQ(-3, f.Subject(1, &text));
-        EXPECT_EQ(-2, f.Whole(1, &text));
         // The library gives no text: -3, the message stays held.
-        EXPECT_EQ(-3, f.Subject(3, &text));
-        EXPECT_EQ(-3, f.Id(3, &text));
-        EXPECT_EQ(0, f.Whole(3, &text));
-        EXPECT_EQ(nothing, text);
+        EXPECT_EQ("-3:", f.Subject(3));
+        EXPECT_EQ("-3:", f.Id(3));
+        EXPECT_EQ("0:" + nothing, f.Whole(3));
         EXPECT_EQ(3, f.Box()->m_nCurrent);
         EXPECT_LT(0, counters->outstanding);
     }
@@ -222,38 +172,22 @@ TEST(Messages, DrivingTheLibrary) {
 TEST(Messages, LibraryWithOnlyFree) {
     mailtest::StubLibrary stub("stub_onlyfree.dll");
     const std::string one = "Subject: s\r\nMessage-ID: <i>\r\n\r\nbody";
-    MailStore store;
-    BuildFolder(store, {&one});
-    Reader reader;
-    ASSERT_EQ(0, reader.result);
-    Folder f(reader);
-    EXPECT_EQ(0, f.Box()->m_pParse);
-    std::string text;
-    EXPECT_EQ(-3, f.Subject(0, &text));
-    EXPECT_EQ(-3, f.Id(0, &text));
-    EXPECT_EQ(0, f.Whole(0, &text));
-    EXPECT_EQ(one, text);
+    Opened o({&one});
+    EXPECT_EQ(0, o.f.Box()->m_pParse);
+    EXPECT_EQ("-3:", o.f.Subject(0));
+    EXPECT_EQ("-3:", o.f.Id(0));
+    EXPECT_EQ("0:" + one, o.f.Whole(0));
 }
 
 TEST(Messages, LargeFolderIsIndexed) {
-    MailStore store;
-    BuildFolder(store, {});
-    std::string list;
-    const int kCount = 100000;
-    list.reserve(static_cast<size_t>(kCount) * 12);
-    for (int i = 0; i < kCount; ++i) list += Msg(i) + "=\r\n";
-    store.File(kFolder + "\\Entry.lst", list);
-    store.File(kFolder + "\\" + Msg(kCount - 1) + ".alm", "Subject: last\r\n\r\n");
-    Reader reader;
-    ASSERT_EQ(0, reader.result);
-    Folder f(reader);
-    int32_t n = 0;
-    ASSERT_EQ(0, MailReader_GetMessageCount(f.h, f.folder, &n));
-    ASSERT_EQ(kCount, n);
-    std::string text;
-    EXPECT_EQ(0, f.Whole(kCount - 1, &text));
-    EXPECT_EQ("Subject: last\r\n\r\n", text);
-    for (int i = 0; i < kCount; i += 997) EXPECT_EQ(Msg(i) + ".alm", f.Box()->MessageAt(i)->sName);
+    const size_t kCount = 100000;
+    const std::string last = "Subject: last\r\n\r\n";
+    std::vector<const std::string*> messages(kCount);
+    messages.back() = &last;
+    Opened o(messages);
+    ASSERT_EQ("0:" + std::to_string(kCount), Count(MailReader_GetMessageCount, o.f.h, o.f.folder));
+    EXPECT_EQ("0:" + last, o.f.Whole(kCount - 1));
+    for (size_t i = 0; i < kCount; i += 997) EXPECT_EQ(Msg(i) + ".alm", o.f.Box()->MessageAt(static_cast<int32_t>(i))->sName);
 }
 
 }  // namespace
