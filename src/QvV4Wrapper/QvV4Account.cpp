@@ -128,8 +128,7 @@ int32_t CQvV4Account::CreateChildObjects(int32_t nClass, CQvIObject** ppObjs) {
     case QV_CLASS_ADDRESSBOOK:
         code = SearchBook();
         if (code != QV_S_OK) return code;
-        if (m_pBook != nullptr) *ppObjs = new CQvISingleObjects(this, m_pBook);
-        else *ppObjs = new CQvIEmptyObjects(this);
+        *ppObjs = QvV4BookObjects(this, m_pBook);
         return QV_S_OK;
     default:
         return QV_E_INVALID_ARGUMENT;

@@ -80,6 +80,12 @@ void QvV4ClearSlot(Child** ppArray, int32_t nCount, CQvIObject* pChild, int32_t 
     }
 }
 
+// The enumerator of a parent's address book: the book where there is one.
+inline CQvIObjects* QvV4BookObjects(CQvIObject* pParent, CQvIObject* pBook) {
+    if (pBook != nullptr) return new CQvISingleObjects(pParent, pBook);
+    return new CQvIEmptyObjects(pParent);
+}
+
 // An enumerator that asks its parent for the child at each position.
 template <typename Parent, int32_t (Parent::*Fetch)(int32_t, CQvIObject**)>
 class CQvV4IndexObjects : public CQvIIndexObjects {

@@ -70,6 +70,10 @@ CMailBox::~CMailBox() {
     // ReleaseBox has run by now in every orderly close; this only frees what
     // a failed construction path left.
     delete[] m_pText;
+    FreeEntries();
+}
+
+void CMailBox::FreeEntries() {
     for (FolderEntry* p = m_pFolderEntries; p != nullptr;) {
         FolderEntry* pNext = p->pNext;
         delete p;
@@ -80,6 +84,10 @@ CMailBox::~CMailBox() {
         delete p;
         p = pNext;
     }
+    m_pFolderEntries = m_pFolderTail = nullptr;
+    m_pMessageEntries = m_pMessageTail = nullptr;
+    m_vFolders.clear();
+    m_vMessages.clear();
 }
 
 void CMailBox::AppendFolderEntry(const char* pszName) {
@@ -334,20 +342,7 @@ void CMailBox::ReleaseBox() {
         g_MessageLib.MT_Term(m_pParse);
         m_pParse = 0;
     }
-    for (FolderEntry* p = m_pFolderEntries; p != nullptr;) {
-        FolderEntry* pNext = p->pNext;
-        delete p;
-        p = pNext;
-    }
-    for (MessageEntry* p = m_pMessageEntries; p != nullptr;) {
-        MessageEntry* pNext = p->pNext;
-        delete p;
-        p = pNext;
-    }
-    m_pFolderEntries = m_pFolderTail = nullptr;
-    m_pMessageEntries = m_pMessageTail = nullptr;
-    m_vFolders.clear();
-    m_vMessages.clear();
+    FreeEntries();
     m_nFolders = 0;
     m_nMessages = 0;
 }

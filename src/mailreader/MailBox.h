@@ -93,6 +93,8 @@ public:
     int32_t m_nCurrent;
 
 private:
+    // Frees both entry lists and their indexes.
+    void FreeEntries();
     int32_t GetLibraryText(int32_t nIndex, bool bSubject, std::string& text);
     void ReleaseMainParts();
     void ReleaseAttachments();
