@@ -287,13 +287,4 @@ TEST_F(FrameApi, LoggingLifeCycle) {
     EXPECT_EQ(expected, log.Lines());
 }
 
-TEST_F(FrameApi, CallsGiveTheSameCodesWithLoggingOff) {
-    QV_BOOL installed = 0;
-    EXPECT_EQ(QV_S_OK, QV_IsMailerInstalled(&installed));
-    EXPECT_EQ(1, installed);
-    EXPECT_EQ(QV_S_OK, QV_ExitLibrary());
-    EXPECT_EQ(QV_S_OK, QV_ExitLibrary());
-    EXPECT_EQ(0x50000, QV_GetVersion());
-}
-
 }  // namespace

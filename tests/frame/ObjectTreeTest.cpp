@@ -46,26 +46,6 @@ TEST_F(ObjectTree, ChildrenOutliveEnumeratorAndParentUnwindsFromTheBottom) {
               Counters().disposedClasses);
 }
 
-TEST_F(ObjectTree, TwoEnumeratorsShareChildrenAndDisposalClearsTheCache) {
-    FakeObject* parent = MakeParent();
-    QV_OBJ e1 = nullptr, e2 = nullptr, c1 = nullptr, c2 = nullptr;
-    ASSERT_EQ(QV_S_OK, QV_Object_GetChildObjects(parent, QV_CLASS_MAILFOLDER, &e1));
-    ASSERT_EQ(QV_S_OK, QV_Object_GetChildObjects(parent, QV_CLASS_MAILFOLDER, &e2));
-    ASSERT_EQ(QV_S_OK, Next(e1, &c1));
-    ASSERT_EQ(QV_S_OK, Next(e2, &c2));
-    EXPECT_EQ(c1, c2);
-    EXPECT_EQ(2, static_cast<CQvIObject*>(c1)->GetRefCount());
-    EXPECT_EQ(QV_S_OK, QV_Object_Dispose(c1));
-    EXPECT_EQ(QV_S_OK, QV_Object_Dispose(c2));
-    EXPECT_EQ(nullptr, parent->m_children[0]);
-    // The same index now builds a new object.
-    QV_OBJ e3 = nullptr, c3 = nullptr;
-    ASSERT_EQ(QV_S_OK, QV_Object_GetChildObjects(parent, QV_CLASS_MAILFOLDER, &e3));
-    ASSERT_EQ(QV_S_OK, Next(e3, &c3));
-    EXPECT_EQ(parent->m_children[0], c3);
-    for (QV_OBJ o : {c3, e1, e2, e3}) EXPECT_EQ(QV_S_OK, QV_Object_Dispose(o));
-}
-
 TEST_F(ObjectTree, EnumeratorWalksRetriesAFailedChildAndStaysAtTheEnd) {
     struct Case {
         int32_t count;
