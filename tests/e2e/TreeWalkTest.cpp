@@ -107,7 +107,7 @@ TEST_F(EndToEnd, WholeTreeOfTheSampleStore) {
         "2 4 C:%5cAL-Mail%5cMailbox%5cAccount1|仕事",
         "3 5 プロジェクト|プロジェクト",
         "4 5 見積もり|見積もり",
-        "5 6 <utf8@example.jp>|R?union 日本語テスト",
+        "5 6 <utf8@example.jp>|Reunion 日本語テスト",
         "5 6 <sjis@example.jp>|請求書について",
         "5 6 !-1|!-1",
         "4 5 空のフォルダ|空のフォルダ",

@@ -4,10 +4,12 @@
 // 0x5C to U+00A5 and lacks the NEC and IBM rows). glibc is asked one
 // character at a time and the answer is kept in a table, so a conversion is
 // a linear walk with table look-ups and the strict and lenient rules of
-// MultiByteToWideChar can be applied per sequence. ISO-2022-JP (50220) and
-// EUC-JP (51932) are the same table reached through the JIS row and cell,
-// as Windows builds them. UTF-8, ISO-8859-1 and US-ASCII are direct.
+// MultiByteToWideChar can be applied per sequence. Where glibc and Windows
+// part (the single bytes A0, FD-FF, the best-fit forms Windows writes for
+// Latin-1 letters), Windows is followed. UTF-8, ISO-8859-1 and US-ASCII are
+// direct.
 #include "platform/platform.h"
+#include "platform/Cp932Jis.h"
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -18,13 +20,8 @@
 #include <mutex>
 
 namespace qvp {
-namespace posix {
+namespace cp932 {
 namespace {
-
-// Table entries: 0 not yet asked, 1 no mapping, else kKnown | value.
-constexpr uint32_t kUnknown = 0;
-constexpr uint32_t kNone = 1;
-constexpr uint32_t kKnown = 0x1000000;
 
 std::atomic<uint32_t> g_decode[65536];  // double-byte code -> UTF-16 unit
 std::atomic<uint32_t> g_encode[65536];  // UTF-16 unit -> (length << 16) | bytes
@@ -55,9 +52,44 @@ bool OpenConverters() {
            g_fromUtf16 != reinterpret_cast<iconv_t>(-1);
 }
 
-bool IsTrail(unsigned char byte) {
-    return byte >= 0x40 && byte <= 0xFC && byte != 0x7F;
+// What Windows writes for characters that code page 932 lacks: best-fit
+// forms, and the private-use characters of the single bytes A0 and FD-FF.
+struct BestFit {
+    char16_t unit;
+    uint16_t bytes;  // one byte, or lead << 8 | trail
+};
+constexpr BestFit kBestFit932[] = {
+    {0x00a1, 0x21},   {0x00a6, 0x7c},   {0x00a9, 0x63}, {0x00aa, 0x61}, {0x00ab, 0x81e1}, {0x00ad, 0x2d},
+    {0x00ae, 0x52},   {0x00af, 0x8150}, {0x00b2, 0x32}, {0x00b3, 0x33}, {0x00b5, 0x83ca}, {0x00b7, 0x8145},
+    {0x00b8, 0x8143}, {0x00b9, 0x31},   {0x00ba, 0x6f}, {0x00bb, 0x81e2}, {0x00c0, 0x41}, {0x00c1, 0x41},
+    {0x00c2, 0x41},   {0x00c3, 0x41},   {0x00c4, 0x41}, {0x00c5, 0x41}, {0x00c6, 0x41},   {0x00c7, 0x43},
+    {0x00c8, 0x45},   {0x00c9, 0x45},   {0x00ca, 0x45}, {0x00cb, 0x45}, {0x00cc, 0x49},   {0x00cd, 0x49},
+    {0x00ce, 0x49},   {0x00cf, 0x49},   {0x00d0, 0x44}, {0x00d1, 0x4e}, {0x00d2, 0x4f},   {0x00d3, 0x4f},
+    {0x00d4, 0x4f},   {0x00d5, 0x4f},   {0x00d6, 0x4f}, {0x00d8, 0x4f}, {0x00d9, 0x55},   {0x00da, 0x55},
+    {0x00db, 0x55},   {0x00dc, 0x55},   {0x00dd, 0x59}, {0x00de, 0x54}, {0x00df, 0x73},   {0x00e0, 0x61},
+    {0x00e1, 0x61},   {0x00e2, 0x61},   {0x00e3, 0x61}, {0x00e4, 0x61}, {0x00e5, 0x61},   {0x00e6, 0x61},
+    {0x00e7, 0x63},   {0x00e8, 0x65},   {0x00e9, 0x65}, {0x00ea, 0x65}, {0x00eb, 0x65},   {0x00ec, 0x69},
+    {0x00ed, 0x69},   {0x00ee, 0x69},   {0x00ef, 0x69}, {0x00f0, 0x64}, {0x00f1, 0x6e},   {0x00f2, 0x6f},
+    {0x00f3, 0x6f},   {0x00f4, 0x6f},   {0x00f5, 0x6f}, {0x00f6, 0x6f}, {0x00f8, 0x6f},   {0x00f9, 0x75},
+    {0x00fa, 0x75},   {0x00fb, 0x75},   {0x00fc, 0x75}, {0x00fd, 0x79}, {0x00fe, 0x74},   {0x00ff, 0x79},
+    {0x3094, 0x8394}, {0xf8f0, 0xa0},   {0xf8f1, 0xfd}, {0xf8f2, 0xfe}, {0xf8f3, 0xff},
+};
+
+uint32_t LookUpBestFit(char16_t unit) {
+    constexpr size_t kCount = sizeof kBestFit932 / sizeof kBestFit932[0];
+    size_t lo = 0, hi = kCount;
+    while (lo < hi) {
+        const size_t mid = (lo + hi) / 2;
+        if (kBestFit932[mid].unit < unit) lo = mid + 1;
+        else hi = mid;
+    }
+    if (lo == kCount || kBestFit932[lo].unit != unit) return kNone;
+    const uint16_t bytes = kBestFit932[lo].bytes;
+    const bool exact = unit >= 0xF8F0;  // the single bytes decode back to these
+    return kKnown | (exact ? 0 : kBestFit) | ((bytes > 0xFF ? 2u : 1u) << 16) | bytes;
 }
+
+}  // namespace
 
 // A double-byte code to its UTF-16 unit, or kNone.
 uint32_t DecodeDouble(unsigned lead, unsigned trail) {
@@ -93,8 +125,8 @@ uint32_t EncodeUnit(char16_t unit) {
         return kNone;
     uint32_t entry = g_encode[unit].load(std::memory_order_relaxed);
     if (entry != kUnknown) return entry;
-    entry = kNone;
-    {
+    entry = LookUpBestFit(unit);
+    if (entry == kNone) {
         std::lock_guard<std::mutex> lock(g_iconvMutex);
         if (OpenConverters()) {
             char in[2] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
@@ -115,231 +147,17 @@ uint32_t EncodeUnit(char16_t unit) {
     return entry;
 }
 
-// JIS X 0208 row and cell (0x21-0x7E each) to a Shift-JIS code and back.
-unsigned JisToSjis(unsigned j1, unsigned j2) {
-    const unsigned s1 = ((j1 + 1) >> 1) + (j1 <= 0x5E ? 0x70 : 0xB0);
-    const unsigned s2 = j2 + ((j1 & 1) ? (j2 <= 0x5F ? 0x1F : 0x20) : 0x7E);
-    return (s1 << 8) | s2;
-}
-// 0 when the code lies outside the JIS rows (user-defined area, IBM rows).
-unsigned SjisToJis(unsigned s1, unsigned s2) {
-    if (s1 >= 0xF0) return 0;
-    const unsigned j1 = ((s1 - (s1 <= 0x9F ? 0x70 : 0xB0)) << 1) - (s2 < 0x9F ? 1 : 0);
-    const unsigned j2 = s2 - (s2 < 0x9F ? (s2 >= 0x80 ? 0x20 : 0x1F) : 0x7E);
-    if (j1 < 0x21 || j1 > 0x7E || j2 < 0x21 || j2 > 0x7E) return 0;
-    return (j1 << 8) | j2;
-}
+}  // namespace cp932
 
-// Decodes a CP932 code that came through JIS: kNone when it has no form.
-uint32_t DecodeJis(unsigned j1, unsigned j2) {
-    if (j1 < 0x21 || j1 > 0x7E || j2 < 0x21 || j2 > 0x7E) return kNone;
-    const unsigned sjis = JisToSjis(j1, j2);
-    return DecodeDouble(sjis >> 8, sjis & 0xFF);
-}
+namespace posix {
 
-class Decoder {
-public:
-    Decoder(bool strict, char16_t defaultChar, std::u16string* out)
-        : strict_(strict), default_(defaultChar), out_(out) {}
-    // Appends a unit; false when the conversion has failed.
-    bool Put(uint32_t entry) {
-        if (entry == kNone) {
-            if (strict_) return false;
-            out_->push_back(default_);
-        } else {
-            out_->push_back(static_cast<char16_t>(entry & 0xFFFF));
-        }
-        return true;
-    }
-    bool Bad() { return Put(kNone); }
-
-private:
-    bool strict_;
-    char16_t default_;
-    std::u16string* out_;
-};
-
-uint32_t Unit(uint32_t value) { return kKnown | value; }
-
-bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
-    enum { kAscii, kJis0208, kKana } mode = kAscii;
-    bool shifted = false;  // SO ... SI: half-width katakana
-    Decoder d(strict, kCp932DefaultChar, out);
-    size_t i = 0;
-    while (i < n) {
-        const unsigned char b = p[i];
-        if (b == 0x1B) {
-            if (i + 2 < n && p[i + 1] == '(' && (p[i + 2] == 'B' || p[i + 2] == 'J')) {
-                mode = kAscii;
-                i += 3;
-            } else if (i + 2 < n && p[i + 1] == '(' && p[i + 2] == 'I') {
-                mode = kKana;
-                i += 3;
-            } else if (i + 2 < n && p[i + 1] == '$' && (p[i + 2] == '@' || p[i + 2] == 'B')) {
-                mode = kJis0208;
-                i += 3;
-            } else if (i + 3 < n && p[i + 1] == '$' && p[i + 2] == '(' && p[i + 3] == 'D') {
-                // JIS X 0212 has no CP932 form; its pairs decode as invalid.
-                mode = kJis0208;
-                i += 4;
-            } else {
-                if (!d.Put(Unit(b))) return false;
-                ++i;
-            }
-            continue;
-        }
-        if (b == 0x0E) { shifted = true; ++i; continue; }
-        if (b == 0x0F) { shifted = false; ++i; continue; }
-        if (b >= 0x80) {
-            if (!d.Bad()) return false;
-            ++i;
-            continue;
-        }
-        if ((shifted || mode == kKana) && b >= 0x21 && b <= 0x5F) {
-            if (!d.Put(Unit(0xFF61 + (b - 0x21)))) return false;
-            ++i;
-            continue;
-        }
-        if (mode == kJis0208 && b >= 0x21 && b <= 0x7E) {
-            if (i + 1 >= n) {
-                if (!d.Bad()) return false;
-                ++i;
-                continue;
-            }
-            if (!d.Put(DecodeJis(b, p[i + 1]))) return false;
-            i += 2;
-            continue;
-        }
-        if (!d.Put(Unit(b))) return false;
-        ++i;
-    }
-    return true;
-}
-
-bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
-    Decoder d(strict, kCp932DefaultChar, out);
-    size_t i = 0;
-    while (i < n) {
-        const unsigned char b = p[i];
-        if (b < 0x80) {
-            if (!d.Put(Unit(b))) return false;
-            ++i;
-        } else if (b == 0x8E) {
-            if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xDF) {
-                if (!d.Put(Unit(0xFF61 + (p[i + 1] - 0xA1)))) return false;
-                i += 2;
-            } else {
-                if (!d.Bad()) return false;
-                i += (i + 1 < n && p[i + 1] >= 0x80) ? 2 : 1;
-            }
-        } else if (b == 0x8F) {
-            // JIS X 0212: three bytes, no CP932 form.
-            if (!d.Bad()) return false;
-            size_t take = 1;
-            while (take < 3 && i + take < n && p[i + take] >= 0xA1) ++take;
-            i += take;
-        } else if (b >= 0xA1 && b <= 0xFE) {
-            if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xFE) {
-                if (!d.Put(DecodeJis(b & 0x7F, p[i + 1] & 0x7F))) return false;
-                i += 2;
-            } else {
-                if (!d.Bad()) return false;
-                ++i;
-            }
-        } else {
-            if (!d.Bad()) return false;
-            ++i;
-        }
-    }
-    return true;
-}
-
-bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict,
-                       std::u16string* out) {
-    for (size_t i = 0; i < n; ++i) {
-        if (p[i] > limit) {
-            if (strict) return false;
-            out->push_back(0xFFFD);
-        } else {
-            out->push_back(p[i]);
-        }
-    }
-    return true;
-}
-
-// Walks UTF-16 text by characters: a surrogate pair is one character, which
-// no code page here has a form for.
-template <typename Sink>
-void ForEachChar(const char16_t* units, size_t count, Sink sink) {
-    for (size_t i = 0; i < count; ++i) {
-        const char16_t u = units[i];
-        if (u >= 0xD800 && u <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 &&
-            units[i + 1] <= 0xDFFF) {
-            sink(0xFFFF, true);
-            ++i;
-        } else {
-            sink(u, u >= 0xD800 && u <= 0xDFFF);
-        }
-    }
-}
-
-std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t count) {
-    std::string out;
-    bool twoByte = false;  // ISO-2022-JP: inside ESC $ B
-    bool kana = false;     // ISO-2022-JP: inside ESC ( I
-    ForEachChar(units, count, [&](char16_t u, bool surrogate) {
-        uint32_t entry = surrogate ? kNone : EncodeUnit(u);
-        unsigned jis = 0;
-        const bool isDouble = entry != kNone && ((entry >> 16) & 0xFF) == 2;
-        if (isDouble) {
-            jis = SjisToJis((entry >> 8) & 0xFF, entry & 0xFF);
-            if (jis == 0) entry = kNone;
-        }
-        const bool isKana = entry != kNone && !isDouble && (entry & 0xFF) >= 0xA1 &&
-                            (entry & 0xFF) <= 0xDF;
-        if (entry != kNone && !isDouble && !isKana && (entry & 0xFF) >= 0x80) entry = kNone;
-        if (codePage == kCpEucJp) {
-            if (entry == kNone) {
-                out.push_back('?');
-            } else if (isDouble) {
-                out.push_back(static_cast<char>((jis >> 8) | 0x80));
-                out.push_back(static_cast<char>((jis & 0xFF) | 0x80));
-            } else if (isKana) {
-                out.push_back(static_cast<char>(0x8E));
-                out.push_back(static_cast<char>(entry & 0xFF));
-            } else {
-                out.push_back(static_cast<char>(entry & 0xFF));
-            }
-            return;
-        }
-        if (entry != kNone && isDouble) {
-            if (!twoByte) out.append("\x1B$B");
-            twoByte = true;
-            kana = false;
-            out.push_back(static_cast<char>(jis >> 8));
-            out.push_back(static_cast<char>(jis & 0xFF));
-        } else if (entry != kNone && isKana) {
-            if (!kana) out.append("\x1B(I");
-            kana = true;
-            twoByte = false;
-            out.push_back(static_cast<char>((entry & 0xFF) - 0x80));
-        } else {
-            if (twoByte || kana) out.append("\x1B(B");
-            twoByte = kana = false;
-            out.push_back(entry == kNone ? '?' : static_cast<char>(entry & 0xFF));
-        }
-    });
-    if (twoByte || kana) out.append("\x1B(B");
-    return out;
-}
-
-}  // namespace
+using namespace cp932;
 
 bool Cp932ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* out) {
     const unsigned char* p = reinterpret_cast<const unsigned char*>(bytes);
     out->clear();
     out->reserve(count);
-    Decoder d(strict, kCp932DefaultChar, out);
+    Decoder d(strict, kDefaultChar, out);
     size_t i = 0;
     while (i < count) {
         const unsigned char b = p[i];
@@ -352,7 +170,7 @@ bool Cp932ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* 
         } else if (b >= 0xA1 && b <= 0xDF) {
             out->push_back(static_cast<char16_t>(0xFF61 + (b - 0xA1)));
             ++i;
-        } else if (IsCp932Lead(b)) {
+        } else if (IsLead(b)) {
             if (i + 1 >= count || p[i + 1] == 0) {
                 // A lead byte at the end, or before the terminator, stands alone.
                 if (!d.Bad()) return false;
@@ -363,7 +181,9 @@ bool Cp932ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* 
                 i += 2;
             }
         } else {
-            if (!d.Bad()) return false;  // A0, FD, FE, FF
+            // A0, FD, FE, FF: private-use characters, and invalid to a strict reader.
+            if (strict) return false;
+            out->push_back(static_cast<char16_t>(b == 0xA0 ? 0xF8F0 : 0xF8F1 + (b - 0xFD)));
             ++i;
         }
     }
@@ -376,9 +196,9 @@ std::string Utf16ToCp932(const char16_t* units, size_t count, bool* exact) {
     bool all = true;
     ForEachChar(units, count, [&](char16_t u, bool surrogate) {
         const uint32_t entry = surrogate ? kNone : EncodeUnit(u);
+        if (entry == kNone || (entry & kBestFit) != 0) all = false;
         if (entry == kNone) {
             out.push_back('?');
-            all = false;
         } else if (((entry >> 16) & 0xFF) == 2) {
             out.push_back(static_cast<char>((entry >> 8) & 0xFF));
             out.push_back(static_cast<char>(entry & 0xFF));
@@ -559,6 +379,6 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, ch
     return needed;
 }
 
-bool IsDBCSLeadByte(unsigned char byte) { return IsCp932Lead(byte); }
+bool IsDBCSLeadByte(unsigned char byte) { return cp932::IsLead(byte); }
 
 }  // namespace qvp

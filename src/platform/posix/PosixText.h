@@ -12,9 +12,6 @@
 namespace qvp {
 namespace posix {
 
-// The character that Windows substitutes for an invalid CP932 sequence.
-constexpr char16_t kCp932DefaultChar = 0x30FB;
-
 // CP932 bytes to UTF-16. Strict: any invalid sequence fails. Lenient: each
 // invalid sequence becomes U+30FB.
 bool Cp932ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* out);
@@ -40,11 +37,6 @@ bool Utf8ToCp932Exact(const std::string& utf8, std::string* cp932);
 // Greek, Cyrillic and the full-width Latin letters.
 char16_t FoldUnit(char16_t unit);
 std::u16string Fold(std::u16string text);
-
-// Lead byte of a double-byte CP932 character.
-inline bool IsCp932Lead(unsigned char byte) {
-    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-}
 
 }  // namespace posix
 }  // namespace qvp

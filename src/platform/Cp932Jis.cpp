@@ -1,0 +1,192 @@
+// Cp932Jis.cpp - ISO-2022-JP and EUC-JP through the code page 932 table.
+#include "platform/Cp932Jis.h"
+
+#include "platform/platform.h"
+
+namespace qvp {
+namespace cp932 {
+namespace {
+
+// JIS X 0208 row and cell (0x21-0x7E each) to a Shift-JIS code and back.
+unsigned JisToSjis(unsigned j1, unsigned j2) {
+    const unsigned s1 = ((j1 + 1) >> 1) + (j1 <= 0x5E ? 0x70 : 0xB0);
+    const unsigned s2 = j2 + ((j1 & 1) ? (j2 <= 0x5F ? 0x1F : 0x20) : 0x7E);
+    return (s1 << 8) | s2;
+}
+// 0 when the code lies outside the JIS rows (user-defined area, IBM rows).
+unsigned SjisToJis(unsigned s1, unsigned s2) {
+    if (s1 >= 0xF0) return 0;
+    const unsigned j1 = ((s1 - (s1 <= 0x9F ? 0x70 : 0xB0)) << 1) - (s2 < 0x9F ? 1 : 0);
+    const unsigned j2 = s2 - (s2 < 0x9F ? (s2 >= 0x80 ? 0x20 : 0x1F) : 0x7E);
+    if (j1 < 0x21 || j1 > 0x7E || j2 < 0x21 || j2 > 0x7E) return 0;
+    return (j1 << 8) | j2;
+}
+
+// Decodes a CP932 code that came through JIS: kNone when it has no form.
+uint32_t DecodeJis(unsigned j1, unsigned j2) {
+    if (j1 < 0x21 || j1 > 0x7E || j2 < 0x21 || j2 > 0x7E) return kNone;
+    const unsigned sjis = JisToSjis(j1, j2);
+    return DecodeDouble(sjis >> 8, sjis & 0xFF);
+}
+
+
+}  // namespace
+
+bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+    enum { kAscii, kJis0208, kKana } mode = kAscii;
+    bool shifted = false;  // SO ... SI: half-width katakana
+    Decoder d(strict, kDefaultChar, out);
+    size_t i = 0;
+    while (i < n) {
+        const unsigned char b = p[i];
+        if (b == 0x1B) {
+            if (i + 2 < n && p[i + 1] == '(' && (p[i + 2] == 'B' || p[i + 2] == 'J')) {
+                mode = kAscii;
+                i += 3;
+            } else if (i + 2 < n && p[i + 1] == '(' && p[i + 2] == 'I') {
+                mode = kKana;
+                i += 3;
+            } else if (i + 2 < n && p[i + 1] == '$' && (p[i + 2] == '@' || p[i + 2] == 'B')) {
+                mode = kJis0208;
+                i += 3;
+            } else if (i + 3 < n && p[i + 1] == '$' && p[i + 2] == '(' && p[i + 3] == 'D') {
+                // JIS X 0212 has no CP932 form; its pairs decode as invalid.
+                mode = kJis0208;
+                i += 4;
+            } else {
+                if (!d.Put(Unit(b))) return false;
+                ++i;
+            }
+            continue;
+        }
+        if (b == 0x0E) { shifted = true; ++i; continue; }
+        if (b == 0x0F) { shifted = false; ++i; continue; }
+        if (b >= 0x80) {
+            if (!d.Bad()) return false;
+            ++i;
+            continue;
+        }
+        if ((shifted || mode == kKana) && b >= 0x21 && b <= 0x5F) {
+            if (!d.Put(Unit(0xFF61 + (b - 0x21)))) return false;
+            ++i;
+            continue;
+        }
+        if (mode == kJis0208 && b >= 0x21 && b <= 0x7E) {
+            if (i + 1 >= n) {
+                if (!d.Bad()) return false;
+                ++i;
+                continue;
+            }
+            if (!d.Put(DecodeJis(b, p[i + 1]))) return false;
+            i += 2;
+            continue;
+        }
+        if (!d.Put(Unit(b))) return false;
+        ++i;
+    }
+    return true;
+}
+
+bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+    Decoder d(strict, kDefaultChar, out);
+    size_t i = 0;
+    while (i < n) {
+        const unsigned char b = p[i];
+        if (b < 0x80) {
+            if (!d.Put(Unit(b))) return false;
+            ++i;
+        } else if (b == 0x8E) {
+            if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xDF) {
+                if (!d.Put(Unit(0xFF61 + (p[i + 1] - 0xA1)))) return false;
+                i += 2;
+            } else {
+                if (!d.Bad()) return false;
+                i += (i + 1 < n && p[i + 1] >= 0x80) ? 2 : 1;
+            }
+        } else if (b == 0x8F) {
+            // JIS X 0212: three bytes, no CP932 form.
+            if (!d.Bad()) return false;
+            size_t take = 1;
+            while (take < 3 && i + take < n && p[i + take] >= 0xA1) ++take;
+            i += take;
+        } else if (b >= 0xA1 && b <= 0xFE) {
+            if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xFE) {
+                if (!d.Put(DecodeJis(b & 0x7F, p[i + 1] & 0x7F))) return false;
+                i += 2;
+            } else {
+                if (!d.Bad()) return false;
+                ++i;
+            }
+        } else {
+            if (!d.Bad()) return false;
+            ++i;
+        }
+    }
+    return true;
+}
+
+bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict,
+                       std::u16string* out) {
+    for (size_t i = 0; i < n; ++i) {
+        if (p[i] > limit) {
+            if (strict) return false;
+            out->push_back(0xFFFD);
+        } else {
+            out->push_back(p[i]);
+        }
+    }
+    return true;
+}
+
+std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t count) {
+    std::string out;
+    bool twoByte = false;  // ISO-2022-JP: inside ESC $ B
+    bool kana = false;     // ISO-2022-JP: inside ESC ( I
+    ForEachChar(units, count, [&](char16_t u, bool surrogate) {
+        uint32_t entry = surrogate ? kNone : EncodeUnit(u);
+        unsigned jis = 0;
+        const bool isDouble = entry != kNone && ((entry >> 16) & 0xFF) == 2;
+        if (isDouble) {
+            jis = SjisToJis((entry >> 8) & 0xFF, entry & 0xFF);
+            if (jis == 0) entry = kNone;
+        }
+        const bool isKana = entry != kNone && !isDouble && (entry & 0xFF) >= 0xA1 &&
+                            (entry & 0xFF) <= 0xDF;
+        if (entry != kNone && !isDouble && !isKana && (entry & 0xFF) >= 0x80) entry = kNone;
+        if (codePage == kCpEucJp) {
+            if (entry == kNone) {
+                out.push_back('?');
+            } else if (isDouble) {
+                out.push_back(static_cast<char>((jis >> 8) | 0x80));
+                out.push_back(static_cast<char>((jis & 0xFF) | 0x80));
+            } else if (isKana) {
+                out.push_back(static_cast<char>(0x8E));
+                out.push_back(static_cast<char>(entry & 0xFF));
+            } else {
+                out.push_back(static_cast<char>(entry & 0xFF));
+            }
+            return;
+        }
+        if (entry != kNone && isDouble) {
+            if (!twoByte) out.append("\x1B$B");
+            twoByte = true;
+            kana = false;
+            out.push_back(static_cast<char>(jis >> 8));
+            out.push_back(static_cast<char>(jis & 0xFF));
+        } else if (entry != kNone && isKana) {
+            if (!kana) out.append("\x1B(I");
+            kana = true;
+            twoByte = false;
+            out.push_back(static_cast<char>((entry & 0xFF) - 0x80));
+        } else {
+            if (twoByte || kana) out.append("\x1B(B");
+            twoByte = kana = false;
+            out.push_back(entry == kNone ? '?' : static_cast<char>(entry & 0xFF));
+        }
+    });
+    if (twoByte || kana) out.append("\x1B(B");
+    return out;
+}
+
+}  // namespace cp932
+}  // namespace qvp
