@@ -8,15 +8,16 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/platform.h"
 #include "sNqxMsgNet.h"
+#include "support/WinePrefix.h"
 
 namespace msgtest {
 
+using qvt::Utf8;
+
 struct MainPart {
-    std::string type, body, charset, disposition, contentId;  // CP932
-    MT_WORD number = 0, bodyLength = 0, encoding = 0, depth = 0, offset = 0;
-    bool hasDisposition = false, hasContentId = false;
+    std::string type, body, charset, disposition, contentId;  // CP932; "-" when not handed out
+    MT_WORD number, bodyLength, encoding, depth, offset;
 };
 
 struct Parsed {
@@ -25,16 +26,18 @@ struct Parsed {
     std::vector<MainPart> parts;
     MT_WORD attachResult = 0;
     std::vector<std::string> attachNames;  // the non-null slots, in order
-    bool gapInSlots = false;  // a null slot before a filled one
+    bool gapInSlots = false;               // a null slot before a filled one
 };
 
+// The text of a word the library handed out, freed; "-" for none.
 inline std::string TakeText(MT_WORD word) {
     char* p = reinterpret_cast<char*>(word);
-    std::string s = p ? std::string(p) : std::string();
+    std::string s = p ? std::string(p) : "-";
     MT_Free(p);
     return s;
 }
 
+// The subject or id: nothing handed out on failure, else a text ended by a zero byte.
 inline bool Handed(MT_WORD (*get)(MT_WORD, char**, MT_WORD*), MT_WORD root, std::string* out) {
     char* text = nullptr;
     MT_WORD length = -1;
@@ -42,9 +45,11 @@ inline bool Handed(MT_WORD (*get)(MT_WORD, char**, MT_WORD*), MT_WORD root, std:
         EXPECT_EQ(text, nullptr) << "text handed out on failure";
         return false;
     }
-    EXPECT_NE(text, nullptr);
-    if (!text) return false;
-    EXPECT_EQ(text[length], '\0') << "text not ended by a zero byte";
+    if (text == nullptr) {
+        ADD_FAILURE() << "success without a text";
+        return false;
+    }
+    EXPECT_EQ(text[length], '\0');
     out->assign(text, static_cast<size_t>(length));
     MT_Free(text);
     return true;
@@ -55,7 +60,6 @@ inline MT_WORD MainNext(MT_WORD root, MT_WORD* pos, MT_WORD (&w)[10]) {
     return MT_GetMainNext(root, pos, &w[0], &w[1], &w[2], &w[3], &w[4], &w[5], &w[6], &w[7], &w[8], &w[9], 0, 0,
                           0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
 }
-
 inline MT_WORD Attach(MT_WORD root, MT_WORD (&a)[10]) {
     return MT_GetAttach(root, &a[0], &a[1], &a[2], &a[3], &a[4], &a[5], &a[6], &a[7], &a[8], &a[9]);
 }
@@ -64,53 +68,31 @@ inline MT_WORD Attach(MT_WORD root, MT_WORD (&a)[10]) {
 inline Parsed ParseAll(std::string_view mail) {
     Parsed r;
     MT_WORD root = MT_Init();
-    EXPECT_NE(root, 0);
-    EXPECT_NE(MT_ParseMailText(root, mail.data(), static_cast<MT_WORD>(mail.size())), 0);
+    EXPECT_EQ(MT_ParseMailText(root, mail.data(), static_cast<MT_WORD>(mail.size())), 1);
     r.hasSubject = Handed(MT_GetSubjectD, root, &r.subject);
     r.hasId = Handed(MT_GetMessageIDD, root, &r.id);
-    for (MT_WORD pos = MT_GetMainHeadPosition(root); pos != 0;) {
-        if (r.parts.size() >= MT_MAX_MAIN_PARTS) {
-            ADD_FAILURE() << "more main parts than the reader has slots";
-            break;
-        }
+    for (MT_WORD pos = MT_GetMainHeadPosition(root); pos != 0 && r.parts.size() <= MT_MAX_MAIN_PARTS;) {
         MT_WORD w[10] = {};
-        MainNext(root, &pos, w);
-        MainPart m;
-        if (w[2]) m.body.assign(reinterpret_cast<char*>(w[2]), static_cast<size_t>(w[3]));
+        EXPECT_EQ(MainNext(root, &pos, w), 1);
+        std::string body = w[2] ? std::string(reinterpret_cast<char*>(w[2]), static_cast<size_t>(w[3])) : "-";
         MT_Free(reinterpret_cast<void*>(w[2]));
-        m.hasDisposition = w[6] != 0;
-        m.hasContentId = w[8] != 0;
-        m.type = TakeText(w[0]), m.charset = TakeText(w[4]), m.disposition = TakeText(w[6]);
-        m.contentId = TakeText(w[8]);
-        m.number = w[1], m.bodyLength = w[3], m.encoding = w[5], m.depth = w[7], m.offset = w[9];
-        r.parts.push_back(m);
+        r.parts.push_back({TakeText(w[0]), body, TakeText(w[4]), TakeText(w[6]), TakeText(w[8]), w[1], w[3], w[5],
+                           w[7], w[9]});
     }
+    EXPECT_LE(r.parts.size(), size_t{MT_MAX_MAIN_PARTS}) << "more main parts than the reader has slots";
     MT_WORD a[10] = {};
     r.attachResult = Attach(root, a);
     for (size_t i = 0; i < 10; ++i) {
         if (!a[i]) continue;
-        if (r.attachNames.size() < i) r.gapInSlots = true;
+        r.gapInSlots |= r.attachNames.size() < i;
         r.attachNames.push_back(TakeText(a[i]));
     }
     MT_Term(root);
     return r;
 }
 
-inline std::string Utf8(std::string_view cp932) {
-    if (cp932.empty()) return std::string();
-    const int size = static_cast<int>(cp932.size());
-    int n = qvp::MultiByteToWideChar(qvp::kCp932, 0, cp932.data(), size, nullptr, 0);
-    std::u16string wide(static_cast<size_t>(n), u'\0');
-    qvp::MultiByteToWideChar(qvp::kCp932, 0, cp932.data(), size, &wide[0], n);
-    int m = qvp::WideCharToMultiByte(qvp::kCpUtf8, wide.data(), n, nullptr, 0);
-    std::string out(static_cast<size_t>(m), '\0');
-    qvp::WideCharToMultiByte(qvp::kCpUtf8, wide.data(), n, &out[0], m);
-    return out;
-}
-
 // Header lines, an empty line, then the body.
-inline std::string Entity(const std::vector<std::string>& headers, std::string_view body,
-                          const char* eol = "\r\n") {
+inline std::string Entity(const std::vector<std::string>& headers, std::string_view body, const char* eol = "\r\n") {
     std::string out;
     for (const std::string& h : headers) out += h + eol;
     return out + eol + std::string(body);
