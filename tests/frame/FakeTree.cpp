@@ -1,13 +1,7 @@
-// FakeTree.cpp - the test objects, the test analyzer and the log reader.
+// FakeTree.cpp - the test objects and the test analyzer.
 #include "frame/FakeTree.h"
 
-#include "support/WinePrefix.h"
-
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
 
 namespace {
 class FakeIndexObjects : public CQvIIndexObjects {
@@ -70,40 +64,8 @@ int32_t FakeObject::ChildAt(int32_t nIndex, CQvIObject** ppChild) {
     if (slot == nullptr) {
         std::u16string name = u"child";
         name.push_back(static_cast<char16_t>(u'0' + nIndex % 10));
-        slot = new FakeObject(this, m_nChildClass, name, nIndex);
+        slot = new FakeObject(this, m_nChildClass, name);
     }
     *ppChild = slot;
     return QV_S_OK;
-}
-
-TempLog::TempLog() {
-    std::random_device rd;
-    m_dir = (std::filesystem::temp_directory_path() / ("qvlog-" + std::to_string(rd()))).string();
-    std::filesystem::create_directories(m_dir);
-    m_path = m_dir + "/trace.log";
-    for (char c : m_path) m_path16.push_back(static_cast<char16_t>(static_cast<unsigned char>(c)));
-}
-
-TempLog::~TempLog() {
-    std::error_code ec;
-    std::filesystem::remove_all(m_dir, ec);
-}
-
-std::string TempLog::Bytes() const {
-    std::ifstream in(m_path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-std::vector<std::string> TempLog::Lines() const { return qvt::ReadTraceLog(m_path); }
-
-std::string TempLog::Text() const {
-    const std::string bytes = Bytes();
-    std::u16string text;
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
-                                             (static_cast<unsigned char>(bytes[i + 1]) << 8)));
-    }
-    return qvt::Utf8(text);
 }

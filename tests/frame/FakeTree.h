@@ -1,10 +1,13 @@
-// FakeTree.h - a small tree of test objects on the frame, and a test
-// analyzer that stands in for the module's, so the exported functions can be
-// driven without any reader.
+// FakeTree.h - a small tree of test objects on the frame, a test analyzer
+// that stands in for the module's, and a trace log in a temporary folder, so
+// the exported functions can be driven without any reader.
 #ifndef QV_TESTS_FAKETREE_H
 #define QV_TESTS_FAKETREE_H
 
-#include <functional>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -12,6 +15,8 @@
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "QvImplCommon/QvIObjects.h"
 #include "QvV4Wrapper/QvV4Value.h"
+#include "support/WinePrefix.h"
+#include "tqnralm.h"
 
 // What a fake object's operation does before it answers.
 enum class Fault { None, Memory, BadAlloc, File, Generic, Code };
@@ -30,8 +35,6 @@ struct FaultPlan {
     }
 };
 
-class FakeObject;
-
 // Counts destructions so tests can see the tree unwind.
 struct FakeCounters {
     int destroyed = 0;
@@ -43,8 +46,8 @@ FakeCounters& Counters();
 // demand at an index, remembered in a cache that OnChildDisposed clears.
 class FakeObject : public CQvIObject {
 public:
-    FakeObject(CQvIObject* pParent, int32_t nClass, std::u16string name, int32_t nIndex = 0)
-        : CQvIObject(pParent), m_nClass(nClass), m_name(std::move(name)), m_nIndex(nIndex) {}
+    FakeObject(CQvIObject* pParent, int32_t nClass, std::u16string name)
+        : CQvIObject(pParent), m_nClass(nClass), m_name(std::move(name)) {}
     ~FakeObject() override { ++Counters().destroyed; }
 
     int32_t GetClass(int32_t* pnClass) override {
@@ -75,12 +78,10 @@ public:
 private:
     int32_t m_nClass;
     std::u16string m_name;
-    int32_t m_nIndex;
 };
 
 class FakeRoot : public CQvIRoot {
 public:
-    FakeRoot() = default;
     ~FakeRoot() override { ++Counters().destroyed; }
     int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
         return QvV4CopyTextOut(u"AL-Mail32", lpszName, lpcNameLen);
@@ -123,19 +124,44 @@ public:
 };
 TestAnalyzer& Analyzer();
 
-// A log file in a fresh temporary directory, read back as UTF-8 lines with
-// the time stamp and the source line replaced by fixed marks.
+// An address as the trace log writes it: upper-case hex, all digits.
+inline std::string Hex(const void* p) {
+    char buf[40];
+    snprintf(buf, sizeof buf, "%0*llX", static_cast<int>(2 * sizeof(void*)),
+             static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(p)));
+    return buf;
+}
+
+// A log file in a fresh temporary folder.
 class TempLog {
 public:
-    TempLog();
-    ~TempLog();
+    TempLog() {
+        std::filesystem::create_directories(m_dir);
+        for (char c : m_path) m_path16.push_back(static_cast<char16_t>(static_cast<unsigned char>(c)));
+    }
+    ~TempLog() {
+        std::error_code ec;
+        std::filesystem::remove_all(m_dir, ec);
+    }
+    int32_t Start() const { return QV_StartLogging(reinterpret_cast<const QV_WCHAR*>(m_path16.c_str())); }
     const std::u16string& Path16() const { return m_path16; }
-    const std::string& Path() const { return m_path; }
-    std::string Bytes() const;
-    std::vector<std::string> Lines() const;  // "[Q5V4ALM],4,T,QvIAPI(L),..."
-    std::string Text() const;                // the whole file in UTF-8
+    std::string Bytes() const {
+        std::stringstream ss;
+        ss << std::ifstream(m_path, std::ios::binary).rdbuf();
+        return ss.str();
+    }
+    // Lines in UTF-8, the time stamp as "T" and the source line as "L".
+    std::vector<std::string> Lines() const { return qvt::ReadTraceLog(m_path); }
+    // The whole file in UTF-8 (the test hosts are little-endian).
+    std::string Text() const {
+        const std::string b = Bytes();
+        return qvt::Utf8(std::u16string(reinterpret_cast<const char16_t*>(b.data()), b.size() / 2));
+    }
+
 private:
-    std::string m_dir, m_path;
+    std::string m_dir =
+        (std::filesystem::temp_directory_path() / ("qvlog-" + std::to_string(std::random_device{}()))).string();
+    std::string m_path = m_dir + "/trace.log";
     std::u16string m_path16;
 };
 

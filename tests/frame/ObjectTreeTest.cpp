@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "frame/FakeTree.h"
-#include "tqnralm.h"
 
 namespace {
 
@@ -146,29 +145,19 @@ TEST_F(ObjectTree, RootIsSharedUntilItsLastReferenceThenRebuilt) {
 
 TEST_F(ObjectTree, ReferenceCountChangesAreTraced) {
     TempLog log;
-    ASSERT_EQ(QV_S_OK, QV_StartLogging(reinterpret_cast<const QV_WCHAR*>(log.Path16().c_str())));
+    ASSERT_EQ(QV_S_OK, log.Start());
     FakeObject* parent = MakeParent(1);
     QV_OBJ objs = nullptr;
     QV_Object_GetChildObjects(parent, QV_CLASS_MAILFOLDER, &objs);
     QV_Object_Dispose(objs);
     QV_EndLogging();
-    char p[40], e[40];
-    snprintf(p, sizeof p, "%0*llX", static_cast<int>(2 * sizeof(void*)),
-             static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(parent)));
-    snprintf(e, sizeof e, "%0*llX", static_cast<int>(2 * sizeof(void*)),
-             static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(objs)));
     std::vector<std::string> counts;
     for (const std::string& line : log.Lines()) {
         if (line.rfind("[Q5V4ALM],6,", 0) == 0) counts.push_back(line);
     }
-    const std::string head = "[Q5V4ALM],6,T,QvIObject(L),オブジェクト ";
-    const std::vector<std::string> expected = {
-        head + p + " : 参照カウンタ = 0 → 1",
-        head + e + " : 参照カウンタ = 0 → 1",
-        head + e + " : 参照カウンタ = 1 → 0",
-        head + p + " : 参照カウンタ = 1 → 0",
-    };
-    EXPECT_EQ(expected, counts);
+    const std::string p = "[Q5V4ALM],6,T,QvIObject(L),オブジェクト " + Hex(parent) + " : 参照カウンタ = ";
+    const std::string e = "[Q5V4ALM],6,T,QvIObject(L),オブジェクト " + Hex(objs) + " : 参照カウンタ = ";
+    EXPECT_EQ((std::vector<std::string>{p + "0 → 1", e + "0 → 1", e + "1 → 0", p + "1 → 0"}), counts);
 }
 
 }  // namespace
