@@ -43,26 +43,12 @@ bool Listed(const char* pszName) {
 const char* const kCalled[] = {"MT_Init",      "MT_Term",        "MT_Free",       "MT_ParseMailText", "MT_GetMainHeadPosition",
                                "MT_GetMainNext", "MT_GetAttach", "MT_GetSubjectD", "MT_GetMessageIDD"};
 
-TEST(MessageLibNames, FamiliesInOrderAndUnique) {
-    const struct {
-        const char* prefix;
-        size_t first, count;
-    } cases[] = {{"RXN_", 0, 6},   {"MT_", 6, 92},   {"DT_", 98, 15}, {"P3_", 113, 19},
-                          {"SP_", 132, 12}, {"MB_", 144, 17}, {"MU_", 161, 12}};
-    size_t total = 0;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.prefix);
-        for (size_t i = c.first; i < c.first + c.count; ++i)
-            EXPECT_EQ(0, std::strncmp(g_apszMessageLibNames[i], c.prefix, std::strlen(c.prefix))) << i;
-        total += c.count;
-    }
-    EXPECT_EQ(kMessageLibNameCount, total);
-    EXPECT_EQ(kMessageLibNameCount, std::set<std::string>(g_apszMessageLibNames, g_apszMessageLibNames + total).size());
-    // Spelled as the library exports them, and in the order of resolving.
+TEST(MessageLibNames, UniqueAndSpelledAsExported) {
+    EXPECT_EQ(kMessageLibNameCount, std::set<std::string>(g_apszMessageLibNames,
+                                                          g_apszMessageLibNames + kMessageLibNameCount).size());
     EXPECT_STREQ("RXN_GetNqxMsgNetVersion", g_apszMessageLibNames[kMessageLibHousekeepingCount]);
     EXPECT_TRUE(Listed("MT_GetSendTimeE_Part2"));
-    EXPECT_TRUE(Listed("P3_ExecDeleteMailOfRecieve"));
-    EXPECT_STREQ("MU_MapGetNextAssoc", g_apszMessageLibNames[kMessageLibNameCount - 1]);
+    EXPECT_TRUE(Listed("P3_ExecDeleteMailOfRecieve"));  // sic
     for (const char* name : kCalled) EXPECT_TRUE(Listed(name)) << name;
 }
 
@@ -153,23 +139,6 @@ TEST(MessageLibBinding, CountsReadersAndLoadsOnce) {
     EXPECT_EQ(0, UnbindMessageLibrary());
     EXPECT_EQ(nullptr, BoundMessageLibrary());
     EXPECT_EQ(0, AddLibraryRef(0));
-}
-
-// (ResolvesEachLibrary also shows that each load after the last close fills the table anew.)
-TEST(MessageLibBinding, RealLibraryParses) {
-    Bound bound("sNqxMsgNet.dll");
-    ASSERT_EQ(0, bound.result);
-    MT_WORD root = g_MessageLib.MT_Init();
-    ASSERT_NE(0, root);
-    const char mail[] = "Subject: hello\r\n\r\nbody\r\n";
-    g_MessageLib.MT_ParseMailText(root, mail, sizeof mail - 1);
-    char* text = nullptr;
-    MT_WORD length = 0;
-    if (g_MessageLib.MT_GetSubjectD(root, &text, &length) != 0) {
-        EXPECT_EQ(std::string("hello"), std::string(text, static_cast<size_t>(length)));
-    }
-    g_MessageLib.MT_Free(text);
-    g_MessageLib.MT_Term(root);
 }
 
 }  // namespace
