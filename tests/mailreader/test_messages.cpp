@@ -71,30 +71,27 @@ struct Opened {
 
 TEST(Messages, WithTheMessageLibrary) {
     const std::string iso = "Subject: =?ISO-2022-JP?B?GyRCRnxLXDhsJE43b0w+GyhC?=\r\nMessage-ID: <a@b>\r\n\r\nx\r\n";
-    const std::string utf8 = "Subject: =?UTF-8?B?5pel5pys6Kqe44Gu5Lu25ZCN?=\r\n\r\nx\r\n";
-    const std::string raw = "Subject: " + Sjis("日本語の件名") + "\r\n\r\nx\r\n";
     const std::string escapes = "Subject: a#b/c\\d\r\nMessage-ID: <x/y#z>\r\n\r\n";
     const std::string zero = std::string("Subject: z\r\n\r\nbefore\0after", 25);
     const std::string empty;
     const std::string garbage = std::string("\x00\xff\xfe\x1a\x80\x81\r\n\x1b$B", 12) + std::string(300, '\x85');
     const std::string huge = "Subject: big\r\nX-Long: " + std::string(10 * 1024 * 1024, 'a') + "\r\n\r\nbody\r\n";
-    Opened o({&iso, &utf8, &raw, &escapes, &zero, &empty, nullptr, &garbage, &huge}, "0000001=not an entry\r\n");
+    // (The end-to-end walk reads UTF-8 and raw Shift-JIS subjects.)
+    Opened o({&iso, &escapes, &zero, &empty, nullptr, &garbage, &huge}, "0000001=not an entry\r\n");
     Folder& f = o.f;
-    ASSERT_EQ("0:9", Count(MailReader_GetMessageCount, f.h, f.folder));
+    ASSERT_EQ("0:7", Count(MailReader_GetMessageCount, f.h, f.folder));
     const std::string subject = "0:" + Sjis("日本語の件名");
     const struct {
         int32_t index;
         std::string subject, id, whole;  // "code:text", the subject in Shift-JIS
     } cases[] = {
         {0, subject, "0:<a@b>", "0:" + iso},
-        {1, subject, "-3:", "0:" + utf8},
-        {2, subject, "-3:", "0:" + raw},
-        {3, "0:a#b/c\\d", "0:<x/y#z>", "0:" + escapes},  // not escaped
-        {4, "0:z", "-3:", "0:Subject: z\r\n\r\nbefore"},  // a zero byte ends the whole text
-        {5, "-3:", "-3:", "0:"},                          // empty file
-        {6, "-3:", "-2:", "-2:"},                         // missing file
-        {8, "0:big", "-3:", "0:" + huge},                 // huge header line
-        {9, "-3:", "-3:", "-3:"},                         // index out of range
+        {1, "0:a#b/c\\d", "0:<x/y#z>", "0:" + escapes},  // not escaped
+        {2, "0:z", "-3:", "0:Subject: z\r\n\r\nbefore"},  // a zero byte ends the whole text
+        {3, "-3:", "-3:", "0:"},                          // empty file
+        {4, "-3:", "-2:", "-2:"},                         // missing file
+        {6, "0:big", "-3:", "0:" + huge},                 // huge header line
+        {7, "-3:", "-3:", "-3:"},                         // index out of range
         {-1, "-3:", "-3:", "-3:"},
     };
     for (const auto& c : cases) {
@@ -104,17 +101,17 @@ TEST(Messages, WithTheMessageLibrary) {
         EXPECT_TRUE(c.whole == f.Whole(c.index));
     }
     // The library was given every byte, the zero byte and what follows it.
-    ASSERT_EQ("0:Subject: z\r\n\r\nbefore", f.Whole(4));
+    ASSERT_EQ("0:Subject: z\r\n\r\nbefore", f.Whole(2));
     EXPECT_EQ(static_cast<int32_t>(zero.size()), f.Box()->m_nTextSize);
     // Garbage parses without harm; whatever comes back is a result code.
-    std::string r = f.Subject(7);
+    std::string r = f.Subject(5);
     EXPECT_TRUE(r.rfind("0:", 0) == 0 || r == "-3:") << r;
-    EXPECT_EQ("0:" + std::string(garbage.c_str()), f.Whole(7));
+    EXPECT_EQ("0:" + std::string(garbage.c_str()), f.Whole(5));
     EXPECT_EQ(subject, f.Subject(0, QV_V4_KIND_TEXT16));  // as UTF-16 for the tree
     // Two folders hold their own message.
     Folder other(o.reader, 1);
     EXPECT_EQ("0:Z", other.Subject(0));
-    EXPECT_EQ("0:z", f.Subject(4));
+    EXPECT_EQ("0:z", f.Subject(2));
     EXPECT_EQ("0:Z", other.Subject(0));
 }
 
