@@ -1,0 +1,125 @@
+// CodePage.cpp - code page conversion on Windows.
+//
+// Code page 932, the ANSI code page, UTF-8, ISO-8859-1 and US-ASCII are the
+// system's own conversions. ISO-2022-JP (50220) and EUC-JP (51932) are not
+// offered by MultiByteToWideChar everywhere; they go through the shared JIS
+// codecs, with the system's code page 932 as the table.
+#include "platform/platform.h"
+#include "platform/Cp932Jis.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <climits>
+#include <cstring>
+#include <string>
+
+namespace qvp {
+namespace cp932 {
+namespace {
+
+std::atomic<uint32_t> g_decode[65536];  // double-byte code -> UTF-16 unit
+std::atomic<uint32_t> g_encode[65536];  // UTF-16 unit -> (length << 16) | bytes
+
+}  // namespace
+
+uint32_t DecodeDouble(unsigned lead, unsigned trail) {
+    const unsigned code = ((lead & 0xFF) << 8) | (trail & 0xFF);
+    uint32_t entry = g_decode[code].load(std::memory_order_relaxed);
+    if (entry != kUnknown) return entry;
+    const char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+    wchar_t out[2];
+    entry = ::MultiByteToWideChar(932, MB_ERR_INVALID_CHARS, in, 2, out, 2) == 1
+                ? kKnown | static_cast<uint16_t>(out[0])
+                : kNone;
+    g_decode[code].store(entry, std::memory_order_relaxed);
+    return entry;
+}
+
+uint32_t EncodeUnit(char16_t unit) {
+    uint32_t entry = g_encode[unit].load(std::memory_order_relaxed);
+    if (entry != kUnknown) return entry;
+    const wchar_t in[1] = {static_cast<wchar_t>(unit)};
+    unsigned char out[4];
+    BOOL usedDefault = FALSE;
+    const int n = ::WideCharToMultiByte(932, 0, in, 1, reinterpret_cast<char*>(out), sizeof out,
+                                        nullptr, &usedDefault);
+    entry = kNone;
+    if (!usedDefault && n == 1) entry = kKnown | (1u << 16) | out[0];
+    if (!usedDefault && n == 2) entry = kKnown | (2u << 16) | (out[0] << 8) | out[1];
+    if (entry != kNone) {
+        // A form that does not decode back to the character is a best fit.
+        wchar_t back[2];
+        if (::MultiByteToWideChar(932, 0, reinterpret_cast<char*>(out), n, back, 2) != 1 || back[0] != in[0])
+            entry |= kBestFit;
+    }
+    g_encode[unit].store(entry, std::memory_order_relaxed);
+    return entry;
+}
+
+}  // namespace cp932
+
+namespace {
+
+bool Native(uint32_t codePage) {
+    return codePage == kCpAcp || codePage == kCp932 || codePage == kCpUtf8 || codePage == kCpLatin1 ||
+           codePage == kCpAscii;
+}
+
+int CopyWide(const std::u16string& out, char16_t* wide, int cchWide) {
+    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
+    const int needed = static_cast<int>(out.size());
+    if (cchWide == 0) return needed;
+    if (needed > cchWide) return 0;
+    std::memcpy(wide, out.data(), out.size() * sizeof(char16_t));
+    return needed;
+}
+
+}  // namespace
+
+int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, int cbMulti,
+                        char16_t* wide, int cchWide) {
+    if (multi == nullptr || cbMulti == 0 || cbMulti < -1 || cchWide < 0) return 0;
+    if (cchWide > 0 && wide == nullptr) return 0;
+    const bool strict = (flags & kMbErrInvalidChars) != 0;
+    if (Native(codePage)) {
+        return ::MultiByteToWideChar(codePage, strict ? MB_ERR_INVALID_CHARS : 0, multi, cbMulti,
+                                     reinterpret_cast<wchar_t*>(wide), cchWide);
+    }
+    const size_t count = cbMulti == -1 ? std::strlen(multi) + 1 : static_cast<size_t>(cbMulti);
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(multi);
+    std::u16string out;
+    bool ok = false;
+    if (codePage == kCpIso2022Jp) ok = cp932::Iso2022JpToUtf16(p, count, strict, &out);
+    else if (codePage == kCpEucJp) ok = cp932::EucJpToUtf16(p, count, strict, &out);
+    return ok ? CopyWide(out, wide, cchWide) : 0;
+}
+
+int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, char* multi,
+                        int cbMulti) {
+    if (wide == nullptr || cchWide == 0 || cchWide < -1 || cbMulti < 0) return 0;
+    if (cbMulti > 0 && multi == nullptr) return 0;
+    if (Native(codePage)) {
+        return ::WideCharToMultiByte(codePage, 0, reinterpret_cast<const wchar_t*>(wide), cchWide, multi,
+                                     cbMulti, nullptr, nullptr);
+    }
+    if (codePage != kCpIso2022Jp && codePage != kCpEucJp) return 0;
+    size_t count = 0;
+    if (cchWide == -1) {
+        while (wide[count] != 0) ++count;
+        ++count;
+    } else {
+        count = static_cast<size_t>(cchWide);
+    }
+    const std::string out = cp932::Utf16ToJapanese(codePage, wide, count);
+    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
+    const int needed = static_cast<int>(out.size());
+    if (cbMulti == 0) return needed;
+    if (needed > cbMulti) return 0;
+    std::memcpy(multi, out.data(), out.size());
+    return needed;
+}
+
+bool IsDBCSLeadByte(unsigned char byte) { return ::IsDBCSLeadByte(byte) != 0; }
+
+}  // namespace qvp

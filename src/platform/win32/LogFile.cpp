@@ -1,0 +1,103 @@
+// LogFile.cpp - the trace log's file and the local clock on Windows.
+//
+// The file is opened for writing, shared for reading and writing, created
+// if missing and never truncated; every append moves to the end first.
+// System errors become the cause codes that a file exception carries.
+#include "platform/platform.h"
+
+#include <windows.h>
+
+#include <new>
+
+namespace qvp {
+
+struct LogFile {
+    HANDLE handle;
+};
+
+namespace {
+
+int CauseFromError(DWORD error) {
+    switch (error) {
+        case ERROR_SUCCESS: return 0;
+        case ERROR_FILE_NOT_FOUND: return 2;
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME:
+        case ERROR_INVALID_DRIVE:
+        case ERROR_DIRECTORY: return 3;
+        case ERROR_TOO_MANY_OPEN_FILES: return 4;
+        case ERROR_ACCESS_DENIED:
+        case ERROR_WRITE_PROTECT: return 5;
+        case ERROR_INVALID_HANDLE: return 6;
+        case ERROR_SHARING_VIOLATION: return 11;
+        case ERROR_LOCK_VIOLATION: return 12;
+        case ERROR_HANDLE_DISK_FULL:
+        case ERROR_DISK_FULL: return 13;
+        case ERROR_HANDLE_EOF: return 14;
+        default: return 1;
+    }
+}
+
+}  // namespace
+
+int LogFileOpen(const char16_t* path, LogFile** out) {
+    if (out == nullptr) return 1;
+    *out = nullptr;
+    if (path == nullptr) return 3;
+    const HANDLE handle = ::CreateFileW(reinterpret_cast<const wchar_t*>(path), GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return CauseFromError(::GetLastError());
+    LogFile* file = new (std::nothrow) LogFile{handle};
+    if (file == nullptr) {
+        ::CloseHandle(handle);
+        return 1;
+    }
+    *out = file;
+    return 0;
+}
+
+int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
+    if (file == nullptr) return 1;
+    LARGE_INTEGER zero;
+    zero.QuadPart = 0;
+    if (!::SetFilePointerEx(file->handle, zero, nullptr, FILE_END)) return CauseFromError(::GetLastError());
+    const char* p = static_cast<const char*>(data);
+    while (bytes > 0) {
+        const DWORD chunk = bytes > 0x40000000u ? 0x40000000u : static_cast<DWORD>(bytes);
+        DWORD written = 0;
+        if (!::WriteFile(file->handle, p, chunk, &written, nullptr)) return CauseFromError(::GetLastError());
+        if (written == 0) return 13;
+        p += written;
+        bytes -= written;
+    }
+    return 0;
+}
+
+int LogFileFlush(LogFile* file) {
+    if (file == nullptr) return 1;
+    return ::FlushFileBuffers(file->handle) ? 0 : CauseFromError(::GetLastError());
+}
+
+int LogFileClose(LogFile* file) {
+    if (file == nullptr) return 1;
+    const int result = ::CloseHandle(file->handle) ? 0 : CauseFromError(::GetLastError());
+    delete file;
+    return result;
+}
+
+void LocalTimeNow(LocalTime* out) {
+    if (out == nullptr) return;
+    SYSTEMTIME now;
+    ::GetLocalTime(&now);
+    out->year = now.wYear;
+    out->month = now.wMonth;
+    out->day = now.wDay;
+    out->hour = now.wHour;
+    out->minute = now.wMinute;
+    out->second = now.wSecond;
+    out->milliseconds = now.wMilliseconds;
+}
+
+}  // namespace qvp

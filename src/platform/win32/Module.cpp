@@ -1,0 +1,59 @@
+// Module.cpp - dynamic libraries and the critical section on Windows.
+#include "platform/platform.h"
+
+#include <windows.h>
+
+#include <new>
+
+namespace qvp {
+
+struct Module {
+    HMODULE handle;
+};
+
+struct CriticalSection {
+    CRITICAL_SECTION section;
+};
+
+Module* ModuleLoad(const char* fileName) {
+    if (fileName == nullptr || *fileName == 0) return nullptr;
+    const HMODULE handle = ::LoadLibraryA(fileName);
+    if (handle == nullptr) return nullptr;
+    Module* module = new (std::nothrow) Module{handle};
+    if (module == nullptr) ::FreeLibrary(handle);
+    return module;
+}
+
+void* ModuleSymbol(Module* module, const char* name) {
+    if (module == nullptr || name == nullptr) return nullptr;
+    return reinterpret_cast<void*>(::GetProcAddress(module->handle, name));
+}
+
+bool ModuleFree(Module* module) {
+    if (module == nullptr) return false;
+    const bool ok = ::FreeLibrary(module->handle) != 0;
+    delete module;
+    return ok;
+}
+
+CriticalSection* CriticalSectionCreate() {
+    CriticalSection* cs = new (std::nothrow) CriticalSection;
+    if (cs != nullptr) ::InitializeCriticalSection(&cs->section);
+    return cs;
+}
+
+void CriticalSectionEnter(CriticalSection* cs) {
+    if (cs != nullptr) ::EnterCriticalSection(&cs->section);
+}
+
+void CriticalSectionLeave(CriticalSection* cs) {
+    if (cs != nullptr) ::LeaveCriticalSection(&cs->section);
+}
+
+void CriticalSectionDestroy(CriticalSection* cs) {
+    if (cs == nullptr) return;
+    ::DeleteCriticalSection(&cs->section);
+    delete cs;
+}
+
+}  // namespace qvp
