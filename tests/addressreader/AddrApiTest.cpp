@@ -68,7 +68,7 @@ TEST(AddrApi, NamesAndProperties) {
         {item, 1, 2, 0, "addr ", 12},             {item, 2, 1, -3, "<untouched>", 77},
         {item, -1, 2, -3, "<untouched>", 77},     {item, 0, 3, -3, "<null>", 0},
         {nullptr, 0, 1, -2, "<untouched>", 77},
-        {named(p.book.get()), -9, 2, 0, "アドレス帳", 0}, {named(p.book.get()), -9, 1, 0, kAddrBookName, 0},
+        {named(p.book.get()), -9, 1, 0, kAddrBookName, 0},
         {named(p.file), -9, 2, 0, "F", 0},        {named(p.file->GroupAt(0)), -9, 2, 0, "k", 0},
         {named(&user), -9, 2, 0, "Taro", 0},      {named(&user), -9, 3, -3, "<null>", 0},
         {nullptr, -9, 2, -2, "<null>", 0},
