@@ -291,9 +291,7 @@ TEST_F(EndToEnd, EnumeratorsShareObjectsAndBooksStay) {
 
 TEST_F(EndToEnd, FailedFetchesAreTriedAgain) {
     const std::string path = "C:\\AL-Mail\\Mailbox\\Account2\\00000005.box\\00000001.alm";
-    std::ifstream in(prefix.HostPath(path), std::ios::binary);
-    std::stringstream saved;
-    saved << in.rdbuf();
+    const std::string saved = qvt::ReadHostFile(prefix.HostPath(path));
     prefix.Remove(path);
     QV_OBJ message = At({{3, 0}, {4, 1}, {5, 0}, {6, 0}});
     uint32_t len = 0;
@@ -302,7 +300,7 @@ TEST_F(EndToEnd, FailedFetchesAreTriedAgain) {
     EXPECT_NE(QV_S_OK, QV_MailMessage_GetData(message, &data));
     EXPECT_EQ(nullptr, data.pszMailText);
     // The file comes back: the same object now answers.
-    prefix.WriteFile(path, saved.str());
+    prefix.WriteFile(path, saved);
     EXPECT_EQ("週末の予定", Name(message, true));
     QV_Object_Dispose(message);
 }

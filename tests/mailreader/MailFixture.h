@@ -27,18 +27,10 @@ const char kStartMenu[] = "C:\\windows\\ｽﾀｰﾄ ﾒﾆｭｰ\\ﾌﾟﾛｸ�
 
 inline std::string Sjis(const std::string& utf8) { return qvt::Cp932(utf8); }
 
-// A prefix whose TMPDIR points into it for the store's life.
+// A machine whose temporary directory lies in its own folder for the store's life.
 class MailStore : public qvt::WinePrefix {
 public:
-    MailStore() : tmp_(Root() + "/tmp") {
-        if (const char* old = std::getenv("TMPDIR")) oldTmp_ = old;
-        std::filesystem::create_directories(tmp_);
-        setenv("TMPDIR", tmp_.c_str(), 1);
-    }
-    ~MailStore() {
-        if (oldTmp_) setenv("TMPDIR", oldTmp_->c_str(), 1);
-        else unsetenv("TMPDIR");
-    }
+    MailStore() : tmp_(Root() + "/tmp"), scopedTmp_((std::filesystem::create_directories(qvt::HostFile(tmp_)), tmp_)) {}
     const std::string& TempDir() const { return tmp_; }
     // InstallPath, and the file it names unless told otherwise.
     void Install(bool bFileExists = true, const std::string& path = kInstallPath) {
@@ -58,7 +50,7 @@ public:
 
 private:
     std::string tmp_;
-    std::optional<std::string> oldTmp_;
+    qvt::ScopedTempDir scopedTmp_;
 };
 
 // An open reader handle for the span of a test; a failed open must leave none.
@@ -118,7 +110,7 @@ MAILRECORD_HANDLE Rec(F f, A... a) {
 // not search the test program's own path.
 inline const char* LibPath(const char* pszFile) {
     static std::set<std::string> s_paths;  // elements stay put
-    return s_paths.insert(std::string(QV_TEST_BINARY_DIR) + "/lib/" + pszFile).first->c_str();
+    return s_paths.insert(std::string(QV_TEST_LIBRARY_DIR) + "/" + pszFile).first->c_str();
 }
 
 // Loads stub_<name>.dll in place of the message library for one scope.

@@ -19,7 +19,7 @@ void* Fallback() { return reinterpret_cast<void*>(&MissingFunction); }
 // not search the test program's own path.
 const char* LibPath(const char* pszFile) {
     static std::set<std::string> s_paths;  // elements stay put
-    return s_paths.insert(std::string(QV_TEST_BINARY_DIR) + "/lib/" + pszFile).first->c_str();
+    return s_paths.insert(std::string(QV_TEST_LIBRARY_DIR) + "/" + pszFile).first->c_str();
 }
 
 // Binds a library by its Windows name for the span of a test.

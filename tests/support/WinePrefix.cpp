@@ -42,47 +42,10 @@ std::string Narrow(uint32_t codePage, const std::u16string& wide) {
     return out;
 }
 
-// Wine's dump_strW: the text between delimiters in a registry file.
-std::string Escape(const std::string& utf8, char delim) {
-    static const char kCEscapes[32] = {'.', '.', '.', '.', '.', '.', '.', 'a', 'b', 't', 'n',
-                                       'v', 'f', 'r', '.', '.', '.', '.', '.', '.', '.', '.',
-                                       '.', '.', '.', '.', '.', 'e', '.', '.', '.', '.'};
-    const std::u16string w = Wide(qvp::kCpUtf8, utf8);
-    std::string out;
-    char buf[16];
-    for (size_t i = 0; i < w.size(); ++i) {
-        const char16_t c = w[i];
-        const bool nextIsHex = i + 1 < w.size() && w[i + 1] < 128 && std::isxdigit(w[i + 1]);
-        if (c > 127) {
-            std::snprintf(buf, sizeof buf, nextIsHex ? "\\x%04x" : "\\x%x", static_cast<unsigned>(c));
-            out += buf;
-        } else if (c < 32) {
-            const bool nextIsOctal = i + 1 < w.size() && w[i + 1] >= '0' && w[i + 1] <= '7';
-            if (kCEscapes[c] != '.')
-                std::snprintf(buf, sizeof buf, "\\%c", kCEscapes[c]);
-            else
-                std::snprintf(buf, sizeof buf, nextIsOctal ? "\\%03o" : "\\%o", static_cast<unsigned>(c));
-            out += buf;
-        } else {
-            if (c == '\\' || c == static_cast<char16_t>(delim)) out += '\\';
-            out += static_cast<char>(c);
-        }
-    }
-    return out;
-}
-
 void WriteBytes(const fs::path& path, const std::string& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!out) throw std::runtime_error("cannot write " + path.string());
-}
-
-bool StartsWithSoftware(const std::string& key) {
-    static const char kSoftware[] = "software\\";
-    if (key.size() < sizeof kSoftware - 1) return false;
-    for (size_t i = 0; i + 1 < sizeof kSoftware; ++i)
-        if (std::tolower(static_cast<unsigned char>(key[i])) != kSoftware[i]) return false;
-    return true;
 }
 
 void PutU16(std::string& out, unsigned v) {
@@ -117,8 +80,7 @@ std::string Utf8(const std::string& cp932) { return Narrow(qvp::kCpUtf8, Wide(qv
 std::string Utf8(const std::u16string& text) { return Narrow(qvp::kCpUtf8, text); }
 
 std::vector<std::string> ReadTraceLog(const std::string& hostPath) {
-    std::ifstream in(hostPath, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const std::string bytes = ReadHostFile(hostPath);
     std::u16string text;
     for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
         text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
@@ -154,128 +116,110 @@ WinePrefix::WinePrefix() {
         if (fs::create_directory(root)) break;
         if (attempt > 100) throw std::runtime_error("cannot create a temporary prefix");
     }
-    root_ = root.string();
-    fs::create_directory(root / "drive_c");
-    fs::create_directory(root / "dosdevices");
-    fs::create_directory_symlink("../drive_c", root / "dosdevices" / "c:");
-    fs::create_directory_symlink("/", root / "dosdevices" / "z:");
-    WriteRegistry(true);
-    WriteRegistry(false);
-    const char* old = std::getenv("WINEPREFIX");
-    hadPrefix_ = old != nullptr;
-    if (old) oldPrefix_ = old;
-    ::setenv("WINEPREFIX", root_.c_str(), 1);
+    root_ = root.u8string();
+    machine::Open(root_, &hadPrefix_, &oldPrefix_);
+    machine::WriteRegistry(root_, true, win64_, hklm_);
+    machine::WriteRegistry(root_, false, win64_, hkcu_);
 }
 
 WinePrefix::~WinePrefix() {
-    if (hadPrefix_)
-        ::setenv("WINEPREFIX", oldPrefix_.c_str(), 1);
-    else
-        ::unsetenv("WINEPREFIX");
+    machine::Close(root_, hadPrefix_, oldPrefix_);
     std::error_code ignored;
-    fs::remove_all(root_, ignored);
+    for (auto it = created_.rbegin(); it != created_.rend(); ++it) fs::remove_all(*it, ignored);
+    fs::remove_all(HostFile(root_), ignored);
 }
 
 void WinePrefix::CopyTo(const std::string& hostDir) const {
-    fs::remove_all(hostDir);
-    fs::create_directories(fs::path(hostDir).parent_path());
-    fs::copy(root_, hostDir, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+    fs::remove_all(HostFile(hostDir));
+    fs::create_directories(HostFile(hostDir).parent_path());
+    fs::copy(HostFile(root_), HostFile(hostDir), fs::copy_options::recursive | fs::copy_options::copy_symlinks);
 }
 
-void WinePrefix::Set(Hive& hive, const std::string& key, const std::string& name,
-                     const std::string& value) {
+void WinePrefix::Set(bool hklm, const std::string& key, const std::string& name, const std::string& value) {
+    Hive& hive = hklm ? hklm_ : hkcu_;
     auto found = hive.keys.find(key);
     if (found == hive.keys.end()) {
         hive.order.push_back(key);
         found = hive.keys.emplace(key, std::vector<std::pair<std::string, std::string>>()).first;
     }
+    bool replaced = false;
     for (auto& entry : found->second) {
         if (entry.first == name) {
             entry.second = value;
-            return;
+            replaced = true;
+            break;
         }
     }
-    found->second.emplace_back(name, value);
+    if (!replaced) found->second.emplace_back(name, value);
+    machine::WriteRegistry(root_, hklm, win64_, hive);
 }
 
 void WinePrefix::SetHklm(const std::string& key, const std::string& name, const std::string& utf8Value) {
-    Set(hklm_, key, name, utf8Value);
-    WriteRegistry(true);
+    Set(true, key, name, utf8Value);
 }
 
 void WinePrefix::SetHkcu(const std::string& key, const std::string& name, const std::string& utf8Value) {
-    Set(hkcu_, key, name, utf8Value);
-    WriteRegistry(false);
+    Set(false, key, name, utf8Value);
 }
 
 void WinePrefix::SetWin64(bool win64) {
     win64_ = win64;
-    WriteRegistry(true);
-    WriteRegistry(false);
+    machine::WriteRegistry(root_, true, win64_, hklm_);
+    machine::WriteRegistry(root_, false, win64_, hkcu_);
 }
 
-void WinePrefix::SetRawRegistry(bool hklm, const std::string& content) {
-    WriteBytes(fs::path(root_) / (hklm ? "system.reg" : "user.reg"), content);
+bool WinePrefix::SetRawRegistry(bool hklm, const std::string& content) {
+    return machine::WriteRawRegistry(root_, hklm, content);
 }
 
-void WinePrefix::WriteRegistry(bool hklm) {
-    const Hive& hive = hklm ? hklm_ : hkcu_;
-    std::string text = "WINE REGISTRY Version 2\n";
-    text += hklm ? ";; All keys relative to \\\\Machine\n"
-                 : ";; All keys relative to \\\\User\\\\S-1-5-21-0-0-0-1000\n";
-    text += win64_ ? "\n#arch=win64\n" : "\n#arch=win32\n";
-    for (const std::string& key : hive.order) {
-        std::string path = key;
-        if (hklm && win64_ && StartsWithSoftware(key))
-            path = key.substr(0, 9) + "Wow6432Node\\" + key.substr(9);
-        text += "\n[" + Escape(path, ']') + "] 1700000000\n#time=1d9f0c2a3b4c5d6\n";
-        for (const auto& value : hive.keys.at(key)) {
-            text += value.first.empty() ? std::string("@") : "\"" + Escape(value.first, '"') + "\"";
-            text += "=\"" + Escape(value.second, '"') + "\"\n";
-        }
-    }
-    WriteBytes(fs::path(root_) / (hklm ? "system.reg" : "user.reg"), text);
-}
+std::string WinePrefix::HostPath(const std::string& winPathUtf8) const { return machine::HostPath(root_, winPathUtf8); }
 
-std::string WinePrefix::HostPath(const std::string& winPathUtf8) const {
-    std::string rest = winPathUtf8;
-    std::string host;
-    bool relative = false;
-    if (rest.size() >= 2 && rest[1] == ':' && std::isalpha(static_cast<unsigned char>(rest[0]))) {
-        const char drive = static_cast<char>(std::tolower(static_cast<unsigned char>(rest[0])));
-        if (drive == 'c')
-            host = root_ + "/drive_c";
-        else if (drive != 'z')
-            host = root_ + "/dosdevices/" + drive + ":";
-        rest = rest.substr(2);
-    } else if (rest.empty() || (rest[0] != '\\' && rest[0] != '/')) {
-        relative = true;
-    }
-    std::string component;
-    for (size_t i = 0; i <= rest.size(); ++i) {
-        if (i == rest.size() || rest[i] == '\\' || rest[i] == '/') {
-            if (!component.empty()) host += (relative && host.empty() ? "" : "/") + component;
-            component.clear();
-        } else {
-            component += rest[i];
-        }
-    }
-    if (host.empty()) return relative ? "." : "/";
-    return host;
+void WinePrefix::NoteCreated(const fs::path& path) {
+    // The highest folder on the way that does not exist yet goes at the end.
+    fs::path top = path;
+    for (fs::path up = path.parent_path(); !up.empty() && up != up.parent_path() && !fs::exists(up);
+         up = up.parent_path())
+        top = up;
+    if (!fs::exists(top)) created_.push_back(top);
 }
 
 void WinePrefix::WriteFile(const std::string& winPathUtf8, const std::string& bytes) {
-    const fs::path path = HostPath(winPathUtf8);
+    const fs::path path = HostFile(HostPath(winPathUtf8));
+    NoteCreated(path);
     if (path.has_parent_path()) fs::create_directories(path.parent_path());
     WriteBytes(path, bytes);
 }
 
-void WinePrefix::MakeDir(const std::string& winPathUtf8) { fs::create_directories(HostPath(winPathUtf8)); }
+void WinePrefix::MakeDir(const std::string& winPathUtf8) {
+    const fs::path path = HostFile(HostPath(winPathUtf8));
+    NoteCreated(path);
+    fs::create_directories(path);
+}
 
 void WinePrefix::Remove(const std::string& winPathUtf8) {
     std::error_code ignored;
-    fs::remove_all(HostPath(winPathUtf8), ignored);
+    fs::remove_all(HostFile(HostPath(winPathUtf8)), ignored);
 }
+
+fs::path HostFile(const std::string& hostPathUtf8) { return fs::u8path(hostPathUtf8); }
+
+std::string ReadHostFile(const std::string& hostPathUtf8) {
+    std::ifstream in(HostFile(hostPathUtf8), std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+std::string WindowsPath(const std::string& hostPathUtf8) { return machine::WindowsPath(hostPathUtf8); }
+
+ScopedTempDir::ScopedTempDir(const std::string& hostDirUtf8) {
+    const char* variable = machine::TempVariable();
+    if (const char* old = std::getenv(variable)) {
+        had_ = true;
+        old_ = old;
+    }
+    machine::SetEnvironment(variable, hostDirUtf8.c_str());
+}
+
+ScopedTempDir::~ScopedTempDir() { machine::SetEnvironment(machine::TempVariable(), had_ ? old_.c_str() : nullptr); }
 
 std::string MakeShortcut(const std::string& argumentsUtf8, bool unicode, bool wineNul) {
     const uint32_t kHasRelativePath = 0x8, kHasWorkingDir = 0x10, kHasArguments = 0x20,

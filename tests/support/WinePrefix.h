@@ -1,12 +1,17 @@
-// WinePrefix.h - a throw-away Wine prefix for tests, built in code.
+// WinePrefix.h - the Windows machine that a test fills, built in code.
 //
-// A prefix is the tree in which Wine keeps a Windows machine: drive_c/, the
-// drive links in dosdevices/ and the registry files system.reg (HKLM) and
-// user.reg (HKCU). Tests fill it with registry values and files by their
-// Windows names and point WINEPREFIX at it for as long as the object lives.
+// Where the library reads a Wine prefix, this is a throw-away prefix: the
+// tree in which Wine keeps a Windows machine (drive_c/, the drive links in
+// dosdevices/, the registry files system.reg and user.reg), and WINEPREFIX
+// points at it for as long as the object lives. Where the library calls
+// Windows itself, it is the running machine: values and files are written
+// where their Windows names say, and taken away again at the end. Tests name
+// everything by its Windows name and never see the difference; the part
+// that knows lives in tests/support/<platform>/Machine.cpp.
 #ifndef QV_TESTS_SUPPORT_WINEPREFIX_H
 #define QV_TESTS_SUPPORT_WINEPREFIX_H
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <utility>
@@ -20,15 +25,38 @@ std::string Cp932(const std::string& utf8);
 std::string Utf8(const std::string& cp932);
 // 16-bit text -> UTF-8.
 std::string Utf8(const std::u16string& text);
+// A host path given in UTF-8, for the file streams and std::filesystem.
+std::filesystem::path HostFile(const std::string& hostPathUtf8);
+// The bytes of a host file; empty when it cannot be read.
+std::string ReadHostFile(const std::string& hostPathUtf8);
+// The Windows form of a host path ("/tmp/x" -> "Z:\tmp\x" under Wine's
+// emulation; unchanged where the host is Windows).
+std::string WindowsPath(const std::string& hostPathUtf8);
+
+// Points the temporary directory of the process (what GetTempPathA answers)
+// at a host folder for the object's life.
+class ScopedTempDir {
+public:
+    explicit ScopedTempDir(const std::string& hostDirUtf8);
+    ~ScopedTempDir();
+    ScopedTempDir(const ScopedTempDir&) = delete;
+    ScopedTempDir& operator=(const ScopedTempDir&) = delete;
+
+private:
+    bool had_ = false;
+    std::string old_;
+};
+
 // The lines of a trace log file (UTF-16LE, CR LF) in UTF-8, with the time
 // stamp shown as "T" and each source line number as "L".
 std::vector<std::string> ReadTraceLog(const std::string& hostPath);
 
 class WinePrefix {
 public:
-    // A fresh prefix in a new temporary folder: drive_c/, dosdevices/c: ->
-    // ../drive_c, dosdevices/z: -> /, empty registry files. WINEPREFIX points
-    // at it until the destructor restores the old value.
+    // A fresh machine. Root() is a new temporary host folder of its own
+    // (under the emulation, the prefix with drive_c/, dosdevices/c: ->
+    // ../drive_c, dosdevices/z: -> / and empty registry files; WINEPREFIX
+    // points at it until the destructor restores the old value).
     WinePrefix();
     ~WinePrefix();
     WinePrefix(const WinePrefix&) = delete;
@@ -40,11 +68,14 @@ public:
     void SetHklm(const std::string& key, const std::string& name, const std::string& utf8Value);
     void SetHkcu(const std::string& key, const std::string& name, const std::string& utf8Value);
     // "#arch=win64": HKLM values under Software are written below Software\Wow6432Node.
+    // (A running Windows machine is what it is: there this changes nothing.)
     void SetWin64(bool win64);
-    // The raw bytes of system.reg (hklm) or user.reg; later Set calls overwrite them.
-    void SetRawRegistry(bool hklm, const std::string& content);
+    // The raw bytes of system.reg (hklm) or user.reg; later Set calls overwrite
+    // them. false where the registry is no file (tests then skip).
+    bool SetRawRegistry(bool hklm, const std::string& content);
 
-    // "C:\\A\\b.txt" -> <root>/drive_c/A/b.txt, "Z:\\x" -> /x; no case matching.
+    // The host path of a Windows path: "C:\\A\\b.txt" -> <root>/drive_c/A/b.txt,
+    // "Z:\\x" -> /x under the emulation; the path itself on Windows.
     std::string HostPath(const std::string& winPathUtf8) const;
     // Writes the bytes, creating the parent folders.
     void WriteFile(const std::string& winPathUtf8, const std::string& bytes);
@@ -55,14 +86,16 @@ public:
     // (the folder is replaced).
     void CopyTo(const std::string& hostDir) const;
 
-private:
     struct Hive {
         // key -> values in the order they were set
         std::map<std::string, std::vector<std::pair<std::string, std::string>>> keys;
         std::vector<std::string> order;
     };
-    void Set(Hive& hive, const std::string& key, const std::string& name, const std::string& value);
-    void WriteRegistry(bool hklm);
+
+private:
+    void Set(bool hklm, const std::string& key, const std::string& name, const std::string& value);
+    // Host paths that a write created, taken away at the end.
+    void NoteCreated(const std::filesystem::path& path);
 
     std::string root_;
     Hive hklm_;
@@ -70,7 +103,25 @@ private:
     bool win64_ = false;
     bool hadPrefix_ = false;
     std::string oldPrefix_;
+    std::vector<std::filesystem::path> created_;
 };
+
+// What differs between the machines (tests/support/<platform>/Machine.cpp).
+namespace machine {
+// Makes a fresh machine in the new host folder root; saves what it changes.
+void Open(const std::string& root, bool* hadPrefix, std::string* oldPrefix);
+// Takes the machine's registry values away and restores what Open changed.
+void Close(const std::string& root, bool hadPrefix, const std::string& oldPrefix);
+// Writes all values of one hive.
+void WriteRegistry(const std::string& root, bool hklm, bool win64, const WinePrefix::Hive& hive);
+bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& content);
+std::string HostPath(const std::string& root, const std::string& winPathUtf8);
+std::string WindowsPath(const std::string& hostPathUtf8);
+// Sets (value not null) or removes a variable of the process's environment.
+void SetEnvironment(const char* name, const char* value);
+// The variable that names the temporary directory.
+const char* TempVariable();
+}  // namespace machine
 
 // The bytes of a .lnk file with HasArguments, HasWorkingDir and a relative
 // path. Strings are UTF-16LE when unicode, else CP932; with wineNul each

@@ -1,0 +1,67 @@
+// PrefixPathsTest.cpp - Windows paths mapped into the Wine prefix: drive
+// links, any case, Z:, and the host's temporary directory.
+#include "platform/platform.h"
+#include "support/WinePrefix.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+TEST(Paths, MapThroughThePrefix) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Mail\\Entry.ini", "x");
+    prefix.WriteFile("C:\\メール\\受信箱.box", "x");
+    prefix.WriteFile("C:\\Mail\\ＡＢＣ.txt", "x");
+    prefix.MakeDir("C:\\Mail\\Sub");
+    const struct {
+        const char* name;
+        std::string path;  // UTF-8, converted to CP932
+        bool exists;
+    } cases[] = {
+        {"exact case", "C:\\Mail\\Entry.ini", true},
+        {"any case", "c:\\MAIL\\entry.INI", true},
+        {"slashes", "C:/Mail/Entry.ini", true},
+        {"doubled backslashes", "C:\\\\Mail\\\\Entry.ini", true},
+        {"dot and dot-dot", "C:\\Mail\\.\\Sub\\..\\Entry.ini", true},
+        {"dot-dot stops at the root", "C:\\..\\..\\Mail\\Entry.ini", true},
+        {"a directory", "C:\\mail\\sub\\", true},
+        {"Japanese names", "C:\\メール\\受信箱.box", true},
+        {"full-width letters in any case", "C:\\mail\\ａｂｃ.TXT", true},
+        {"missing file", "C:\\Mail\\Entry.lst", false},
+        {"missing folder on the way", "C:\\Nothing\\Entry.ini", false},
+        {"drive without a link", "Q:\\Mail\\Entry.ini", false},
+        {"a file used as a folder", "C:\\Mail\\Entry.ini\\x", false},
+        {"host root through Z:", "Z:\\", true},
+        {"the prefix through Z:", "Z:" + prefix.Root() + "/drive_c/Mail/Entry.ini", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.exists ? 0 : -1, qvp::Access(qvt::Cp932(c.path).c_str()));
+    }
+    EXPECT_EQ(-1, qvp::Access("C:\\Mail\\\x82")) << "invalid CP932 names nothing";
+
+    fs::remove(fs::path(prefix.Root()) / "dosdevices" / "c:");
+    EXPECT_EQ(0, qvp::Access("C:\\Mail\\Entry.ini")) << "c: falls back to drive_c";
+}
+
+TEST(Paths, TempPathFallsBackToTheHostTmp) {
+    char buffer[64];
+    const struct {
+        const char* tmpdir;
+        const char* expected;
+    } cases[] = {{"/var/tmp/", "Z:\\var\\tmp\\"}, {"", "Z:\\tmp\\"}, {"relative", "Z:\\tmp\\"}};
+    for (const auto& c : cases) {
+        qvt::ScopedTempDir temp(c.tmpdir);
+        EXPECT_EQ(std::strlen(c.expected), qvp::TempPath(sizeof buffer, buffer));
+        EXPECT_STREQ(c.expected, buffer);
+    }
+}
+
+}  // namespace
