@@ -9,9 +9,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Windows names its libraries without a prefix: TQNRALM.dll, sNqxMsgNet.dll.
-set(CMAKE_SHARED_LIBRARY_PREFIX "")
-set(CMAKE_IMPORT_LIBRARY_PREFIX "")
 # Programs of this build run under Wine (Debian wine64).
 find_program(QV_WINE_PROGRAM NAMES wine64 wine PATHS /usr/lib/wine)
 if(QV_WINE_PROGRAM)

@@ -128,7 +128,9 @@ bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string*
 bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict,
                        std::u16string* out) {
     for (size_t i = 0; i < n; ++i) {
-        if (p[i] > limit) {
+        if (limit == 0x7F) {
+            out->push_back(p[i] & 0x7F);  // US-ASCII drops the high bit, as Windows does
+        } else if (p[i] > limit) {
             if (strict) return false;
             out->push_back(0xFFFD);
         } else {

@@ -61,14 +61,15 @@ private:
     std::u16string* out_;
 };
 
-// Walks UTF-16 text by characters: a surrogate pair is one character, which
-// no code page here has a form for.
+// Walks UTF-16 text by units; the surrogates, paired or not, have no form
+// in any code page here.
 template <typename Sink>
 void ForEachChar(const char16_t* units, size_t count, Sink sink) {
     for (size_t i = 0; i < count; ++i) {
         const char16_t u = units[i];
         if (u >= 0xD800 && u <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 &&
             units[i + 1] <= 0xDFFF) {
+            sink(0xFFFF, true);  // Windows writes one default character per unit
             sink(0xFFFF, true);
             ++i;
         } else {

@@ -158,10 +158,12 @@ TEST(AddrStore, BookFiles) {
         prefix.WriteFile("C:\\lists\\表.txt", "h: 5\n");
         prefix.WriteFile("C:\\work\\rel.txt", "r: 4\n");
         prefix.WriteFile("C:\\work\\x", "x: 6\n");
-        // A link to nothing: listed, but it cannot be opened.
-        std::filesystem::create_symlink(prefix.HostPath("C:\\lists\\gone"), prefix.HostPath("C:\\lists\\dangling"));
+        // A link to nothing, where the machine has links: listed, but it cannot be opened.
+        std::error_code noLinks;
+        std::filesystem::create_symlink(qvt::HostFile(prefix.HostPath("C:\\lists\\gone")),
+                                        qvt::HostFile(prefix.HostPath("C:\\lists\\dangling")), noLinks);
         const std::filesystem::path oldCwd = std::filesystem::current_path();
-        std::filesystem::current_path(prefix.HostPath("C:\\work"));
+        std::filesystem::current_path(qvt::HostFile(prefix.HostPath("C:\\work")));
         CAddrBook book(kMailbox.c_str());
         EXPECT_EQ(0, book.Load());
         std::filesystem::current_path(oldCwd);

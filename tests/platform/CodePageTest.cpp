@@ -53,8 +53,8 @@ const DecodeCase kDecodeCases[] = {
     {"utf-8 two and four bytes", 65001, "\xC3\xA9\xF0\x9F\x98\x80", u"\u00E9\U0001F600", false,
      u"\u00E9\U0001F600"},
     {"utf-8 overlong", 65001, "\xC0\xAF", u"", true, u"\uFFFD\uFFFD"},
-    {"utf-8 encoded surrogate", 65001, "\xED\xA0\x80", u"", true, u"\uFFFD\uFFFD\uFFFD"},
-    {"utf-8 truncated", 65001, "a\xE3\x81", u"", true, u"a\uFFFD\uFFFD"},
+    {"utf-8 encoded surrogate", 65001, "\xED\xA0\x80", u"", true, u"\uFFFD\uFFFD"},
+    {"utf-8 truncated: one for the sequence", 65001, "a\xE3\x81", u"", true, u"a\uFFFD"},
     {"iso-2022-jp kanji", 50220, "a\x1B$B$\"\x1B(Bb", u"a\u3042b", false, u"a\u3042b"},
     {"iso-2022-jp NEC row", 50220, "\x1B$B-!\x1B(B", u"\u2460", false, u"\u2460"},
     {"iso-2022-jp kana", 50220, "\x1B(I1\x1B(B", u"\uFF71", false, u"\uFF71"},
@@ -62,7 +62,7 @@ const DecodeCase kDecodeCases[] = {
     {"euc-jp kanji and kana", 51932, "\xA4\xA2\x8E\xB1", u"\u3042\uFF71", false, u"\u3042\uFF71"},
     {"euc-jp JIS X 0212", 51932, "\x8F\xB0\xA1z", u"", true, u"\u30FBz"},
     {"latin-1", 28591, "\xE9\xFF", u"\u00E9\u00FF", false, u"\u00E9\u00FF"},
-    {"ascii", 20127, "A\xE9", u"", true, u"A\uFFFD"},
+    {"ascii drops the high bit", 20127, "A\xE9", u"Ai", false, u"Ai"},
 };
 
 TEST(CodePage, DecodesStrictAndLenient) {
@@ -102,13 +102,13 @@ const EncodeCase kEncodeCases[] = {
     {"no form", 932, u"a\u20ACb", "a?b"},
     {"best fit for Latin-1 letters", 932, u"\u00C9t\u00E9 \u00AB\u00BB", "Ete \x81\xE1\x81\xE2"},
     {"private use back to single bytes", 932, u"\uF8F0\uF8F3", "\xA0\xFF"},
-    {"surrogate pair and lone surrogate", 932, u"\U0001F600x\xD800", "?x?"},
+    {"each surrogate on its own", 932, u"\U0001F600x\xD800", "??x?"},
     {"utf-8", 65001, u"\u3042\U0001F600", "\xE3\x81\x82\xF0\x9F\x98\x80"},
     {"iso-2022-jp", 50220, u"a\u3042b", "a\x1B$B$\"\x1B(Bb"},
     {"iso-2022-jp ends in ASCII", 50220, u"\u3042", "\x1B$B$\"\x1B(B"},
     {"euc-jp", 51932, u"\u3042\uFF71", "\xA4\xA2\x8E\xB1"},
     {"latin-1", 28591, u"\u00E9\u3042", "\xE9?"},
-    {"ascii", 20127, u"A\u00E9", "A?"},
+    {"ascii takes best-fit letters", 20127, u"A\u00E9\u20AC", "Ae?"},
 };
 
 TEST(CodePage, EncodesWithQuestionMarks) {

@@ -194,8 +194,11 @@ std::string Utf16ToCp932(const char16_t* units, size_t count, bool* exact) {
     std::string out;
     out.reserve(count * 2);
     bool all = true;
-    ForEachChar(units, count, [&](char16_t u, bool surrogate) {
-        const uint32_t entry = surrogate ? kNone : EncodeUnit(u);
+    // Code page 932 has no form for any surrogate: Wine writes one '?' for
+    // each half of a pair, as for a lone one.
+    for (size_t i = 0; i < count; ++i) {
+        const char16_t u = units[i];
+        const uint32_t entry = (u >= 0xD800 && u <= 0xDFFF) ? kNone : EncodeUnit(u);
         if (entry == kNone || (entry & kBestFit) != 0) all = false;
         if (entry == kNone) {
             out.push_back('?');
@@ -205,7 +208,7 @@ std::string Utf16ToCp932(const char16_t* units, size_t count, bool* exact) {
         } else {
             out.push_back(static_cast<char>(entry & 0xFF));
         }
-    });
+    }
     if (exact) *exact = all;
     return out;
 }
@@ -228,14 +231,24 @@ bool Utf8ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* o
         else if (b >= 0xE0 && b <= 0xEF) { length = 3; cp = b & 0x0F; min = 0x800; }
         else if (b >= 0xF0 && b <= 0xF4) { length = 4; cp = b & 0x07; min = 0x10000; }
         size_t j = 1;
-        if (length) {
+        // The second byte of E0, ED, F0 and F4 has a narrower range; one
+        // outside it ends the sequence with itself.
+        const unsigned char second = i + 1 < count ? p[i + 1] : 0;
+        const bool narrow = (b == 0xE0 && second < 0xA0) || (b == 0xED && second > 0x9F) ||
+                            (b == 0xF0 && second < 0x90) || (b == 0xF4 && second > 0x8F);
+        if (length && narrow && (second & 0xC0) == 0x80) {
+            length = 0;
+            j = 2;
+        } else if (length) {
             for (; j < length && i + j < count && (p[i + j] & 0xC0) == 0x80; ++j)
                 cp = (cp << 6) | (p[i + j] & 0x3F);
         }
         if (length == 0 || j < length || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+            // Windows gives one U+FFFD for a lead byte and the continuation
+            // bytes that follow it, however the sequence went wrong.
             if (strict) return false;
             out->push_back(0xFFFD);
-            ++i;
+            i += j;
             continue;
         }
         if (cp >= 0x10000) {
@@ -365,7 +378,14 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, ch
         case kCpAscii: {
             const unsigned limit = codePage == kCpLatin1 ? 0xFF : 0x7F;
             ForEachChar(wide, count, [&](char16_t u, bool surrogate) {
-                out.push_back(!surrogate && u <= limit ? static_cast<char>(u) : '?');
+                if (!surrogate && u <= limit) {
+                    out.push_back(static_cast<char>(u));
+                    return;
+                }
+                // US-ASCII takes the best-fit letters that code page 932 has.
+                const uint32_t entry = surrogate || limit != 0x7F ? kNone : EncodeUnit(u);
+                const bool ascii = entry != kNone && ((entry >> 16) & 0xFF) == 1 && (entry & 0xFF) < 0x80;
+                out.push_back(ascii ? static_cast<char>(entry & 0xFF) : '?');
             });
             break;
         }

@@ -3,13 +3,15 @@
 // What Windows (and Wine) do with an initialisation file:
 // - lines end in CR LF, LF or CR; blanks, tabs, CR and 0x1A are trimmed
 //   from both ends of keys and values;
-// - "[name]" opens a section (up to the last ']' of the line); a ';' at the
-//   start of a line is a comment, inside a value it is kept; a line without
-//   '=' is no key;
-// - sections and keys match in any case; the first key of a name wins, and
-//   only the first section of a name is searched;
-// - a value (and the default) wrapped in one matching pair of '"' or '\''
-//   loses the pair; the result is cut to the buffer's size minus one.
+// - "[name]" opens a section (up to the last ']' of the line); a ';' in the
+//   first column is a comment, anywhere else it is text; a line without '='
+//   is a key with an empty value;
+// - sections and keys match with ASCII letters in any case (not full-width
+//   ones); the first key of a name wins, and only the first section of a
+//   name is searched;
+// - a value wrapped in one matching pair of '"' or '\'' loses the pair; the
+//   default loses only its trailing blanks; the result is cut to the
+//   buffer's size minus one.
 #include "platform/posix/IniFile.h"
 
 #include "platform/platform.h"
@@ -40,10 +42,17 @@ std::u16string Trimmed(const std::u16string& s) {
     return s.substr(b, e - b);
 }
 
+char16_t FoldAscii(char16_t c) { return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c; }
+
+std::u16string FoldAscii(std::u16string s) {
+    for (char16_t& c : s) c = FoldAscii(c);
+    return s;
+}
+
 bool EqualFolded(const char16_t* a, size_t aLength, const std::u16string& folded) {
     if (aLength != folded.size()) return false;
     for (size_t i = 0; i < aLength; ++i)
-        if (FoldUnit(a[i]) != folded[i]) return false;
+        if (FoldAscii(a[i]) != folded[i]) return false;
     return true;
 }
 
@@ -80,8 +89,8 @@ std::u16string Wide(const char* cp932) {
 void IniFile::Load(const char* data, size_t size) { text_ = Decode(data, size); }
 
 bool IniFile::Find(const std::u16string& section, const std::u16string& key, std::u16string* value) const {
-    const std::u16string wantSection = Fold(Trimmed(section));
-    const std::u16string wantKey = Fold(Trimmed(key));
+    const std::u16string wantSection = FoldAscii(Trimmed(section));
+    const std::u16string wantKey = FoldAscii(Trimmed(key));
     const char16_t* t = text_.data();
     const size_t size = text_.size();
     bool inSection = wantSection.empty();  // keys before any header form the nameless section
@@ -91,10 +100,11 @@ bool IniFile::Find(const std::u16string& section, const std::u16string& key, std
         size_t lineEnd = lineStart;
         while (lineEnd < size && t[lineEnd] != u'\n' && t[lineEnd] != u'\r') ++lineEnd;
         const size_t next = lineEnd + 1;
+        const size_t first = lineStart;
         size_t b = lineStart, e = lineEnd;
         Trim(t, &b, &e);
         lineStart = next;
-        if (b == e || t[b] == u';') continue;
+        if (b == e || t[first] == u';') continue;
         if (t[b] == u'[') {
             size_t close = e;
             while (close > b + 1 && t[close - 1] != u']') --close;
@@ -109,8 +119,7 @@ bool IniFile::Find(const std::u16string& section, const std::u16string& key, std
         if (!inSection) continue;
         size_t eq = b;
         while (eq < e && t[eq] != u'=') ++eq;
-        if (eq == e) continue;  // no '=': no key
-        size_t nameEnd = eq, valueStart = eq + 1;
+        size_t nameEnd = eq, valueStart = eq == e ? e : eq + 1;
         size_t nameBegin = b, valueEnd = e;
         Trim(t, &nameBegin, &nameEnd);
         Trim(t, &valueStart, &valueEnd);
@@ -131,7 +140,10 @@ uint32_t ProfileStringFromBytes(const char* data, size_t size, const char* secti
         file.Load(data, size);
         found = file.Find(Wide(section), Wide(key), &value);
     }
-    if (!found) value = StripQuotes(Trimmed(Wide(defaultValue != nullptr ? defaultValue : "")));
+    if (!found) {
+        value = Wide(defaultValue != nullptr ? defaultValue : "");
+        while (!value.empty() && IsProfileSpace(value.back())) value.pop_back();
+    }
     // The value is handed out as a C string: it ends at a NUL in the file.
     const size_t nul = value.find(u'\0');
     if (nul != std::u16string::npos) value.resize(nul);

@@ -16,6 +16,7 @@
 #include "platform/posix/PosixText.h"
 
 #include <cstring>
+#include <utility>
 #include <new>
 
 namespace qvp {
@@ -140,12 +141,15 @@ ShellLink* ShellLinkCreate() {
 
 bool ShellLinkLoad(ShellLink* link, const char* path) {
     if (link == nullptr) return false;
-    link->file = posix::ShellLinkFile();
+    // As the shell does, a load that fails keeps what the object held.
     std::string host, bytes;
     if (posix::MapPath(path, &host) != posix::kMapFound ||
         !posix::ReadWholeFile(host, posix::kMaxLinkBytes, &bytes))
         return false;
-    return link->file.Parse(bytes.data(), bytes.size());
+    posix::ShellLinkFile file;
+    if (!file.Parse(bytes.data(), bytes.size())) return false;
+    link->file = std::move(file);
+    return true;
 }
 
 bool ShellLinkGetArguments(ShellLink* link, char* buffer, int size) {

@@ -18,8 +18,9 @@ using qvp::posix::ShellLinkFile;
 std::string WithIdListAndLinkInfo(const std::string& link) {
     std::string out = link.substr(0, 0x4C);
     out[0x14] = static_cast<char>(out[0x14] | 0x03);
-    out += std::string("\x06\x00" "abcdef", 8);                    // IDList: u16 size 6
-    out += std::string("\x0A\x00\x00\x00" "123456", 10);           // LinkInfo: u32 size 10
+    out += std::string("\x02\x00\x00\x00", 4);  // IDList: u16 size 2, the closing empty item
+    // LinkInfo: u32 size and header size 0x1C, no volume, no paths.
+    out += std::string("\x1C\x00\x00\x00\x1C\x00\x00\x00", 8) + std::string(20, '\0');
     return out + link.substr(0x4C);
 }
 
