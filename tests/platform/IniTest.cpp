@@ -35,7 +35,7 @@ const IniCase kIniCases[] = {
     {"comment line", "[P]\n;T=x\nT=y\n", "P", "T", "", 64, "y"},
     {"only the first column starts a comment", "[P]\n  ;T=x\n", "P", ";T", "d", 64, "x"},
     {"semicolon in a value is kept", "[P]\nT=a ; b\n", "P", "T", "", 64, "a ; b"},
-    {"line without = is a key without value", "[P]\nT\nT=v\n", "P", "T", "d", 64, ""},
+    {"line without = is a key without value", "[P]\nT\nT=v\n", "P", "T", "d", 64, "d"},
     {"first duplicate key wins", "[P]\nT=1\nt=2\n", "P", "T", "", 64, "1"},
     {"only the first section of a name", "[P]\nA=1\n[Q]\n[p]\nT=2\n", "P", "T", "d", 64, "d"},
     {"key in another section", "[Q]\nT=1\n[P]\nU=2\n", "P", "T", "d", 64, "d"},

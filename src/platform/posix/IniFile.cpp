@@ -5,7 +5,7 @@
 //   from both ends of keys and values;
 // - "[name]" opens a section (up to the last ']' of the line); a ';' in the
 //   first column is a comment, anywhere else it is text; a line without '='
-//   is a key with an empty value;
+//   is a key without a value, and gives the default;
 // - sections and keys match with ASCII letters in any case (not full-width
 //   ones); the first key of a name wins, and only the first section of a
 //   name is searched;
@@ -120,10 +120,12 @@ bool IniFile::Find(const std::u16string& section, const std::u16string& key, std
         size_t eq = b;
         while (eq < e && t[eq] != u'=') ++eq;
         size_t nameEnd = eq, valueStart = eq == e ? e : eq + 1;
+        const bool hasValue = eq != e;
         size_t nameBegin = b, valueEnd = e;
         Trim(t, &nameBegin, &nameEnd);
         Trim(t, &valueStart, &valueEnd);
         if (!EqualFolded(t + nameBegin, nameEnd - nameBegin, wantKey)) continue;
+        if (!hasValue) return false;  // the key is there without a value: the default
         *value = StripQuotes(std::u16string(t + valueStart, valueEnd - valueStart));
         return true;
     }

@@ -32,15 +32,9 @@ void Fill(const _finddata_t& found, FindData* data) {
 
 }  // namespace
 
-uint32_t WindowsDirectory(char* buffer, uint32_t size) {
-    const UINT length = ::GetWindowsDirectoryA(buffer, size);
-    return length < size ? length : 0;
-}
+uint32_t WindowsDirectory(char* buffer, uint32_t size) { return ::GetWindowsDirectoryA(buffer, size); }
 
-uint32_t TempPath(uint32_t size, char* buffer) {
-    const DWORD length = ::GetTempPathA(size, buffer);
-    return length < size ? length : 0;
-}
+uint32_t TempPath(uint32_t size, char* buffer) { return ::GetTempPathA(size, buffer); }
 
 char* GetCwd(char* buffer, int size) { return ::_getcwd(buffer, size); }
 
