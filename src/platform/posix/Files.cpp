@@ -4,8 +4,9 @@
 // stays, and a Ctrl-Z byte (0x1A) ends the file. Listings follow Wine: "."
 // and ".." first, then the names sorted without regard to case (ties by
 // byte order), so that every machine lists in one order. Names come back in
-// code page 932; a host name with no CP932 form cannot be named by a reader
-// and is left out.
+// code page 932 as Wine gives them: a character without a CP932 form (each
+// half of a surrogate pair, a byte that is no UTF-8) becomes '?', so such a
+// name is listed but names nothing when opened.
 #include "platform/platform.h"
 #include "platform/posix/HostPath.h"
 #include "platform/posix/PosixText.h"
@@ -264,11 +265,11 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
     while (struct dirent* entry = readdir(dir)) {
         const std::string name = entry->d_name;
         if (name == "." || name == "..") continue;
-        std::string cp932;
-        if (!posix::Utf8ToCp932Exact(name, &cp932) || cp932.size() >= sizeof data->name ||
-            cp932.find('\0') != std::string::npos)
-            continue;
-        std::u16string key = FoldedWide(name);
+        std::u16string wide;
+        posix::Utf8ToUtf16(name.data(), name.size(), false, &wide);
+        const std::string cp932 = posix::Utf16ToCp932(wide.data(), wide.size());
+        if (cp932.size() >= sizeof data->name) continue;
+        std::u16string key = posix::Fold(std::move(wide));
         if (!MatchName(folded, key)) continue;
         struct stat st;
         const std::string host = hostDir + (hostDir.back() == '/' ? "" : "/") + name;
