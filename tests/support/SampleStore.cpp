@@ -138,4 +138,136 @@ void BuildSampleStore(WinePrefix& prefix) {
                {MakeMessage("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<address@example.jp>", "body\r\n")});
 }
 
+// ---- Variants: the same client on other machines, and damaged stores.
+
+namespace {
+
+// A 64-bit Windows: the client's HKLM key lies in the 32-bit view, and every
+// name below the installation is written in another case than the reader asks
+// for it.
+void BuildWin64Store(WinePrefix& prefix) {
+    prefix.SetWin64(true);
+    BuildSampleStore(prefix);
+    StoreWriter w(prefix);
+    const std::string account = "C:\\AL-Mail\\Mailbox\\ACCOUNT4";
+    w.Text(account + "\\ACCOUNT.INI", {"[PROPERTY]", "TITLE=大文字"});
+    w.Text(account + "\\00000007.BOX\\ENTRY.INI", {"[property]", "title=受信箱"});
+    prefix.WriteFile(account + "\\00000007.BOX\\00000001.ALM",
+                     MakeMessage("=?iso-2022-jp?b?GyRCQmc4PjtaGyhC?=", "<upper@example.jp>", "body\r\n"));
+    w.Text(account + "\\00000007.BOX\\ENTRY.LST", {"00000001=1,0"});
+    w.Text(account + "\\Inbox.Box\\Entry.Ini", {"[Property]", "Title=\"引用符\""});
+}
+
+// Only the registry names a mailbox: no uninstall file, so no shortcuts and
+// no mailbox list. Its settings carry byte order marks.
+void BuildRegistryOnlyStore(WinePrefix& prefix) {
+    StoreWriter w(prefix);
+    w.Install("C:\\Program Files\\AL-Mail\\AlMail.exe");
+    w.RegistryMailbox("C:\\Users\\Mail");
+    const std::string mailbox = "C:\\Users\\Mail\\Mailbox";
+    w.Raw(mailbox + "\\Mailbox.ini", "\xEF\xBB\xBF[Property]\r\nAddressFile = \"Other.adr\" \r\n");
+    static const char kUtf16Title[] =
+        "\xFF\xFE[\0P\0r\0o\0p\0e\0r\0t\0y\0]\0\r\0\n\0T\0i\0t\0l\0e\0=\0\xE5\x65\x2C\x67\r\0\n\0";
+    w.Raw(mailbox + "\\Main\\Account.ini", std::string(kUtf16Title, sizeof kUtf16Title - 1));
+    w.FolderIni(mailbox + "\\Main\\00000001.box", "受信", false);
+    w.Messages(mailbox + "\\Main\\00000001.box",
+               {MakeMessage("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<only@example.jp>", "body\r\n"),
+                MakeMessage("plain ascii", "<ascii@example.jp>", "body\r\n")});
+    w.Text(mailbox + "\\Address", {"一人: one@example.jp"});
+    w.Text(mailbox + "\\Other.adr", {"Group 外", "  二人: two@example.jp", "End Group"});
+}
+
+// Files that the client never writes but a damaged disk or a hand edit
+// leaves behind.
+void BuildDamagedStore(WinePrefix& prefix) {
+    StoreWriter w(prefix);
+    const std::string install = std::string(kInstallDir) + "\\AlMail.exe";
+    w.Install(install);
+    w.RegistryMailbox("C:\\AL-Mail");
+    const std::string box = "C:\\AL-Mail\\Mailbox";
+    const std::string other = "C:\\Other\\Mailbox";
+    // The uninstall file: a lone CR inside a line, and a Ctrl-Z that ends
+    // the text before the last mailbox.
+    w.Raw(std::string(kInstallDir) + "\\Uninst.inf",
+          Cp932("[Files]\r\n" + install + "=\r\n" + kStartMenu + "壊れた.lnk=\r\n" + kStartMenu + "別人.lnk=\r\n" +
+                "[Mailboxes]\r\n" + box + "=\r\n" + other + "=\r\nC:\\Odd\rName\\Mailbox=\r\n\x1A" +
+                "C:\\Hidden\\Mailbox=\r\n"));
+    // A shortcut cut short, and one with ANSI arguments.
+    w.Raw(std::string(kStartMenu) + "壊れた.lnk", MakeShortcut("\"C:\\AL-Mail\"", true).substr(0, 90));
+    w.Shortcut(std::string(kStartMenu) + "別人.lnk", "C:\\Other", false);
+    w.Mailbox(box);
+    w.Mailbox(other);
+    w.Mailbox("C:\\Hidden\\Mailbox");
+    w.Account(other + "\\A", "他");
+
+    const std::string account = box + "\\Account1";
+    w.Account(account, "壊れた箱");
+    const std::string folder = account + "\\00000001.box";
+    w.FolderIni(folder, "索引", false);
+    const std::string badSjis = "\x81\x20sub\x85\x40ject\xA0\xFD end\x88";
+    for (int i = 1; i <= 4; ++i) {
+        char name[32];
+        std::snprintf(name, sizeof name, "\\%08d.alm", i);
+        const std::string subject = i == 1 ? badSjis
+                                  : i == 2 ? "=?ISO-2022-JP?B?GyRCJCIk?="  // cut inside the encoded text
+                                  : i == 3 ? "=?UTF-8?Q?caf=C3=A9_=FF?="
+                                           : "";
+        const std::string id = i == 3 ? "<\x82\xA0@example.jp>" : "<damaged" + std::to_string(i) + "@example.jp>";
+        w.Raw(folder + name, i == 4 ? std::string("no header at all") : MakeMessage(subject, id, "body\r\n"));
+    }
+    // Entry.lst: lines without '=', a name without its file, a line longer
+    // than any name, a lone CR, a duplicate, and a Ctrl-Z that ends the list.
+    w.Raw(folder + "\\Entry.lst", "00000001=1,0\r\nno equals sign\r\n\r\n00000009=1,0\r\n" + std::string(400, '7') +
+                                      "=1,0\r\n00000002\r=1,0\r\n00000003=1,0\r\n00000003=1,0\r\n=\r\n"
+                                      "00000004=\r\n\x1A"
+                                      "00000002=1,0\r\n");
+    // Titles: raw Shift-JIS with a lone lead byte, and one that is too long.
+    w.Raw(account + "\\00000002.box\\Entry.ini", "[Property]\r\nTitle=\x93\xFA\x96\x7B\x8C\r\n");
+    w.FolderIni(account + "\\00000003.box", std::string(300, 'T'), false);
+    // A folder whose name has no Shift-JIS form, and one in Japanese.
+    w.FolderIni(account + "\\\xE2\x82\xAC.box", "ユーロ", false);
+    w.FolderIni(account + "\\日本語.box", "日本語", false);
+    // An index file whose lines leave the mailbox.
+    w.Text(account + "\\trash.box", {"..\\..\\Other\\Mailbox\\A\\x=1", "Account1\\00000001.box\\00000003=1",
+                                     std::string(300, 'x') + "=1"});
+
+    // The address book: groups five deep, a group never closed, an End
+    // Group too many, invalid Shift-JIS and an over-long line.
+    w.Raw(box + "\\Address",
+          Cp932("Group 一\r\n Group 二\r\n  Group 三\r\n   Group 四\r\n    Group 五\r\n     深い: deep@example.jp\r\n"
+                "    End Group\r\n   End Group\r\n  End Group\r\n End Group\r\nEnd Group\r\nEnd Group\r\n") +
+              "\x81\x20" "bad: bad@example.jp\r\n" + std::string(600, 'a') + ": long@example.jp\r\n" +
+              Cp932("Group 閉じない\r\n  最後: last@example.jp\r\n"));
+}
+
+struct Variant {
+    const char* name;
+    void (*build)(WinePrefix&);
+};
+
+const Variant kVariants[] = {
+    {"default", BuildSampleStore},
+    {"win64", BuildWin64Store},
+    {"registry-only", BuildRegistryOnlyStore},
+    {"damaged", BuildDamagedStore},
+};
+
+}  // namespace
+
+std::vector<std::string> SampleStoreVariants() {
+    std::vector<std::string> names;
+    for (const Variant& v : kVariants) names.push_back(v.name);
+    return names;
+}
+
+bool BuildSampleStore(WinePrefix& prefix, const std::string& variant) {
+    for (const Variant& v : kVariants) {
+        if (variant == v.name) {
+            v.build(prefix);
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace qvt

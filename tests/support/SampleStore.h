@@ -42,6 +42,12 @@ std::string MakeMessage(const std::string& subjectField, const std::string& mess
 // Builds the sample installation.
 void BuildSampleStore(WinePrefix& prefix);
 
+// The names of the store variants: "default" is the sample installation;
+// the others put the client on other machines or damage its files.
+std::vector<std::string> SampleStoreVariants();
+// Builds one variant; false for an unknown name.
+bool BuildSampleStore(WinePrefix& prefix, const std::string& variant);
+
 }  // namespace qvt
 
 #endif  // QV_TESTS_SUPPORT_SAMPLESTORE_H
