@@ -67,7 +67,9 @@ bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
         const std::u16string redirected = kWow + path.substr(kSoftware.size() - 1);
         if (file->HasKey(redirected)) paths.push_back(redirected);
     }
-    if (file->HasKey(path)) paths.push_back(path);
+    // Windows opens one key: the 32-bit view's when it exists, and a value
+    // missing there is missing, even when the native key holds it.
+    if (paths.empty() && file->HasKey(path)) paths.push_back(path);
     if (paths.empty()) return false;
     RegKey* key = new (std::nothrow) RegKey{std::move(file), std::move(paths)};
     *out = key;

@@ -185,7 +185,8 @@ TEST(Registry, Win64PrefixLooksUnderWow6432NodeFirst) {
                              "[Software\\\\Wow6432Node\\\\CREAR\\\\AL-Mail]\n\"InstallPath\"=\"wow\"\n";
     prefix.SetRawRegistry(true, both);
     EXPECT_EQ(std::string("wow", 4), Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "InstallPath"));
-    EXPECT_EQ(std::string("plain", 6), Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "Only"));
+    EXPECT_EQ("<no value>", Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "Only"))
+        << "Wine opens the 32-bit view's key alone";
 }
 
 TEST(Registry, BrokenOrMissingFilesHoldNothing) {
