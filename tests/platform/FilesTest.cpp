@@ -163,7 +163,7 @@ std::u16string Wide(const std::string& utf8) {
 
 TEST(LogFile, AppendsAndReportsCauses) {
     qvt::WinePrefix prefix;
-    const std::string path = prefix.HostPath("C:\\ログ.log");
+    const std::string path = prefix.Root() + "/ログ.log";
     qvp::LogFile* log = nullptr;
     ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &log));
     EXPECT_EQ(0, qvp::LogFileAppend(log, "one\r\n", 5));
@@ -203,7 +203,7 @@ TEST(SystemFolders, WindowsAndTemp) {
     EXPECT_STREQ("C:\\windows", buffer);
     EXPECT_EQ(11u, qvp::WindowsDirectory(buffer, 10)) << "too small: the size needed";
 
-    const std::string dir = fs::temp_directory_path().u8string() + "/qvt-temp";
+    const std::string dir = (fs::temp_directory_path() / "qvt-temp").u8string();
     fs::create_directories(qvt::HostFile(dir));
     {
         qvt::ScopedTempDir temp(dir);
