@@ -58,4 +58,9 @@ export GTEST_FILTER="-Listing.OrderAndPatterns"
 status=0
 ctest --test-dir "$root/build-win64" --output-on-failure || status=$?
 wineserver -k || true
+
+echo "== differential: the sample stores walked by the Linux build and under Wine"
+cmake -S "$src" -B "$root/build-diff" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQNRALM_WINDOWS_BUILD="$root/build-win64"
+cmake --build "$root/build-diff" -j"$jobs"
+ctest --test-dir "$root/build-diff" -R '^differential$' --output-on-failure || status=$?
 exit "$status"
