@@ -3,6 +3,9 @@
 
 #include "platform/platform.h"
 
+#include <climits>
+#include <cstring>
+
 namespace qvp {
 namespace cp932 {
 namespace {
@@ -188,6 +191,31 @@ std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t cou
     });
     if (twoByte || kana) out.append("\x1B(B");
     return out;
+}
+
+namespace {
+
+template <typename Text, typename Unit>
+int CopyOut(const Text& out, Unit* to, int capacity) {
+    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
+    const int needed = static_cast<int>(out.size());
+    if (capacity == 0) return needed;
+    if (needed > capacity) return 0;
+    std::memcpy(to, out.data(), out.size() * sizeof(Unit));
+    return needed;
+}
+
+}  // namespace
+
+int CopyConverted(const std::u16string& out, char16_t* wide, int cchWide) { return CopyOut(out, wide, cchWide); }
+
+int CopyConverted(const std::string& out, char* multi, int cbMulti) { return CopyOut(out, multi, cbMulti); }
+
+size_t WideCount(const char16_t* wide, int cchWide) {
+    if (cchWide != -1) return static_cast<size_t>(cchWide);
+    size_t count = 0;
+    while (wide[count] != 0) ++count;
+    return count + 1;
 }
 
 }  // namespace cp932

@@ -88,6 +88,14 @@ bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool st
 // UTF-16 to ISO-2022-JP or EUC-JP; a character without a form becomes '?'.
 std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t count);
 
+// The rules of MultiByteToWideChar and WideCharToMultiByte for a finished
+// conversion: a count of 0 asks for the size; a result that does not fit
+// fails with 0; otherwise the units or bytes are copied and counted.
+int CopyConverted(const std::u16string& out, char16_t* wide, int cchWide);
+int CopyConverted(const std::string& out, char* multi, int cbMulti);
+// The units that cchWide names: -1 is up to and including the NUL.
+size_t WideCount(const char16_t* wide, int cchWide);
+
 }  // namespace cp932
 }  // namespace qvp
 

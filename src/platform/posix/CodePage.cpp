@@ -52,6 +52,18 @@ bool OpenConverters() {
            g_fromUtf16 != reinterpret_cast<iconv_t>(-1);
 }
 
+// One character, two bytes in, through glibc: the bytes out, or 0.
+size_t Convert(iconv_t& converter, const char (&in)[2], unsigned char* out, size_t size) {
+    std::lock_guard<std::mutex> lock(g_iconvMutex);
+    if (!OpenConverters()) return 0;
+    char* inPtr = const_cast<char*>(in);
+    char* outPtr = reinterpret_cast<char*>(out);
+    size_t inLeft = 2, outLeft = size;
+    iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    if (iconv(converter, &inPtr, &inLeft, &outPtr, &outLeft) == static_cast<size_t>(-1) || inLeft != 0) return 0;
+    return size - outLeft;
+}
+
 // What Windows writes for characters that code page 932 lacks: best-fit
 // forms, and the private-use characters of the single bytes A0 and FD-FF.
 struct BestFit {
@@ -96,22 +108,9 @@ uint32_t DecodeDouble(unsigned lead, unsigned trail) {
     const unsigned code = (lead << 8) | trail;
     uint32_t entry = g_decode[code].load(std::memory_order_relaxed);
     if (entry != kUnknown) return entry;
-    entry = kNone;
-    {
-        std::lock_guard<std::mutex> lock(g_iconvMutex);
-        if (OpenConverters()) {
-            char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
-            unsigned char out[8];
-            char* inPtr = in;
-            char* outPtr = reinterpret_cast<char*>(out);
-            size_t inLeft = 2, outLeft = sizeof out;
-            iconv(g_toUtf16, nullptr, nullptr, nullptr, nullptr);
-            if (iconv(g_toUtf16, &inPtr, &inLeft, &outPtr, &outLeft) != static_cast<size_t>(-1) &&
-                inLeft == 0 && sizeof out - outLeft == 2) {
-                entry = kKnown | (out[0] | (out[1] << 8));
-            }
-        }
-    }
+    const char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+    unsigned char out[8];
+    entry = Convert(g_toUtf16, in, out, sizeof out) == 2 ? kKnown | (out[0] | (out[1] << 8)) : kNone;
     g_decode[code].store(entry, std::memory_order_relaxed);
     return entry;
 }
@@ -127,21 +126,11 @@ uint32_t EncodeUnit(char16_t unit) {
     if (entry != kUnknown) return entry;
     entry = LookUpBestFit(unit);
     if (entry == kNone) {
-        std::lock_guard<std::mutex> lock(g_iconvMutex);
-        if (OpenConverters()) {
-            char in[2] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
-            unsigned char out[8];
-            char* inPtr = in;
-            char* outPtr = reinterpret_cast<char*>(out);
-            size_t inLeft = 2, outLeft = sizeof out;
-            iconv(g_fromUtf16, nullptr, nullptr, nullptr, nullptr);
-            if (iconv(g_fromUtf16, &inPtr, &inLeft, &outPtr, &outLeft) != static_cast<size_t>(-1) &&
-                inLeft == 0) {
-                const size_t length = sizeof out - outLeft;
-                if (length == 1) entry = kKnown | (1u << 16) | out[0];
-                if (length == 2) entry = kKnown | (2u << 16) | (out[0] << 8) | out[1];
-            }
-        }
+        const char in[2] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+        unsigned char out[8];
+        const size_t length = Convert(g_fromUtf16, in, out, sizeof out);
+        if (length == 1) entry = kKnown | (1u << 16) | out[0];
+        if (length == 2) entry = kKnown | (2u << 16) | (out[0] << 8) | out[1];
     }
     g_encode[unit].store(entry, std::memory_order_relaxed);
     return entry;
@@ -348,25 +337,14 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
         case kCpAscii: ok = SingleByteToUtf16(p, count, 0x7F, strict, &out); break;
         default: return 0;
     }
-    if (!ok || out.size() > static_cast<size_t>(INT_MAX)) return 0;
-    const int needed = static_cast<int>(out.size());
-    if (cchWide == 0) return needed;
-    if (needed > cchWide) return 0;
-    std::memcpy(wide, out.data(), out.size() * sizeof(char16_t));
-    return needed;
+    return ok ? CopyConverted(out, wide, cchWide) : 0;
 }
 
 int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, char* multi,
                         int cbMulti) {
     if (wide == nullptr || cchWide == 0 || cchWide < -1 || cbMulti < 0) return 0;
     if (cbMulti > 0 && multi == nullptr) return 0;
-    size_t count = 0;
-    if (cchWide == -1) {
-        while (wide[count] != 0) ++count;
-        ++count;
-    } else {
-        count = static_cast<size_t>(cchWide);
-    }
+    const size_t count = WideCount(wide, cchWide);
     std::string out;
     switch (codePage) {
         case kCpAcp:
@@ -391,12 +369,7 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, ch
         }
         default: return 0;
     }
-    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
-    const int needed = static_cast<int>(out.size());
-    if (cbMulti == 0) return needed;
-    if (needed > cbMulti) return 0;
-    std::memcpy(multi, out.data(), out.size());
-    return needed;
+    return CopyConverted(out, multi, cbMulti);
 }
 
 bool IsDBCSLeadByte(unsigned char byte) { return cp932::IsLead(byte); }

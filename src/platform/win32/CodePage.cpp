@@ -66,15 +66,6 @@ bool Native(uint32_t codePage) {
            codePage == kCpAscii;
 }
 
-int CopyWide(const std::u16string& out, char16_t* wide, int cchWide) {
-    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
-    const int needed = static_cast<int>(out.size());
-    if (cchWide == 0) return needed;
-    if (needed > cchWide) return 0;
-    std::memcpy(wide, out.data(), out.size() * sizeof(char16_t));
-    return needed;
-}
-
 }  // namespace
 
 int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, int cbMulti,
@@ -92,7 +83,7 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
     bool ok = false;
     if (codePage == kCpIso2022Jp) ok = cp932::Iso2022JpToUtf16(p, count, strict, &out);
     else if (codePage == kCpEucJp) ok = cp932::EucJpToUtf16(p, count, strict, &out);
-    return ok ? CopyWide(out, wide, cchWide) : 0;
+    return ok ? cp932::CopyConverted(out, wide, cchWide) : 0;
 }
 
 int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, char* multi,
@@ -104,20 +95,8 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, ch
                                      cbMulti, nullptr, nullptr);
     }
     if (codePage != kCpIso2022Jp && codePage != kCpEucJp) return 0;
-    size_t count = 0;
-    if (cchWide == -1) {
-        while (wide[count] != 0) ++count;
-        ++count;
-    } else {
-        count = static_cast<size_t>(cchWide);
-    }
-    const std::string out = cp932::Utf16ToJapanese(codePage, wide, count);
-    if (out.size() > static_cast<size_t>(INT_MAX)) return 0;
-    const int needed = static_cast<int>(out.size());
-    if (cbMulti == 0) return needed;
-    if (needed > cbMulti) return 0;
-    std::memcpy(multi, out.data(), out.size());
-    return needed;
+    return cp932::CopyConverted(cp932::Utf16ToJapanese(codePage, wide, cp932::WideCount(wide, cchWide)), multi,
+                                cbMulti);
 }
 
 bool IsDBCSLeadByte(unsigned char byte) { return ::IsDBCSLeadByte(byte) != 0; }
