@@ -1,13 +1,10 @@
-// FakeTree.h - a small tree of test objects on the frame, a test analyzer
-// that stands in for the module's, and a trace log in a temporary folder, so
-// the exported functions can be driven without any reader.
+// FakeTree.h - test objects on the frame, a test analyzer and a trace log in
+// a temporary folder, to drive the exported functions without any reader.
 #ifndef QV_TESTS_FAKETREE_H
 #define QV_TESTS_FAKETREE_H
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
+#include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,93 +15,88 @@
 #include "support/WinePrefix.h"
 #include "tqnralm.h"
 
-// What a fake object's operation does before it answers.
-enum class Fault { None, Memory, BadAlloc, File, Generic, Code };
-
-struct FaultPlan {
-    Fault fault = Fault::None;
-    int32_t value = 0;  // the file cause, or the code returned
-    void Raise() const {
-        switch (fault) {
-        case Fault::Memory: throw CMemoryException();
-        case Fault::BadAlloc: throw std::bad_alloc();
-        case Fault::File: throw CFileException(value);
-        case Fault::Generic: throw CException();
-        default: break;
-        }
-    }
-};
-
-// Counts destructions so tests can see the tree unwind.
+// Destructions, and the classes of the children whose parents were told.
 struct FakeCounters {
     int destroyed = 0;
     std::vector<int32_t> disposedClasses;
 };
-FakeCounters& Counters();
+inline FakeCounters& Counters() {
+    static FakeCounters counters;
+    return counters;
+}
 
-// One object of any class, with a name and children of one class built on
-// demand at an index, remembered in a cache that OnChildDisposed clears.
+// An object whose children, of its own class, are built on demand at an
+// index and forgotten when disposed; an index in m_failing fails once.
 class FakeObject : public CQvIObject {
 public:
-    FakeObject(CQvIObject* pParent, int32_t nClass, std::u16string name)
-        : CQvIObject(pParent), m_nClass(nClass), m_name(std::move(name)) {}
+    FakeObject(CQvIObject* pParent, int32_t nClass, std::u16string name, size_t nChildren = 0)
+        : CQvIObject(pParent), m_nClass(nClass), m_name(std::move(name)), m_children(nChildren) {}
     ~FakeObject() override { ++Counters().destroyed; }
-
     int32_t GetClass(int32_t* pnClass) override {
         *pnClass = m_nClass;
         return QV_S_OK;
     }
     int32_t GetName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
-        m_plan.Raise();
-        if (m_plan.fault == Fault::Code) return m_plan.value;
+        if (m_fault) m_fault();
         return QvV4CopyTextOut(m_name.c_str(), lpszName, lpcNameLen);
     }
-    int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
-        return GetName(lpszName, lpcNameLen);
+    int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override { return GetName(lpszName, lpcNameLen); }
+    int32_t GetChildCount(int32_t nClass, int32_t* pnChildCount) override {
+        if (nClass != m_nClass) return QV_E_INVALID_ARGUMENT;
+        *pnChildCount = static_cast<int32_t>(m_children.size());
+        return QV_S_OK;
     }
-    int32_t GetChildCount(int32_t nClass, int32_t* pnChildCount) override;
     int32_t CreateChildObjects(int32_t nClass, CQvIObject** ppObjs) override;
-    void OnChildDisposed(CQvIObject* pChild) override;
+    void OnChildDisposed(CQvIObject* pChild) override {
+        int32_t nClass = 0;
+        pChild->GetClass(&nClass);
+        Counters().disposedClasses.push_back(nClass);
+        std::replace(m_children.begin(), m_children.end(), pChild, static_cast<CQvIObject*>(nullptr));
+    }
+    int32_t ChildAt(int32_t nIndex, CQvIObject** ppChild) {
+        auto failing = std::find(m_failing.begin(), m_failing.end(), nIndex);
+        if (failing != m_failing.end()) {
+            m_failing.erase(failing);
+            return QV_E_OUT_OF_MEMORY;
+        }
+        CQvIObject*& slot = m_children[static_cast<size_t>(nIndex)];
+        if (slot == nullptr) slot = new FakeObject(this, m_nClass, u"child");
+        *ppChild = slot;
+        return QV_S_OK;
+    }
 
-    // The child at an index, without a reference; fails where told to.
-    int32_t ChildAt(int32_t nIndex, CQvIObject** ppChild);
-
-    FaultPlan m_plan;
-    int32_t m_nChildClass = 0;
-    int32_t m_nChildCount = 0;
-    std::vector<int32_t> m_failingIndexes;  // each fails once
-    std::vector<FakeObject*> m_children;
+    std::function<void()> m_fault;  // throws before GetName answers
+    std::vector<int32_t> m_failing;
 
 private:
     int32_t m_nClass;
     std::u16string m_name;
+    std::vector<CQvIObject*> m_children;
 };
+
+class FakeObjects : public CQvIIndexObjects {
+public:
+    using CQvIIndexObjects::CQvIIndexObjects;
+
+protected:
+    int32_t FetchAt(int32_t nIndex, CQvIObject** ppChild) override {
+        return static_cast<FakeObject*>(GetParent())->ChildAt(nIndex, ppChild);
+    }
+};
+
+inline int32_t FakeObject::CreateChildObjects(int32_t nClass, CQvIObject** ppObjs) {
+    if (nClass != m_nClass) return QV_E_INVALID_ARGUMENT;
+    auto* pObjs = new FakeObjects(this);
+    pObjs->Init(static_cast<int32_t>(m_children.size()));
+    *ppObjs = pObjs;
+    return QV_S_OK;
+}
 
 class FakeRoot : public CQvIRoot {
 public:
-    ~FakeRoot() override { ++Counters().destroyed; }
-    int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
-        return QvV4CopyTextOut(u"AL-Mail32", lpszName, lpcNameLen);
-    }
+    int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override { return GetName(lpszName, lpcNameLen); }
     int32_t GetChildCount(int32_t, int32_t*) override { return QV_E_INVALID_ARGUMENT; }
     int32_t CreateChildObjects(int32_t, CQvIObject**) override { return QV_E_INVALID_ARGUMENT; }
-};
-
-class FakeMessage : public CQvIMailMessage {
-public:
-    using CQvIMailMessage::CQvIMailMessage;
-    int32_t GetName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
-        return QvV4CopyTextOut(u"<id@example>", lpszName, lpcNameLen);
-    }
-    int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override {
-        return QvV4CopyTextOut(u"subject", lpszName, lpcNameLen);
-    }
-    int32_t GetData(QV_MAIL_DATA* pMailData) override {
-        m_plan.Raise();
-        pMailData->nMailTextLen = 42;
-        return QV_S_OK;
-    }
-    FaultPlan m_plan;
 };
 
 class TestAnalyzer : public CQvIAnalyzer {
@@ -122,7 +114,10 @@ public:
     CQvIObject* Root() const { return m_pRoot; }
     int m_nRootsMade = 0;
 };
-TestAnalyzer& Analyzer();
+inline TestAnalyzer& Analyzer() {
+    static TestAnalyzer analyzer;
+    return analyzer;
+}
 
 // An address as the trace log writes it: upper-case hex, all digits.
 inline std::string Hex(const void* p) {
@@ -132,37 +127,19 @@ inline std::string Hex(const void* p) {
     return buf;
 }
 
-// A log file in a fresh temporary folder.
-class TempLog {
-public:
-    TempLog() {
-        std::filesystem::create_directories(m_dir);
-        for (char c : m_path) m_path16.push_back(static_cast<char16_t>(static_cast<unsigned char>(c)));
+// A log file in a temporary folder of its own.
+struct TempLog {
+    int32_t Start(const std::string& suffix = "") const {
+        const std::string file = path + suffix;
+        const std::u16string file16(file.begin(), file.end());
+        return QV_StartLogging(reinterpret_cast<const QV_WCHAR*>(file16.c_str()));
     }
-    ~TempLog() {
-        std::error_code ec;
-        std::filesystem::remove_all(m_dir, ec);
-    }
-    int32_t Start() const { return QV_StartLogging(reinterpret_cast<const QV_WCHAR*>(m_path16.c_str())); }
-    const std::u16string& Path16() const { return m_path16; }
-    std::string Bytes() const {
-        std::stringstream ss;
-        ss << std::ifstream(m_path, std::ios::binary).rdbuf();
-        return ss.str();
-    }
-    // Lines in UTF-8, the time stamp as "T" and the source line as "L".
-    std::vector<std::string> Lines() const { return qvt::ReadTraceLog(m_path); }
-    // The whole file in UTF-8 (the test hosts are little-endian).
-    std::string Text() const {
-        const std::string b = Bytes();
-        return qvt::Utf8(std::u16string(reinterpret_cast<const char16_t*>(b.data()), b.size() / 2));
-    }
+    std::string Bytes() const { return qvt::ReadHostFile(path); }
+    // Time stamps read "T" and source lines "L".
+    std::vector<std::string> Lines() const { return qvt::ReadTraceLog(path); }
 
-private:
-    std::string m_dir =
-        (std::filesystem::temp_directory_path() / ("qvlog-" + std::to_string(std::random_device{}()))).string();
-    std::string m_path = m_dir + "/trace.log";
-    std::u16string m_path16;
+    qvt::WinePrefix prefix;
+    std::string path = prefix.Root() + "/trace.log";
 };
 
 #endif  // QV_TESTS_FAKETREE_H
