@@ -195,8 +195,8 @@ TEST(MsgMime, PartsAndAttachments) {
     const std::string jis = "\x1B$B;qNA\x1B(B";  // 資料
     const struct { const char* name; std::string mail; Strings bodies, names; } cases[] = {
         {"empty message is one empty part", "", {""}, {}},
-        {"base64 body", Coded("utf-8", "Base64", "5pys5paH\r\n44Gn44GZDQo=\r\n"), {"本文です\r\n"}, {}},
-        {"qp body", Coded("UTF-8", "quoted-printable", "=E6=97=A5=E6=9C=AC=\r\n=e8=aa=9e x=zz ="), {"日本語 x=zz "}, {}},
+        {"base64", Coded("utf-8", "Base64", "5pys5paH\r\n44Gn44GZDQo=\r\n"), {"本文です\r\n"}, {}},
+        {"qp", Coded("UTF-8", "quoted-printable", "=E6=97=A5=E6=9C=AC=\r\n=e8=aa=9e x=zz ="), {"日本語 x=zz "}, {}},
         {"encoded file name", Mixed({Text("see"), File("filename=\"=?ISO-2022-JP?B?GyRCO3FOQRsoQi50eHQ=?=\"")}),
          {"see"}, {"資料.txt"}},
         {"rfc 2231 sections", Mixed({File("filename*1*=%E6%96%99; filename*0*=utf-8'ja'%E8%B3%87;\r\n f*=x")}), {},
