@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -25,7 +24,6 @@ TEST(Paths, MapThroughThePrefix) {
         std::string path;  // UTF-8, converted to CP932
         bool exists;
     } cases[] = {
-        {"exact case", "C:\\Mail\\Entry.ini", true},
         {"any case", "c:\\MAIL\\entry.INI", true},
         {"slashes", "C:/Mail/Entry.ini", true},
         {"doubled backslashes", "C:\\\\Mail\\\\Entry.ini", true},
@@ -35,10 +33,8 @@ TEST(Paths, MapThroughThePrefix) {
         {"Japanese names", "C:\\メール\\受信箱.box", true},
         {"full-width letters in any case", "C:\\mail\\ａｂｃ.TXT", true},
         {"missing file", "C:\\Mail\\Entry.lst", false},
-        {"missing folder on the way", "C:\\Nothing\\Entry.ini", false},
         {"drive without a link", "Q:\\Mail\\Entry.ini", false},
         {"a file used as a folder", "C:\\Mail\\Entry.ini\\x", false},
-        {"host root through Z:", "Z:\\", true},
         {"the prefix through Z:", "Z:" + prefix.Root() + "/drive_c/Mail/Entry.ini", true},
     };
     for (const auto& c : cases) {
