@@ -4,10 +4,11 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "addressreader/AddrBook.h"
 #include "addressreader/AddrLineSource.h"
+#include "addressreader/AddrReader.h"
+#include "support/WinePrefix.h"
 
 namespace addrtest {
 
@@ -28,9 +29,8 @@ inline Parsed Parse(const std::string& bytes) {
 inline std::string Dump(const CAddrGroup* group) {
     std::string out = std::string(group->Name()) + "{";
     const char* sep = "";
-    for (int32_t i = 0; i < group->ItemCount(); ++i, sep = "|") {
+    for (int32_t i = 0; i < group->ItemCount(); ++i, sep = "|")
         out += sep + std::string(group->ItemAt(i)->Key()) + "=" + group->ItemAt(i)->Value();
-    }
     for (int32_t i = 0; i < group->GroupCount(); ++i, sep = "|") out += sep + Dump(group->GroupAt(i));
     return out + "}";
 }
@@ -38,28 +38,17 @@ inline std::string Dump(const CAddrGroup* group) {
 // The book's flat list, "key=value;key=value;".
 inline std::string Flat(const CAddrBook& book) {
     std::string out;
-    for (int32_t i = 0; i < book.ItemCount(); ++i) {
+    for (int32_t i = 0; i < book.ItemCount(); ++i)
         out += std::string(book.ItemAt(i)->Key()) + "=" + book.ItemAt(i)->Value() + ";";
-    }
     return out;
 }
 
-// Every item's book index is its position, and the book's count is the sum
-// over all groups at all depths (walked without recursion). "" when so.
-inline std::string CheckInvariants(const CAddrBook& book) {
-    for (int32_t i = 0; i < book.ItemCount(); ++i) {
-        if (book.ItemAt(i)->BookIndex() != i) return "book index of item " + std::to_string(i);
-    }
-    int64_t sum = 0;
-    std::vector<const CAddrGroup*> pending;
-    for (int32_t i = 0; i < book.GroupCount(); ++i) pending.push_back(book.GroupAt(i));
-    while (!pending.empty()) {
-        const CAddrGroup* group = pending.back();
-        pending.pop_back();
-        sum += group->ItemCount();
-        for (int32_t i = 0; i < group->GroupCount(); ++i) pending.push_back(group->GroupAt(i));
-    }
-    return sum == book.ItemCount() ? "" : "items in groups " + std::to_string(sum);
+// A text given out in UTF-8, "<null>", or "<untouched>" (still the sentinel).
+inline std::string Text(const QvV4Value& v, const void* sentinel = nullptr) {
+    if (v.pData == nullptr) return "<null>";
+    if (v.pData == sentinel) return "<untouched>";
+    return v.nKind == 1 ? qvt::Utf8(static_cast<const char*>(v.pData))
+                        : qvt::Utf8(std::u16string(static_cast<const char16_t*>(v.pData)));
 }
 
 }  // namespace addrtest
