@@ -1,5 +1,4 @@
-/* stub_onlyfree.c - a message library that exports MT_Free and nothing else:
- * every other entry of the binding falls back. */
+/* stub_onlyfree.c - a message library with MT_Free alone: the binding's other entries fall back. */
 #include <stdlib.h>
 
 #include "sNqxMsgNet.h"
