@@ -1,20 +1,120 @@
-// SampleStore.cpp - the sample installation.
+// SampleStore.cpp - the sample installation and its variants.
 #include "support/SampleStore.h"
 
-#include <cstdio>
+#include <utility>
 
 namespace qvt {
 
 namespace {
 const char kKey[] = "Software\\CREAR\\AL-Mail";
-const char kInstallDir[] = "C:\\Program Files\\AL-Mail";
-const char kStartMenu[] = "C:\\windows\\ｽﾀｰﾄ ﾒﾆｭｰ\\ﾌﾟﾛｸﾞﾗﾑ\\AL-Mail32\\";
+const std::string kInstallDir = "C:\\Program Files\\AL-Mail";
+const std::string kExe = kInstallDir + "\\AlMail.exe";
+const std::string kStartMenu = "C:\\windows\\ｽﾀｰﾄ ﾒﾆｭｰ\\ﾌﾟﾛｸﾞﾗﾑ\\AL-Mail32\\";
 
-std::string Lines(const std::vector<std::string>& lines) {
-    std::string bytes;
-    for (const std::string& line : lines) bytes += Cp932(line) + "\r\n";
-    return bytes;
+// "[Property]" and a line for each key whose value is not empty.
+std::vector<std::string> Property(const std::vector<std::pair<const char*, std::string>>& keys) {
+    std::vector<std::string> lines = {"[Property]"};
+    for (const auto& [key, value] : keys) {
+        if (!value.empty()) lines.push_back(key + ("=" + value));
+    }
+    return lines;
 }
+
+// A message file's name without ".alm": eight digits.
+std::string Number(int n) { return std::string(8 - std::to_string(n).size(), '0') + std::to_string(n); }
+
+std::string Message(const std::string& subjectField, const std::string& messageId) {
+    return MakeMessage(subjectField, messageId, "body\r\n");
+}
+
+// ---- Variants: the same client on other machines, and damaged stores.
+
+// A 64-bit Windows: the client's HKLM key lies in the 32-bit view, and names
+// below the installation are written in another case than the reader asks for.
+void BuildWin64Store(WinePrefix& prefix) {
+    prefix.SetWin64(true);
+    BuildSampleStore(prefix);
+    StoreWriter w(prefix);
+    const std::string account = "C:\\AL-Mail\\Mailbox\\ACCOUNT4";
+    w.Text(account + "\\ACCOUNT.INI", {"[PROPERTY]", "TITLE=大文字"});
+    w.Text(account + "\\00000007.BOX\\ENTRY.INI", {"[property]", "title=受信箱"});
+    w.Raw(account + "\\00000007.BOX\\00000001.ALM",
+          Message("=?iso-2022-jp?b?GyRCQmc4PjtaGyhC?=", "<upper@example.jp>"));
+    w.Text(account + "\\00000007.BOX\\ENTRY.LST", {"00000001=1,0"});
+    w.Text(account + "\\Inbox.Box\\Entry.Ini", {"[Property]", "Title=\"引用符\""});
+}
+
+// Only the registry names a mailbox: no uninstall file, so no shortcuts and
+// no mailbox list. Its settings carry byte order marks.
+void BuildRegistryOnlyStore(WinePrefix& prefix) {
+    StoreWriter w(prefix);
+    w.Install(kExe);
+    w.RegistryMailbox("C:\\Users\\Mail");
+    const std::string mailbox = "C:\\Users\\Mail\\Mailbox";
+    w.Raw(mailbox + "\\Mailbox.ini", "\xEF\xBB\xBF[Property]\r\nAddressFile = \"Other.adr\" \r\n");
+    static const char kUtf16Title[] =
+        "\xFF\xFE[\0P\0r\0o\0p\0e\0r\0t\0y\0]\0\r\0\n\0T\0i\0t\0l\0e\0=\0\xE5\x65\x2C\x67\r\0\n\0";
+    w.Raw(mailbox + "\\Main\\Account.ini", std::string(kUtf16Title, sizeof kUtf16Title - 1));
+    w.FolderIni(mailbox + "\\Main\\00000001.box", "受信", false);
+    w.Messages(mailbox + "\\Main\\00000001.box",
+               {Message("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<only@example.jp>"),
+                Message("plain ascii", "<ascii@example.jp>")});
+    w.Text(mailbox + "\\Address", {"一人: one@example.jp"});
+    w.Text(mailbox + "\\Other.adr", {"Group 外", "  二人: two@example.jp", "End Group"});
+}
+
+// Files the client never writes but a damaged disk or a hand edit leaves behind.
+void BuildDamagedStore(WinePrefix& prefix) {
+    StoreWriter w(prefix);
+    w.Install(kExe);
+    w.RegistryMailbox("C:\\AL-Mail");
+    const std::string box = "C:\\AL-Mail\\Mailbox", other = "C:\\Other\\Mailbox";
+    // The uninstall file: a lone CR inside a line, and a Ctrl-Z that ends the text before the last mailbox.
+    w.Raw(kInstallDir + "\\Uninst.inf",
+          Cp932("[Files]\r\n" + kExe + "=\r\n" + kStartMenu + "壊れた.lnk=\r\n" + kStartMenu + "別人.lnk=\r\n" +
+                "[Mailboxes]\r\n" + box + "=\r\n" + other + "=\r\nC:\\Odd\rName\\Mailbox=\r\n\x1A" +
+                "C:\\Hidden\\Mailbox=\r\n"));
+    // A shortcut cut short, and one with ANSI arguments.
+    w.Raw(kStartMenu + "壊れた.lnk", MakeShortcut("\"C:\\AL-Mail\"", true).substr(0, 90));
+    w.Shortcut(kStartMenu + "別人.lnk", "C:\\Other", false);
+    for (const std::string& mailbox : {box, other, std::string("C:\\Hidden\\Mailbox")}) w.Mailbox(mailbox);
+    w.Account(other + "\\A", "他");
+
+    const std::string account = box + "\\Account1", folder = account + "\\00000001.box";
+    w.Account(account, "壊れた箱");
+    w.FolderIni(folder, "索引", false);
+    const std::string messages[] = {
+        Message("\x81\x20sub\x85\x40ject\xA0\xFD end\x88", "<damaged1@example.jp>"),  // invalid Shift-JIS
+        Message("=?ISO-2022-JP?B?GyRCJCIk?=", "<damaged2@example.jp>"),               // cut inside the encoded text
+        Message("=?UTF-8?Q?caf=C3=A9_=FF?=", "<\x82\xA0@example.jp>"), "no header at all"};
+    for (int i = 0; i < 4; ++i) w.Raw(folder + "\\" + Number(i + 1) + ".alm", messages[i]);
+    // Entry.lst: lines without '=', a name without its file, a line longer
+    // than any name, a lone CR, a duplicate, and a Ctrl-Z that ends the list.
+    w.Raw(folder + "\\Entry.lst", "00000001=1,0\r\nno equals sign\r\n\r\n00000009=1,0\r\n" + std::string(400, '7') +
+                                      "=1,0\r\n00000002\r=1,0\r\n00000003=1,0\r\n00000003=1,0\r\n=\r\n"
+                                      "00000004=\r\n\x1A"
+                                      "00000002=1,0\r\n");
+    // Titles: raw Shift-JIS with a lone lead byte, and one that is too long.
+    w.Raw(account + "\\00000002.box\\Entry.ini", "[Property]\r\nTitle=\x93\xFA\x96\x7B\x8C\r\n");
+    w.FolderIni(account + "\\00000003.box", std::string(300, 'T'), false);
+    // A folder whose name has no Shift-JIS form, and one in Japanese.
+    w.FolderIni(account + "\\\xE2\x82\xAC.box", "ユーロ", false);
+    w.FolderIni(account + "\\日本語.box", "日本語", false);
+    // An index file whose lines leave the mailbox.
+    w.Text(account + "\\trash.box", {"..\\..\\Other\\Mailbox\\A\\x=1", "Account1\\00000001.box\\00000003=1",
+                                     std::string(300, 'x') + "=1"});
+    // The address book: groups five deep, one never closed, an End Group too many, invalid Shift-JIS, a long line.
+    w.Raw(box + "\\Address",
+          Cp932("Group 一\r\n Group 二\r\n  Group 三\r\n   Group 四\r\n    Group 五\r\n     深い: deep@example.jp\r\n"
+                "    End Group\r\n   End Group\r\n  End Group\r\n End Group\r\nEnd Group\r\nEnd Group\r\n") +
+              "\x81\x20" "bad: bad@example.jp\r\n" + std::string(600, 'a') + ": long@example.jp\r\n" +
+              Cp932("Group 閉じない\r\n  最後: last@example.jp\r\n"));
+}
+
+const struct { const char* name; void (*build)(WinePrefix&); } kVariants[] = {
+    {"default", BuildSampleStore}, {"win64", BuildWin64Store}, {"registry-only", BuildRegistryOnlyStore},
+    {"damaged", BuildDamagedStore}};
+
 }  // namespace
 
 void StoreWriter::Install(const std::string& installPath) {
@@ -31,37 +131,30 @@ void StoreWriter::Shortcut(const std::string& path, const std::string& arguments
 }
 
 void StoreWriter::Mailbox(const std::string& dir, const std::string& addressFiles) {
-    std::vector<std::string> lines = {"[Property]"};
-    if (!addressFiles.empty()) lines.push_back("AddressFile=" + addressFiles);
-    Text(dir + "\\Mailbox.ini", lines);
+    Text(dir + "\\Mailbox.ini", Property({{"AddressFile", addressFiles}}));
 }
 
 void StoreWriter::Account(const std::string& dir, const std::string& title) {
-    std::vector<std::string> lines = {"[Property]"};
-    if (!title.empty()) lines.push_back("Title=" + title);
-    Text(dir + "\\Account.ini", lines);
+    Text(dir + "\\Account.ini", Property({{"Title", title}}));
 }
 
 void StoreWriter::FolderIni(const std::string& dir, const std::string& title, bool subfolders) {
-    std::vector<std::string> lines = {"[Property]"};
-    if (!title.empty()) lines.push_back("Title=" + title);
-    if (subfolders) lines.push_back("Type=Subfolder");
-    Text(dir + "\\Entry.ini", lines);
+    Text(dir + "\\Entry.ini", Property({{"Title", title}, {"Type", subfolders ? "Subfolder" : ""}}));
 }
 
 void StoreWriter::Messages(const std::string& dir, const std::vector<std::string>& messages, int firstNumber) {
     std::vector<std::string> entries;
     for (size_t i = 0; i < messages.size(); ++i) {
-        char name[16];
-        std::snprintf(name, sizeof name, "%08d", firstNumber + static_cast<int>(i));
-        entries.push_back(std::string(name) + "=1,0");
-        m_prefix.WriteFile(dir + "\\" + name + ".alm", messages[i]);
+        entries.push_back(Number(firstNumber + static_cast<int>(i)) + "=1,0");
+        m_prefix.WriteFile(dir + "\\" + Number(firstNumber + static_cast<int>(i)) + ".alm", messages[i]);
     }
     Text(dir + "\\Entry.lst", entries);
 }
 
 void StoreWriter::Text(const std::string& path, const std::vector<std::string>& lines) {
-    m_prefix.WriteFile(path, Lines(lines));
+    std::string bytes;
+    for (const std::string& line : lines) bytes += Cp932(line) + "\r\n";
+    m_prefix.WriteFile(path, bytes);
 }
 
 std::string MakeMessage(const std::string& subjectField, const std::string& messageId, const std::string& body) {
@@ -69,203 +162,70 @@ std::string MakeMessage(const std::string& subjectField, const std::string& mess
     if (!subjectField.empty()) text += "Subject: " + subjectField + "\r\n";
     if (!messageId.empty()) text += "Message-ID: " + messageId + "\r\n";
     text += "Date: Fri, 14 Mar 2008 09:05:01 +0900\r\nMIME-Version: 1.0\r\n";
-    text += "Content-Type: text/plain; charset=ISO-2022-JP\r\n\r\n" + body;
-    return text;
+    return text + "Content-Type: text/plain; charset=ISO-2022-JP\r\n\r\n" + body;
 }
 
 void BuildSampleStore(WinePrefix& prefix) {
     StoreWriter w(prefix);
-    const std::string install = std::string(kInstallDir) + "\\AlMail.exe";
-    w.Install(install);
-    // The registry's mailbox: the first user, named by its shortcut.
+    w.Install(kExe);
+    // The registry's mailbox: the first user, named by its shortcut. The
+    // uninstall file lists Hanako twice, then a mailbox without "Mailbox.ini".
     w.RegistryMailbox("C:\\AL-Mail");
-    const std::string taro = "C:\\AL-Mail\\Mailbox";
-    const std::string hanako = "C:\\Data\\Hanako\\Mailbox";
-    const std::string third = "D:\\Shared\\Mailbox";
-    w.Uninst(std::string(kInstallDir) + "\\Uninst.inf",
-             {"[Files]", install + "=",
-              std::string(kStartMenu) + "山田太郎.lnk=", std::string(kStartMenu) + "鈴木花子.lnk=",
-              "[Mailboxes]", taro + "=", hanako + "=", "C:\\Data\\Hanako\\Mailbox=", third + "=", "",
-              "[Other]"});
-    w.Shortcut(std::string(kStartMenu) + "山田太郎.lnk", "\"C:\\AL-Mail\"");
-    w.Shortcut(std::string(kStartMenu) + "鈴木花子.lnk", "C:\\Data\\Hanako", false);
-    // The third section line names a mailbox without "Mailbox.ini": passed over.
+    const std::string taro = "C:\\AL-Mail\\Mailbox", hanako = "C:\\Data\\Hanako\\Mailbox";
+    w.Uninst(kInstallDir + "\\Uninst.inf",
+             {"[Files]", kExe + "=", kStartMenu + "山田太郎.lnk=", kStartMenu + "鈴木花子.lnk=", "[Mailboxes]",
+              taro + "=", hanako + "=", hanako + "=", "D:\\Shared\\Mailbox=", "", "[Other]"});
+    w.Shortcut(kStartMenu + "山田太郎.lnk", "\"C:\\AL-Mail\"");
+    w.Shortcut(kStartMenu + "鈴木花子.lnk", "C:\\Data\\Hanako", false);
 
-    // --- 山田太郎: two titled accounts and one without a title.
+    // 山田太郎: two titled accounts and one without a title (listed, without
+    // folders); a directory without Account.ini is no account.
     w.Mailbox(taro, "*ignored.adr;C:\\AL-Mail\\Mailbox\\friends.txt;missing.adr");
-    const std::string work = taro + "\\Account1";
+    const std::string work = taro + "\\Account1", project = work + "\\00000001.box";
     w.Account(work, "仕事");
-    // inbox: no Entry.ini, so the built-in title and no messages.
-    prefix.MakeDir(work + "\\inbox.box");
-    // outbox: an Entry.ini without a title; built-in title, message form.
-    w.FolderIni(work + "\\outbox.box", "", false);
-    w.Messages(work + "\\outbox.box",
-               {MakeMessage("=?ISO-2022-JP?B?GyRCMnE1RCROJCpDTiRpJDsbKEI=?=", "<meeting@example.jp>",
-                            "\x1b$B$3$s$K$A$O\x1b(B\r\n")});
-    // A folder of sub-folders.
-    w.FolderIni(work + "\\00000001.box", "プロジェクト", true);
-    w.FolderIni(work + "\\00000001.box\\00000002.box", "見積もり", false);
-    w.Messages(work + "\\00000001.box\\00000002.box",
-               {MakeMessage("=?UTF-8?B?UsOpdW5pb24g5pel5pys6Kqe44OG44K544OI?=", "<utf8@example.jp>", "body\r\n"),
-                MakeMessage(Cp932("請求書について"), "<sjis@example.jp>", "body\r\n"),
+    prefix.MakeDir(work + "\\inbox.box");           // no Entry.ini: the built-in title, no messages
+    w.FolderIni(work + "\\outbox.box", "", false);  // no title: the built-in one, message form
+    w.Messages(work + "\\outbox.box", {MakeMessage("=?ISO-2022-JP?B?GyRCMnE1RCROJCpDTiRpJDsbKEI=?=",
+                                                   "<meeting@example.jp>", "\x1b$B$3$s$K$A$O\x1b(B\r\n")});
+    w.FolderIni(project, "プロジェクト", true);
+    w.FolderIni(project + "\\00000002.box", "見積もり", false);
+    w.Messages(project + "\\00000002.box",
+               {Message("=?UTF-8?B?UsOpdW5pb24g5pel5pys6Kqe44OG44K544OI?=", "<utf8@example.jp>"),
+                Message(Cp932("請求書について"), "<sjis@example.jp>"),
                 MakeMessage("", "", "A message without subject and id.\r\n")},
                10);
-    w.FolderIni(work + "\\00000001.box\\00000003.box", "空のフォルダ", false);
+    w.FolderIni(project + "\\00000003.box", "空のフォルダ", false);
     // trash: an index file with paths relative to the mailbox directory.
     w.Text(work + "\\trash.box", {"Account1\\outbox.box\\00000001=1", "no entry on this line"});
-
     w.Account(taro + "\\Account2", "個人");
     w.FolderIni(taro + "\\Account2\\00000005.box", "家族 #1/2", false);
     w.Messages(taro + "\\Account2\\00000005.box",
-               {MakeMessage("=?ISO-2022-JP?B?GyRCPTVLdiROTT1EahsoQg==?=", "<weekend@example.jp>", "body\r\n")});
-    // An account without a title: listed, without folders.
+               {Message("=?ISO-2022-JP?B?GyRCPTVLdiROTT1EahsoQg==?=", "<weekend@example.jp>")});
     w.Account(taro + "\\Account3", "");
-    // A directory without Account.ini is no account.
     prefix.MakeDir(taro + "\\Backup");
-
     // Address book: the default file and one listed file.
-    w.Text(taro + "\\Address", {"山田花子: hanako@example.jp", "Group 友人", "  佐藤: sato@example.jp",
-                                "  Group 学校", "    先生: teacher@example.jp", "  End Group",
-                                "  チーム: a@example.jp, b@example.jp", "End Group", "Separator",
-                                "no address here"});
+    w.Text(taro + "\\Address", {"山田花子: hanako@example.jp", "Group 友人", "  佐藤: sato@example.jp", "  Group 学校",
+                                "    先生: teacher@example.jp", "  End Group", "  チーム: a@example.jp, b@example.jp",
+                                "End Group", "Separator", "no address here"});
     w.Text(taro + "\\friends.txt", {"友達: friend@example.jp"});
 
-    // --- 鈴木花子: one account; listed twice in the section.
+    // 鈴木花子: one account.
     w.Mailbox(hanako);
     w.Account(hanako + "\\Main", "メイン");
     w.FolderIni(hanako + "\\Main\\00000001.box", "受信", false);
     w.Messages(hanako + "\\Main\\00000001.box",
-               {MakeMessage("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<address@example.jp>", "body\r\n")});
+               {Message("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<address@example.jp>")});
 }
-
-// ---- Variants: the same client on other machines, and damaged stores.
-
-namespace {
-
-// A 64-bit Windows: the client's HKLM key lies in the 32-bit view, and every
-// name below the installation is written in another case than the reader asks
-// for it.
-void BuildWin64Store(WinePrefix& prefix) {
-    prefix.SetWin64(true);
-    BuildSampleStore(prefix);
-    StoreWriter w(prefix);
-    const std::string account = "C:\\AL-Mail\\Mailbox\\ACCOUNT4";
-    w.Text(account + "\\ACCOUNT.INI", {"[PROPERTY]", "TITLE=大文字"});
-    w.Text(account + "\\00000007.BOX\\ENTRY.INI", {"[property]", "title=受信箱"});
-    prefix.WriteFile(account + "\\00000007.BOX\\00000001.ALM",
-                     MakeMessage("=?iso-2022-jp?b?GyRCQmc4PjtaGyhC?=", "<upper@example.jp>", "body\r\n"));
-    w.Text(account + "\\00000007.BOX\\ENTRY.LST", {"00000001=1,0"});
-    w.Text(account + "\\Inbox.Box\\Entry.Ini", {"[Property]", "Title=\"引用符\""});
-}
-
-// Only the registry names a mailbox: no uninstall file, so no shortcuts and
-// no mailbox list. Its settings carry byte order marks.
-void BuildRegistryOnlyStore(WinePrefix& prefix) {
-    StoreWriter w(prefix);
-    w.Install("C:\\Program Files\\AL-Mail\\AlMail.exe");
-    w.RegistryMailbox("C:\\Users\\Mail");
-    const std::string mailbox = "C:\\Users\\Mail\\Mailbox";
-    w.Raw(mailbox + "\\Mailbox.ini", "\xEF\xBB\xBF[Property]\r\nAddressFile = \"Other.adr\" \r\n");
-    static const char kUtf16Title[] =
-        "\xFF\xFE[\0P\0r\0o\0p\0e\0r\0t\0y\0]\0\r\0\n\0T\0i\0t\0l\0e\0=\0\xE5\x65\x2C\x67\r\0\n\0";
-    w.Raw(mailbox + "\\Main\\Account.ini", std::string(kUtf16Title, sizeof kUtf16Title - 1));
-    w.FolderIni(mailbox + "\\Main\\00000001.box", "受信", false);
-    w.Messages(mailbox + "\\Main\\00000001.box",
-               {MakeMessage("=?ISO-2022-JP?B?GyRCPTs9ak8/JE45OT83GyhC?=", "<only@example.jp>", "body\r\n"),
-                MakeMessage("plain ascii", "<ascii@example.jp>", "body\r\n")});
-    w.Text(mailbox + "\\Address", {"一人: one@example.jp"});
-    w.Text(mailbox + "\\Other.adr", {"Group 外", "  二人: two@example.jp", "End Group"});
-}
-
-// Files that the client never writes but a damaged disk or a hand edit
-// leaves behind.
-void BuildDamagedStore(WinePrefix& prefix) {
-    StoreWriter w(prefix);
-    const std::string install = std::string(kInstallDir) + "\\AlMail.exe";
-    w.Install(install);
-    w.RegistryMailbox("C:\\AL-Mail");
-    const std::string box = "C:\\AL-Mail\\Mailbox";
-    const std::string other = "C:\\Other\\Mailbox";
-    // The uninstall file: a lone CR inside a line, and a Ctrl-Z that ends
-    // the text before the last mailbox.
-    w.Raw(std::string(kInstallDir) + "\\Uninst.inf",
-          Cp932("[Files]\r\n" + install + "=\r\n" + kStartMenu + "壊れた.lnk=\r\n" + kStartMenu + "別人.lnk=\r\n" +
-                "[Mailboxes]\r\n" + box + "=\r\n" + other + "=\r\nC:\\Odd\rName\\Mailbox=\r\n\x1A" +
-                "C:\\Hidden\\Mailbox=\r\n"));
-    // A shortcut cut short, and one with ANSI arguments.
-    w.Raw(std::string(kStartMenu) + "壊れた.lnk", MakeShortcut("\"C:\\AL-Mail\"", true).substr(0, 90));
-    w.Shortcut(std::string(kStartMenu) + "別人.lnk", "C:\\Other", false);
-    w.Mailbox(box);
-    w.Mailbox(other);
-    w.Mailbox("C:\\Hidden\\Mailbox");
-    w.Account(other + "\\A", "他");
-
-    const std::string account = box + "\\Account1";
-    w.Account(account, "壊れた箱");
-    const std::string folder = account + "\\00000001.box";
-    w.FolderIni(folder, "索引", false);
-    const std::string badSjis = "\x81\x20sub\x85\x40ject\xA0\xFD end\x88";
-    for (int i = 1; i <= 4; ++i) {
-        char name[32];
-        std::snprintf(name, sizeof name, "\\%08d.alm", i);
-        const std::string subject = i == 1 ? badSjis
-                                  : i == 2 ? "=?ISO-2022-JP?B?GyRCJCIk?="  // cut inside the encoded text
-                                  : i == 3 ? "=?UTF-8?Q?caf=C3=A9_=FF?="
-                                           : "";
-        const std::string id = i == 3 ? "<\x82\xA0@example.jp>" : "<damaged" + std::to_string(i) + "@example.jp>";
-        w.Raw(folder + name, i == 4 ? std::string("no header at all") : MakeMessage(subject, id, "body\r\n"));
-    }
-    // Entry.lst: lines without '=', a name without its file, a line longer
-    // than any name, a lone CR, a duplicate, and a Ctrl-Z that ends the list.
-    w.Raw(folder + "\\Entry.lst", "00000001=1,0\r\nno equals sign\r\n\r\n00000009=1,0\r\n" + std::string(400, '7') +
-                                      "=1,0\r\n00000002\r=1,0\r\n00000003=1,0\r\n00000003=1,0\r\n=\r\n"
-                                      "00000004=\r\n\x1A"
-                                      "00000002=1,0\r\n");
-    // Titles: raw Shift-JIS with a lone lead byte, and one that is too long.
-    w.Raw(account + "\\00000002.box\\Entry.ini", "[Property]\r\nTitle=\x93\xFA\x96\x7B\x8C\r\n");
-    w.FolderIni(account + "\\00000003.box", std::string(300, 'T'), false);
-    // A folder whose name has no Shift-JIS form, and one in Japanese.
-    w.FolderIni(account + "\\\xE2\x82\xAC.box", "ユーロ", false);
-    w.FolderIni(account + "\\日本語.box", "日本語", false);
-    // An index file whose lines leave the mailbox.
-    w.Text(account + "\\trash.box", {"..\\..\\Other\\Mailbox\\A\\x=1", "Account1\\00000001.box\\00000003=1",
-                                     std::string(300, 'x') + "=1"});
-
-    // The address book: groups five deep, a group never closed, an End
-    // Group too many, invalid Shift-JIS and an over-long line.
-    w.Raw(box + "\\Address",
-          Cp932("Group 一\r\n Group 二\r\n  Group 三\r\n   Group 四\r\n    Group 五\r\n     深い: deep@example.jp\r\n"
-                "    End Group\r\n   End Group\r\n  End Group\r\n End Group\r\nEnd Group\r\nEnd Group\r\n") +
-              "\x81\x20" "bad: bad@example.jp\r\n" + std::string(600, 'a') + ": long@example.jp\r\n" +
-              Cp932("Group 閉じない\r\n  最後: last@example.jp\r\n"));
-}
-
-struct Variant {
-    const char* name;
-    void (*build)(WinePrefix&);
-};
-
-const Variant kVariants[] = {
-    {"default", BuildSampleStore},
-    {"win64", BuildWin64Store},
-    {"registry-only", BuildRegistryOnlyStore},
-    {"damaged", BuildDamagedStore},
-};
-
-}  // namespace
 
 std::vector<std::string> SampleStoreVariants() {
     std::vector<std::string> names;
-    for (const Variant& v : kVariants) names.push_back(v.name);
+    for (const auto& v : kVariants) names.push_back(v.name);
     return names;
 }
 
 bool BuildSampleStore(WinePrefix& prefix, const std::string& variant) {
-    for (const Variant& v : kVariants) {
-        if (variant == v.name) {
-            v.build(prefix);
-            return true;
-        }
+    for (const auto& v : kVariants) {
+        if (variant == v.name) return v.build(prefix), true;
     }
     return false;
 }

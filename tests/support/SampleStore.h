@@ -1,9 +1,7 @@
-// SampleStore.h - a small but complete installation of the mail client in a
-// Wine prefix: users named by Japanese shortcuts and a DEFAULT_USER, accounts
-// with and without titles, every folder form, messages with ISO-2022-JP,
-// UTF-8 and raw Shift-JIS subjects, an address book with nested groups and
-// comma lines, and a listed extra address file. The README's sample and the
-// end-to-end tests are built from it.
+// SampleStore.h - a small but complete installation of the mail client: users
+// named by Japanese shortcuts and a DEFAULT_USER, accounts with and without
+// titles, every folder form, ISO-2022-JP, UTF-8 and raw Shift-JIS subjects,
+// nested address groups and a listed address file; and the files it is made of.
 #ifndef QV_TESTS_SUPPORT_SAMPLESTORE_H
 #define QV_TESTS_SUPPORT_SAMPLESTORE_H
 
@@ -14,8 +12,8 @@
 
 namespace qvt {
 
-// Writes the client's files into a prefix, by Windows paths in UTF-8; texts
-// are stored as the client stores them (Shift-JIS, CR LF).
+// Writes the client's files by Windows paths in UTF-8; texts as the client
+// stores them (Shift-JIS, CR LF).
 class StoreWriter {
 public:
     explicit StoreWriter(WinePrefix& prefix) : m_prefix(prefix) {}
@@ -42,10 +40,9 @@ std::string MakeMessage(const std::string& subjectField, const std::string& mess
 // Builds the sample installation.
 void BuildSampleStore(WinePrefix& prefix);
 
-// The names of the store variants: "default" is the sample installation;
-// the others put the client on other machines or damage its files.
+// The variants: "default" is the sample installation; the others put the
+// client on other machines or damage its files. Building an unknown one is false.
 std::vector<std::string> SampleStoreVariants();
-// Builds one variant; false for an unknown name.
 bool BuildSampleStore(WinePrefix& prefix, const std::string& variant);
 
 }  // namespace qvt

@@ -1,15 +1,10 @@
-// WinePrefix.cpp - a throw-away Wine prefix for tests, and .lnk bytes.
-//
-// Registry files are written the way Wine's server writes them: a version
-// line, "#arch=", then one block per key with its values, names and strings
-// in double quotes, a backslash and the delimiter escaped, characters above
-// 0x7F as \x escapes (four digits when a hex digit follows), control
-// characters as C or octal escapes.
+// WinePrefix.cpp - the machine a test fills, texts in the code pages the
+// client writes, and .lnk bytes. What differs by platform is in Machine.cpp.
 #include "support/WinePrefix.h"
 
 #include "platform/platform.h"
 
-#include <cctype>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -23,38 +18,24 @@ namespace qvt {
 namespace {
 
 std::u16string Wide(uint32_t codePage, const std::string& bytes) {
-    if (bytes.empty()) return std::u16string();
-    const int n = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                           nullptr, 0);
-    std::u16string out(static_cast<size_t>(n), u'\0');
-    if (n > 0)
-        qvp::MultiByteToWideChar(codePage, 0, bytes.data(), static_cast<int>(bytes.size()), &out[0], n);
+    const int size = static_cast<int>(bytes.size());
+    const int n = size == 0 ? 0 : qvp::MultiByteToWideChar(codePage, 0, bytes.data(), size, nullptr, 0);
+    std::u16string out(static_cast<size_t>(std::max(n, 0)), u'\0');
+    if (n > 0) qvp::MultiByteToWideChar(codePage, 0, bytes.data(), size, &out[0], n);
     return out;
 }
 
 std::string Narrow(uint32_t codePage, const std::u16string& wide) {
-    if (wide.empty()) return std::string();
-    const int n = qvp::WideCharToMultiByte(codePage, wide.data(), static_cast<int>(wide.size()),
-                                           nullptr, 0);
-    std::string out(static_cast<size_t>(n), '\0');
-    if (n > 0)
-        qvp::WideCharToMultiByte(codePage, wide.data(), static_cast<int>(wide.size()), &out[0], n);
+    const int size = static_cast<int>(wide.size());
+    const int n = size == 0 ? 0 : qvp::WideCharToMultiByte(codePage, wide.data(), size, nullptr, 0);
+    std::string out(static_cast<size_t>(std::max(n, 0)), '\0');
+    if (n > 0) qvp::WideCharToMultiByte(codePage, wide.data(), size, &out[0], n);
     return out;
 }
 
-void WriteBytes(const fs::path& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out) throw std::runtime_error("cannot write " + path.string());
-}
-
-void PutU16(std::string& out, unsigned v) {
-    out += static_cast<char>(v & 0xFF);
-    out += static_cast<char>((v >> 8) & 0xFF);
-}
-void PutU32(std::string& out, uint32_t v) {
-    PutU16(out, v & 0xFFFF);
-    PutU16(out, v >> 16);
+// A little-endian number of the given bytes.
+void Put(std::string& out, uint32_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) out += static_cast<char>((v >> (8 * i)) & 0xFF);
 }
 
 // One string field of a shortcut: a u16 count and the characters.
@@ -62,11 +43,11 @@ void PutLinkString(std::string& out, const std::string& utf8, bool unicode, bool
     if (unicode) {
         std::u16string w = Wide(qvp::kCpUtf8, utf8);
         if (wineNul) w.push_back(u'\0');
-        PutU16(out, static_cast<unsigned>(w.size()));
-        for (char16_t c : w) PutU16(out, c);
+        Put(out, static_cast<uint32_t>(w.size()), 2);
+        for (char16_t c : w) Put(out, c, 2);
     } else {
         const std::string a = Cp932(utf8);
-        PutU16(out, static_cast<unsigned>(a.size()));
+        Put(out, static_cast<uint32_t>(a.size()), 2);
         out += a;
     }
 }
@@ -88,8 +69,7 @@ std::vector<std::string> ReadTraceLog(const std::string& hostPath) {
     }
     std::vector<std::string> lines;
     for (size_t start = 0; start < text.size();) {
-        size_t end = text.find(u"\r\n", start);
-        if (end == std::u16string::npos) end = text.size();
+        size_t end = std::min(text.find(u"\r\n", start), text.size());
         std::string line = Utf8(text.substr(start, end - start));
         // "[Q5V4ALM],4,2024/01/02 03:04:05.678,QvIAPI(120),..." -> ",T," and "(L)"
         const size_t c1 = line.find(','), c2 = line.find(',', c1 + 1), c3 = line.find(',', c2 + 1);
@@ -104,22 +84,16 @@ std::vector<std::string> ReadTraceLog(const std::string& hostPath) {
 }
 
 WinePrefix::WinePrefix() {
-    std::random_device device;
-    std::mt19937_64 random(device());
-    const fs::path base = fs::temp_directory_path();
-    fs::path root;
-    for (int attempt = 0;; ++attempt) {
+    std::mt19937_64 random(std::random_device{}());
+    for (int attempt = 0; root_.empty(); ++attempt) {
         char name[40];
-        std::snprintf(name, sizeof name, "qvt-prefix-%016llx",
-                      static_cast<unsigned long long>(random()));
-        root = base / name;
-        if (fs::create_directory(root)) break;
-        if (attempt > 100) throw std::runtime_error("cannot create a temporary prefix");
+        std::snprintf(name, sizeof name, "qvt-prefix-%016llx", static_cast<unsigned long long>(random()));
+        const fs::path root = fs::temp_directory_path() / name;
+        if (fs::create_directory(root)) root_ = root.u8string();
+        else if (attempt > 100) throw std::runtime_error("cannot create a temporary prefix");
     }
-    root_ = root.u8string();
     machine::Open(root_, &hadPrefix_, &oldPrefix_);
-    machine::WriteRegistry(root_, true, win64_, hklm_);
-    machine::WriteRegistry(root_, false, win64_, hkcu_);
+    SetWin64(false);
 }
 
 WinePrefix::~WinePrefix() {
@@ -137,20 +111,11 @@ void WinePrefix::CopyTo(const std::string& hostDir) const {
 
 void WinePrefix::Set(bool hklm, const std::string& key, const std::string& name, const std::string& value) {
     Hive& hive = hklm ? hklm_ : hkcu_;
-    auto found = hive.keys.find(key);
-    if (found == hive.keys.end()) {
-        hive.order.push_back(key);
-        found = hive.keys.emplace(key, std::vector<std::pair<std::string, std::string>>()).first;
-    }
-    bool replaced = false;
-    for (auto& entry : found->second) {
-        if (entry.first == name) {
-            entry.second = value;
-            replaced = true;
-            break;
-        }
-    }
-    if (!replaced) found->second.emplace_back(name, value);
+    if (hive.keys.count(key) == 0) hive.order.push_back(key);
+    auto& values = hive.keys[key];
+    auto found = std::find_if(values.begin(), values.end(), [&](const auto& v) { return v.first == name; });
+    if (found == values.end()) found = values.insert(found, {name, value});
+    found->second = value;
     machine::WriteRegistry(root_, hklm, win64_, hive);
 }
 
@@ -187,7 +152,9 @@ void WinePrefix::WriteFile(const std::string& winPathUtf8, const std::string& by
     const fs::path path = HostFile(HostPath(winPathUtf8));
     NoteCreated(path);
     if (path.has_parent_path()) fs::create_directories(path.parent_path());
-    WriteBytes(path, bytes);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!out) throw std::runtime_error("cannot write " + path.string());
 }
 
 void WinePrefix::MakeDir(const std::string& winPathUtf8) {
@@ -211,36 +178,29 @@ std::string ReadHostFile(const std::string& hostPathUtf8) {
 std::string WindowsPath(const std::string& hostPathUtf8) { return machine::WindowsPath(hostPathUtf8); }
 
 ScopedTempDir::ScopedTempDir(const std::string& hostDirUtf8) {
-    const char* variable = machine::TempVariable();
-    if (const char* old = std::getenv(variable)) {
-        had_ = true;
-        old_ = old;
-    }
-    machine::SetEnvironment(variable, hostDirUtf8.c_str());
+    const char* old = std::getenv(machine::TempVariable());
+    had_ = old != nullptr;
+    old_ = had_ ? old : "";
+    machine::SetEnvironment(machine::TempVariable(), hostDirUtf8.c_str());
 }
 
 ScopedTempDir::~ScopedTempDir() { machine::SetEnvironment(machine::TempVariable(), had_ ? old_.c_str() : nullptr); }
 
 std::string MakeShortcut(const std::string& argumentsUtf8, bool unicode, bool wineNul) {
-    const uint32_t kHasRelativePath = 0x8, kHasWorkingDir = 0x10, kHasArguments = 0x20,
-                   kIsUnicode = 0x80;
     std::string out;
-    PutU32(out, 0x4C);
-    static const unsigned char kClsid[16] = {0x01, 0x14, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00,
-                                             0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46};
-    out.append(reinterpret_cast<const char*>(kClsid), sizeof kClsid);
-    PutU32(out, kHasRelativePath | kHasWorkingDir | kHasArguments | (unicode ? kIsUnicode : 0));
-    PutU32(out, 0x20);  // FileAttributes: archive
+    Put(out, 0x4C, 4);  // header size, then the shell link CLSID
+    out += std::string("\x01\x14\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46", 16);
+    Put(out, 0x8 | 0x10 | 0x20 | (unicode ? 0x80 : 0), 4);  // a relative path, working dir, arguments; unicode
+    Put(out, 0x20, 4);     // FileAttributes: archive
     out.append(24, '\0');  // creation, access and write times
-    PutU32(out, 0x1000);   // FileSize
-    PutU32(out, 0);        // IconIndex
-    PutU32(out, 1);        // ShowCommand: normal
-    PutU16(out, 0);        // HotKey
-    out.append(10, '\0');  // reserved
+    Put(out, 0x1000, 4);   // FileSize
+    Put(out, 0, 4);        // IconIndex
+    Put(out, 1, 4);        // ShowCommand: normal
+    out.append(12, '\0');  // HotKey and reserved
     PutLinkString(out, "..\\..\\Program Files\\AL-Mail\\AlMail.exe", unicode, wineNul);
     PutLinkString(out, "C:\\Program Files\\AL-Mail", unicode, wineNul);
     PutLinkString(out, argumentsUtf8, unicode, wineNul);
-    PutU32(out, 0);  // no extra data blocks
+    Put(out, 0, 4);  // no extra data blocks
     return out;
 }
 
