@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "addressreader/AddrBook.h"
-#include "addressreader/AddrLineSource.h"
+#include "mailreader/LineSource.h"
 #include "addressreader/AddrReader.h"
 
 namespace {
@@ -23,7 +23,7 @@ void Fetch(ADDROBJECT_HANDLE hItem, int32_t nProperty, uint32_t nKind) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     CAddrBook book("C:\\fuzz");
-    CAddrMemoryLineSource source(data, size);
+    CMemoryLineSource source(data, size);
     book.ReadFile("F", source);
 
     // Every item's book index is its position, and the groups at all depths

@@ -57,7 +57,7 @@ int32_t CAddrBook::AddItem(CAddrItem* pItem) {
     return 0;
 }
 
-CAddrGroup* CAddrBook::ReadFile(const char* pszGroupName, CAddrLineSource& source) {
+CAddrGroup* CAddrBook::ReadFile(const char* pszGroupName, CLineSource& source) {
     CAddrGroup* pGroup = AddGroup(pszGroupName);
     pGroup->ParseFile(source, *this);
     return pGroup;
@@ -67,7 +67,7 @@ void CAddrBook::ReadPath(const char* pszPath, const char* pszGroupName) {
     qvp::File* pFile = qvp::FileOpen(pszPath, "rt");
     if (pFile == nullptr) return;
     FileCloser closer{pFile};
-    CAddrFileLineSource source(pFile);
+    CFileLineSource source(pFile);
     ReadFile(pszGroupName, source);
 }
 

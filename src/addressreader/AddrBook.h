@@ -16,7 +16,7 @@
 #include "addressreader/AddrGroup.h"
 #include "addressreader/AddrInterfaces.h"
 #include "addressreader/AddrItem.h"
-#include "addressreader/AddrLineSource.h"
+#include "mailreader/LineSource.h"
 #include "addressreader/AddrList.h"
 
 // The names of the book and of the default file's group, in Shift-JIS:
@@ -40,7 +40,7 @@ public:
     // of memory throws.
     int32_t Load();
     // Appends a top group and reads one file into it.
-    CAddrGroup* ReadFile(const char* pszGroupName, CAddrLineSource& source);
+    CAddrGroup* ReadFile(const char* pszGroupName, CLineSource& source);
     CAddrGroup* AddGroup(const char* pszName);
     // Takes the item into the flat list; it stays owned by its group.
     int32_t AddItem(CAddrItem* pItem);

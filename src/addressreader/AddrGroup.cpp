@@ -85,7 +85,7 @@ int32_t CAddrGroup::AddEntry(const char* pszKey, char* pszValue, CAddrBook& book
     return 0;
 }
 
-int32_t CAddrGroup::ParseFile(CAddrLineSource& source, CAddrBook& book) {
+int32_t CAddrGroup::ParseFile(CLineSource& source, CAddrBook& book) {
     std::unique_ptr<char[]> buffer(new char[kLineBufferSize]);
     char* const pszLine = buffer.get();
     // The groups that are open, this one at the bottom; lines go to the top.

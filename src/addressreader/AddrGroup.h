@@ -21,7 +21,7 @@
 
 #include "addressreader/AddrInterfaces.h"
 #include "addressreader/AddrItem.h"
-#include "addressreader/AddrLineSource.h"
+#include "mailreader/LineSource.h"
 #include "addressreader/AddrList.h"
 
 class CAddrBook;
@@ -39,7 +39,7 @@ public:
     // Reads lines into this group until it ends: 0 at its "End Group", -1 at
     // the end of the source, which also ends every group still open inside.
     // Nesting costs no stack: open groups are kept on a list of their own.
-    int32_t ParseFile(CAddrLineSource& source, CAddrBook& book);
+    int32_t ParseFile(CLineSource& source, CAddrBook& book);
     // The entry of one line. The value may be cut in place at its commas.
     int32_t AddEntry(const char* pszKey, char* pszValue, CAddrBook& book);
     // Appends a new empty subgroup and returns it.

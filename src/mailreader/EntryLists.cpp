@@ -1,24 +1,8 @@
-// EntryLists.cpp - line sources and the two message list line formats.
+// EntryLists.cpp - the two message list line formats.
 #include "mailreader/EntryLists.h"
 
 #include <cstring>
 
-#include "platform/platform.h"
-
-char* CFileLineSource::Gets(char* pBuffer, int n) { return qvp::FileGets(pBuffer, n, m_pFile); }
-
-char* CMemoryLineSource::Gets(char* pBuffer, int n) {
-    if (n <= 0 || m_nPos >= m_nSize) return nullptr;
-    size_t nRoom = static_cast<size_t>(n - 1);
-    size_t i = 0;
-    while (i < nRoom && m_nPos < m_nSize) {
-        char c = m_pData[m_nPos++];
-        pBuffer[i++] = c;
-        if (c == '\n') break;
-    }
-    pBuffer[i] = '\0';
-    return pBuffer;
-}
 
 bool ParseEntryListLine(const char* pszLine, std::string& name) {
     // "00000001=..." : eight bytes of file name, then "=".

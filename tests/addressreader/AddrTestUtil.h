@@ -6,7 +6,7 @@
 #include <string>
 
 #include "addressreader/AddrBook.h"
-#include "addressreader/AddrLineSource.h"
+#include "mailreader/LineSource.h"
 #include "addressreader/AddrReader.h"
 #include "support/WinePrefix.h"
 
@@ -20,7 +20,7 @@ struct Parsed {
 };
 inline Parsed Parse(const std::string& bytes) {
     Parsed p;
-    CAddrMemoryLineSource source(bytes.data(), bytes.size());
+    CMemoryLineSource source(bytes.data(), bytes.size());
     p.result = p.file->ParseFile(source, *p.book);
     return p;
 }

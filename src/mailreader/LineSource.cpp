@@ -1,11 +1,12 @@
-// AddrLineSource.cpp - the two line sources of the address file parser.
-#include "addressreader/AddrLineSource.h"
+// LineSource.cpp - the file and memory line sources.
+#include "mailreader/LineSource.h"
 
-char* CAddrFileLineSource::Gets(char* pBuffer, int n) {
-    return qvp::FileGets(pBuffer, n, m_pFile);
-}
+#include "platform/platform.h"
 
-char* CAddrMemoryLineSource::Gets(char* pBuffer, int n) {
+char* CFileLineSource::Gets(char* pBuffer, int n) { return qvp::FileGets(pBuffer, n, m_pFile); }
+
+char* CMemoryLineSource::Gets(char* pBuffer, int n) {
+    if (n <= 0) return nullptr;
     int nStored = 0;
     while (nStored < n - 1 && m_pos < m_cb) {
         unsigned char byte = m_pData[m_pos];
