@@ -104,9 +104,10 @@ WinePrefix::~WinePrefix() {
 }
 
 void WinePrefix::CopyTo(const std::string& hostDir) const {
-    fs::remove_all(HostFile(hostDir));
-    fs::create_directories(HostFile(hostDir).parent_path());
-    fs::copy(HostFile(root_), HostFile(hostDir), fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+    const fs::path to = fs::absolute(HostFile(hostDir));  // "store" as well as "/tmp/store"
+    fs::remove_all(to);
+    fs::create_directories(to.parent_path());
+    fs::copy(HostFile(root_), to, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
 }
 
 void WinePrefix::Set(bool hklm, const std::string& key, const std::string& name, const std::string& value) {
