@@ -42,13 +42,32 @@ std::vector<std::string> List(const std::string& patternUtf8) {
     return names;
 }
 
+// A pattern matches the long name or the short 8.3 name Wine makes for a
+// name that is no DOS name ("beta.boxes" is "beta~RAG.box" as well).
 TEST(Listing, OrderAndPatterns) {
     qvt::WinePrefix prefix;
-    for (const char* name : {"Zeta.box", "alpha.box", "Beta.BOX", "受信.box", "a.box", "A.box", "beta.boxes"})
+    for (const char* name : {"Zeta.box", "alpha.box", "Beta.BOX", "受信.box", "a.box", "beta.boxes", "abc.bo.x",
+                             "long name.bo", "Ωmega12345.txt", "a~b.txt"})
         prefix.WriteFile(std::string("C:\\Mail\\") + name, "x");
     prefix.MakeDir("C:\\Mail\\Folder.box");
-    EXPECT_EQ((std::vector<std::string>{"A.box", "a.box", "alpha.box", "Beta.BOX", "Folder.box/", "Zeta.box", "受信.box"}),
-              List("C:\\Mail\\*.box"));
+    const struct {
+        const char* pattern;
+        std::vector<std::string> names;
+    } cases[] = {
+        {"*.box", {"a.box", "alpha.box", "Beta.BOX", "beta.boxes", "Folder.box/", "Zeta.box", "受信.box"}},
+        {"*.B?X", {"a.box", "alpha.box", "Beta.BOX", "beta.boxes", "Folder.box/", "Zeta.box", "受信.box"}},
+        {"*.bo", {"long name.bo"}},
+        {"*~*", {"abc.bo.x", "a~b.txt", "beta.boxes", "long name.bo", "Ωmega12345.txt", "受信.box"}},
+        {"BETA~rag.*", {"beta.boxes"}},
+        {"_meg~WIN.txt", {"Ωmega12345.txt"}},  // the hash takes Ω as ω
+        {"abc_~QUP.x", {"abc.bo.x"}},
+        {"a~b.t*", {"a~b.txt"}},  // a DOS name already: no short name
+        {"Folder.*", {"Folder.box/"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pattern);
+        EXPECT_EQ(c.names, List(std::string("C:\\Mail\\") + c.pattern));
+    }
     EXPECT_TRUE(List("C:\\Missing\\*").empty());
 }
 

@@ -100,6 +100,8 @@ void BuildDamagedStore(WinePrefix& prefix) {
     // A folder whose name has no Shift-JIS form, and one in Japanese.
     w.FolderIni(account + "\\\xE2\x82\xAC.box", "ユーロ", false);
     w.FolderIni(account + "\\日本語.box", "日本語", false);
+    // "*.box" finds this one through its short name ("arch~JVN.box").
+    w.FolderIni(account + "\\archive.boxes", "短い名前", false);
     // An index file whose lines leave the mailbox.
     w.Text(account + "\\trash.box", {"..\\..\\Other\\Mailbox\\A\\x=1", "Account1\\00000001.box\\00000003=1",
                                      std::string(300, 'x') + "=1"});

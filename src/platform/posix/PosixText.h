@@ -37,6 +37,8 @@ bool Utf8ToCp932Exact(const std::string& utf8, std::string* cp932);
 // Greek, Cyrillic and the full-width Latin letters.
 char16_t FoldUnit(char16_t unit);
 std::u16string Fold(std::u16string text);
+// The same letters the other way, to lower case.
+char16_t LowerUnit(char16_t unit);
 
 }  // namespace posix
 }  // namespace qvp

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -45,6 +46,19 @@ TEST(Paths, MapThroughThePrefix) {
 
     fs::remove(fs::path(prefix.Root()) / "dosdevices" / "c:");
     EXPECT_EQ(0, qvp::Access("C:\\Mail\\Entry.ini")) << "c: falls back to drive_c";
+}
+
+// Names that differ in case only can be made on the host, not through Wine;
+// Wine lists them all, in byte order among themselves.
+TEST(Paths, NamesThatDifferInCaseOnly) {
+    qvt::WinePrefix prefix;
+    for (const char* name : {"x.box", "X.BOX", "x.BOX", "X.box"}) prefix.WriteFile(std::string("C:\\Mail\\") + name, "x");
+    std::vector<std::string> names;
+    qvp::FindData data;
+    qvp::FindHandle* handle = qvp::FindFirst("C:\\Mail\\*.box", &data);
+    for (bool more = handle != nullptr; more; more = qvp::FindNext(handle, &data)) names.push_back(data.name);
+    qvp::FindClose(handle);
+    EXPECT_EQ((std::vector<std::string>{"X.BOX", "X.box", "x.BOX", "x.box"}), names);
 }
 
 TEST(Paths, TempPathFallsBackToTheHostTmp) {
