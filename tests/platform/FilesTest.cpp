@@ -71,6 +71,23 @@ TEST(Listing, OrderAndPatterns) {
     EXPECT_TRUE(List("C:\\Missing\\*").empty());
 }
 
+TEST(Paths, ShortNames) {
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Long Folder Name\\beta.boxes", "x");
+    prefix.WriteFile("C:\\Long Folder Name\\a~b.txt", "x");
+    const struct {
+        const char* path;
+        bool exists;
+    } cases[] = {
+        {"C:\\Long~ZAT\\BETA~RAG.BOX", true},
+        {"C:\\long~zat\\beta~rag.box", true},
+        {"C:\\Long~ZAT\\beta~RAF.box", false},  // another hash
+        {"C:\\Long~ZAT\\beta~RAG.bo", false},
+        {"C:\\Long~ZAT\\a~b.txt", true},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.exists ? 0 : -1, qvp::Access(c.path)) << c.path;
+}
+
 // Names that code page 932 cannot hold exactly, as Wine 8.0's _findfirst
 // lists them: '?' or a best fit, in the order of the folded UTF-16 names;
 // such a name opens nothing.

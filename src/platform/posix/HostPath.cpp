@@ -55,27 +55,36 @@ bool DriveRoot(char letter, std::string* root) {
     return false;
 }
 
-// The entry of `dir` whose name equals `name` without regard to case. Among
-// several (a host file system can hold "A" and "a"), the least by byte order,
-// so that every machine picks the same one.
+// The entry of `dir` whose name equals `name` without regard to case, else
+// the one whose short name does. Among several (a host file system can hold
+// "A" and "a"), the least by byte order, so that every machine picks the same
+// one.
 bool FindInsensitive(const std::string& dir, const std::string& name, std::string* found) {
     std::u16string wanted;
     Utf8ToUtf16(name.data(), name.size(), false, &wanted);
     wanted = Fold(std::move(wanted));
+    const bool maybeShort = wanted.size() <= 12 && wanted.find(u'~') != std::u16string::npos;
     DIR* d = opendir(dir.c_str());
     if (d == nullptr) return false;
-    bool any = false;
+    std::string byShortName;
     std::u16string candidate;
+    found->clear();
     while (struct dirent* entry = readdir(d)) {
         const char* entryName = entry->d_name;
         const size_t length = std::strlen(entryName);
         Utf8ToUtf16(entryName, length, false, &candidate);
-        if (candidate.size() != wanted.size() || Fold(candidate) != wanted) continue;
-        if (!any || std::strcmp(entryName, found->c_str()) < 0) found->assign(entryName, length);
-        any = true;
+        std::string* slot = nullptr;
+        if (candidate.size() == wanted.size() && Fold(candidate) == wanted) {
+            slot = found;
+        } else if (maybeShort && found->empty() && !IsDosName(candidate) && Fold(ShortName(candidate)) == wanted) {
+            slot = &byShortName;
+        }
+        if (slot != nullptr && (slot->empty() || std::strcmp(entryName, slot->c_str()) < 0))
+            slot->assign(entryName, length);
     }
     closedir(d);
-    return any;
+    if (found->empty()) found->swap(byShortName);
+    return !found->empty();
 }
 
 std::string JoinHost(const std::string& dir, const std::string& name) {

@@ -40,6 +40,13 @@ std::u16string Fold(std::u16string text);
 // The same letters the other way, to lower case.
 char16_t LowerUnit(char16_t unit);
 
+// Whether a name is a DOS name already (eight characters, a dot and three,
+// ASCII without the characters DOS forbids), which needs no short name.
+bool IsDosName(const std::u16string& name);
+// The short name Wine gives a name that is no DOS name: "beta.boxes" is
+// "beta~RAG.box".
+std::u16string ShortName(const std::u16string& name);
+
 }  // namespace posix
 }  // namespace qvp
 
