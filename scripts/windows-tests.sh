@@ -32,11 +32,16 @@ check_exports() {  # objdump dll
   echo "exports of $2: the twenty names, ordinals 1 to 20"
 }
 
-echo "== 32-bit Windows (i686): the two libraries"
+echo "== 32-bit Windows (i686): the two libraries and the host"
 cmake -S "$src" -B "$root/build-win32" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-i686.cmake" \
   -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQNRALM_TESTS=OFF
-cmake --build "$root/build-win32" -j"$jobs" --target TQNRALM sNqxMsgNet
+cmake --build "$root/build-win32" -j"$jobs" --target TQNRALM sNqxMsgNet tqnralm
 check_exports i686-w64-mingw32-objdump "$root/build-win32/bin/TQNRALM.dll"
+# The host was linked against the import library by the decorated stdcall
+# names; it must import the plain ones.
+if i686-w64-mingw32-objdump -p "$root/build-win32/bin/tqnralm.exe" | grep -q ' QV_[A-Za-z_]*@'; then
+  echo "tqnralm.exe imports decorated names"; exit 1
+fi
 
 echo "== 64-bit Windows (x86_64): everything, and the tests under Wine"
 cmake -S "$src" -B "$root/build-win64" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-x86_64.cmake" \
