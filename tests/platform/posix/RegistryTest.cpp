@@ -1,6 +1,7 @@
 // RegistryTest.cpp - Wine's registry files: the parser on its own, then the
 // RegOpen/RegQueryString calls over a prefix built by WinePrefix.
 #include "platform/platform.h"
+#include "platform/RegistryQuery.h"
 #include "platform/posix/RegistryFile.h"
 #include "support/WinePrefix.h"
 
@@ -79,33 +80,23 @@ TEST(RegistryFile, LargeFile) {
     EXPECT_NE(nullptr, file.Find(u"K199999", u"N"));
 }
 
-std::string Query(qvp::Hive hive, const char* key, const char* value, uint32_t size = 520) {
-    qvp::RegKey* handle = nullptr;
-    if (!qvp::RegOpen(hive, key, &handle)) return "<no key>";
-    std::string buffer(size, '\x7f');
-    uint32_t bytes = size;
-    const bool got = qvp::RegQueryString(handle, value, &buffer[0], &bytes);
-    qvp::RegCloseKey(handle);
-    return got ? buffer.substr(0, bytes) : "<no value>";
-}
-
 TEST(Registry, Win64PrefixAndBrokenOrMissingFiles) {
     qvt::WinePrefix prefix;
     prefix.SetWin64(true);
     prefix.SetHkcu("Software\\CREAR\\AL-Mail", "MailboxPath", "C:\\M");
-    EXPECT_EQ(std::string("C:\\M", 5), Query(qvp::Hive::CurrentUser, "Software\\CREAR\\AL-Mail", "MailboxPath"))
+    EXPECT_EQ(std::string("C:\\M", 5), qvt::Query(qvp::Hive::CurrentUser, "Software\\CREAR\\AL-Mail", "MailboxPath"))
         << "HKCU is not redirected";
     prefix.SetRawRegistry(true, "WINE REGISTRY Version 2\n#arch=win64\n"
                                 "[Software\\\\CREAR\\\\AL-Mail]\n\"InstallPath\"=\"plain\"\n\"Only\"=\"plain\"\n"
                                 "[Software\\\\Wow6432Node\\\\CREAR\\\\AL-Mail]\n\"InstallPath\"=\"wow\"\n");
-    EXPECT_EQ(std::string("wow", 4), Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "InstallPath"));
-    EXPECT_EQ("<no value>", Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "Only"))
+    EXPECT_EQ(std::string("wow", 4), qvt::Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "InstallPath"));
+    EXPECT_EQ("<no value>", qvt::Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "Only"))
         << "Wine opens the 32-bit view's key alone";
 
     prefix.SetRawRegistry(true, "REGEDIT4\n[Software\\\\A]\n\"N\"=\"v\"\n");
-    EXPECT_EQ("<no key>", Query(qvp::Hive::LocalMachine, "Software\\A", "N"));
+    EXPECT_EQ("<no key>", qvt::Query(qvp::Hive::LocalMachine, "Software\\A", "N"));
     prefix.Remove("Z:" + prefix.Root() + "/user.reg");
-    EXPECT_EQ("<no key>", Query(qvp::Hive::CurrentUser, "Software", "N"));
+    EXPECT_EQ("<no key>", qvt::Query(qvp::Hive::CurrentUser, "Software", "N"));
 }
 
 }  // namespace
