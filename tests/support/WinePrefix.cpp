@@ -41,7 +41,7 @@ void Put(std::string& out, uint32_t v, int bytes) {
 // One string field of a shortcut: a u16 count and the characters.
 void PutLinkString(std::string& out, const std::string& utf8, bool unicode, bool wineNul) {
     if (unicode) {
-        std::u16string w = Wide(qvp::kCpUtf8, utf8);
+        std::u16string w = Utf16(utf8);
         if (wineNul) w.push_back(u'\0');
         Put(out, static_cast<uint32_t>(w.size()), 2);
         for (char16_t c : w) Put(out, c, 2);
@@ -54,11 +54,13 @@ void PutLinkString(std::string& out, const std::string& utf8, bool unicode, bool
 
 }  // namespace
 
-std::string Cp932(const std::string& utf8) { return Narrow(qvp::kCp932, Wide(qvp::kCpUtf8, utf8)); }
+std::string Cp932(const std::string& utf8) { return Narrow(qvp::kCp932, Utf16(utf8)); }
 
 std::string Utf8(const std::string& cp932) { return Narrow(qvp::kCpUtf8, Wide(qvp::kCp932, cp932)); }
 
 std::string Utf8(const std::u16string& text) { return Narrow(qvp::kCpUtf8, text); }
+
+std::u16string Utf16(const std::string& utf8) { return Wide(qvp::kCpUtf8, utf8); }
 
 std::vector<std::string> ReadTraceLog(const std::string& hostPath) {
     const std::string bytes = ReadHostFile(hostPath);
@@ -153,9 +155,7 @@ void WinePrefix::WriteFile(const std::string& winPathUtf8, const std::string& by
     const fs::path path = HostFile(HostPath(winPathUtf8));
     NoteCreated(path);
     if (path.has_parent_path()) fs::create_directories(path.parent_path());
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out) throw std::runtime_error("cannot write " + path.string());
+    WriteHostFile(path.u8string(), bytes);
 }
 
 void WinePrefix::MakeDir(const std::string& winPathUtf8) {
@@ -174,6 +174,12 @@ fs::path HostFile(const std::string& hostPathUtf8) { return fs::u8path(hostPathU
 std::string ReadHostFile(const std::string& hostPathUtf8) {
     std::ifstream in(HostFile(hostPathUtf8), std::ios::binary);
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+void WriteHostFile(const std::string& hostPathUtf8, const std::string& bytes) {
+    std::ofstream out(HostFile(hostPathUtf8), std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!out) throw std::runtime_error("cannot write " + hostPathUtf8);
 }
 
 std::string WindowsPath(const std::string& hostPathUtf8) { return machine::WindowsPath(hostPathUtf8); }

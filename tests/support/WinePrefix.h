@@ -23,12 +23,14 @@ namespace qvt {
 std::string Cp932(const std::string& utf8);
 // CP932 -> UTF-8 (invalid sequences become U+30FB).
 std::string Utf8(const std::string& cp932);
-// 16-bit text -> UTF-8.
+// 16-bit text -> UTF-8, and back.
 std::string Utf8(const std::u16string& text);
+std::u16string Utf16(const std::string& utf8);
 // A host path given in UTF-8, for the file streams and std::filesystem.
 std::filesystem::path HostFile(const std::string& hostPathUtf8);
-// The bytes of a host file; empty when it cannot be read.
+// The bytes of a host file; empty when it cannot be read. Writing throws on failure.
 std::string ReadHostFile(const std::string& hostPathUtf8);
+void WriteHostFile(const std::string& hostPathUtf8, const std::string& bytes);
 // The Windows form of a host path ("/tmp/x" -> "Z:\tmp\x" under Wine's
 // emulation; unchanged where the host is Windows).
 std::string WindowsPath(const std::string& hostPathUtf8);
@@ -53,10 +55,7 @@ std::vector<std::string> ReadTraceLog(const std::string& hostPath);
 
 class WinePrefix {
 public:
-    // A fresh machine. Root() is a new temporary host folder of its own
-    // (under the emulation, the prefix with drive_c/, dosdevices/c: ->
-    // ../drive_c, dosdevices/z: -> / and empty registry files; WINEPREFIX
-    // points at it until the destructor restores the old value).
+    // A fresh machine in a new temporary host folder of its own, Root().
     WinePrefix();
     ~WinePrefix();
     WinePrefix(const WinePrefix&) = delete;

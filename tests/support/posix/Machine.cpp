@@ -7,13 +7,12 @@
 // characters as C or octal escapes.
 #include "support/WinePrefix.h"
 
-#include "platform/platform.h"
+#include <strings.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <stdexcept>
 
 namespace fs = std::filesystem;
 
@@ -21,19 +20,9 @@ namespace qvt {
 namespace machine {
 namespace {
 
-std::u16string Utf16(const std::string& utf8) {
-    if (utf8.empty()) return std::u16string();
-    const int n = qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-    std::u16string out(static_cast<size_t>(n), u'\0');
-    if (n > 0) qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.data(), static_cast<int>(utf8.size()), &out[0], n);
-    return out;
-}
-
 // Wine's dump_strW: the text between delimiters in a registry file.
 std::string Escape(const std::string& utf8, char delim) {
-    static const char kCEscapes[32] = {'.', '.', '.', '.', '.', '.', '.', 'a', 'b', 't', 'n',
-                                       'v', 'f', 'r', '.', '.', '.', '.', '.', '.', '.', '.',
-                                       '.', '.', '.', '.', '.', 'e', '.', '.', '.', '.'};
+    static const char kCEscapes[] = ".......abtnvfr.............e....";  // '.': octal
     const std::u16string w = Utf16(utf8);
     std::string out;
     char buf[16];
@@ -58,14 +47,6 @@ std::string Escape(const std::string& utf8, char delim) {
     return out;
 }
 
-bool StartsWithSoftware(const std::string& key) {
-    static const char kSoftware[] = "software\\";
-    if (key.size() < sizeof kSoftware - 1) return false;
-    for (size_t i = 0; i + 1 < sizeof kSoftware; ++i)
-        if (std::tolower(static_cast<unsigned char>(key[i])) != kSoftware[i]) return false;
-    return true;
-}
-
 }  // namespace
 
 void Open(const std::string& root, bool* hadPrefix, std::string* oldPrefix) {
@@ -84,10 +65,7 @@ void Close(const std::string&, bool hadPrefix, const std::string& oldPrefix) {
 }
 
 bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& content) {
-    const fs::path path = fs::path(root) / (hklm ? "system.reg" : "user.reg");
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(content.data(), static_cast<std::streamsize>(content.size()));
-    if (!out) throw std::runtime_error("cannot write " + path.string());
+    WriteHostFile(root + (hklm ? "/system.reg" : "/user.reg"), content);
     return true;
 }
 
@@ -98,7 +76,7 @@ void WriteRegistry(const std::string& root, bool hklm, bool win64, const WinePre
     text += win64 ? "\n#arch=win64\n" : "\n#arch=win32\n";
     for (const std::string& key : hive.order) {
         std::string path = key;
-        if (hklm && win64 && StartsWithSoftware(key))
+        if (hklm && win64 && ::strncasecmp(key.c_str(), "software\\", 9) == 0)
             path = key.substr(0, 9) + "Wow6432Node\\" + key.substr(9);
         text += "\n[" + Escape(path, ']') + "] 1700000000\n#time=1d9f0c2a3b4c5d6\n";
         for (const auto& value : hive.keys.at(key)) {
@@ -110,32 +88,22 @@ void WriteRegistry(const std::string& root, bool hklm, bool win64, const WinePre
 }
 
 std::string HostPath(const std::string& root, const std::string& winPathUtf8) {
-    std::string rest = winPathUtf8;
-    std::string host;
-    bool relative = false;
-    if (rest.size() >= 2 && rest[1] == ':' && std::isalpha(static_cast<unsigned char>(rest[0]))) {
-        const char drive = static_cast<char>(std::tolower(static_cast<unsigned char>(rest[0])));
-        if (drive == 'c')
-            host = root + "/drive_c";
-        else if (drive != 'z')
-            host = root + "/dosdevices/" + drive + ":";
+    std::string rest = winPathUtf8, host;
+    const bool drive = rest.size() >= 2 && rest[1] == ':' && std::isalpha(static_cast<unsigned char>(rest[0]));
+    const bool relative = !drive && (rest.empty() || (rest[0] != '\\' && rest[0] != '/'));
+    if (drive) {
+        const char letter = static_cast<char>(std::tolower(static_cast<unsigned char>(rest[0])));
+        host = letter == 'c' ? root + "/drive_c" : letter == 'z' ? "" : root + "/dosdevices/" + letter + ":";
         rest = rest.substr(2);
-    } else if (rest.empty() || (rest[0] != '\\' && rest[0] != '/')) {
-        relative = true;
     }
-    std::string component;
-    for (size_t i = 0; i <= rest.size(); ++i) {
-        if (i == rest.size() || rest[i] == '\\' || rest[i] == '/') {
-            if (!component.empty()) host += (relative && host.empty() ? "" : "/") + component;
-            component.clear();
-        } else {
-            component += rest[i];
-        }
+    // Separators either way, empty components dropped.
+    std::replace(rest.begin(), rest.end(), '\\', '/');
+    for (size_t start = 0, end = 0; start < rest.size(); start = end + 1) {
+        end = std::min(rest.find('/', start), rest.size());
+        if (end > start) host += (relative && host.empty() ? "" : "/") + rest.substr(start, end - start);
     }
-    if (host.empty()) return relative ? "." : "/";
-    return host;
+    return host.empty() ? (relative ? "." : "/") : host;
 }
-
 
 std::string WindowsPath(const std::string& hostPathUtf8) {
     std::string out = "Z:";

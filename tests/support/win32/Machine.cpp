@@ -7,8 +7,6 @@
 // they say.
 #include "support/WinePrefix.h"
 
-#include "platform/platform.h"
-
 #include <windows.h>
 
 #include <cstdlib>
@@ -21,12 +19,8 @@ namespace machine {
 namespace {
 
 std::wstring Wide(const std::string& utf8) {
-    std::wstring out;
-    if (utf8.empty()) return out;
-    const int n = ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-    out.resize(static_cast<size_t>(n));
-    if (n > 0) ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), &out[0], n);
-    return out;
+    const std::u16string text = Utf16(utf8);
+    return std::wstring(text.begin(), text.end());
 }
 
 // Keys written by the open machine: (hklm, key).
