@@ -12,27 +12,22 @@
 #include "mailreader/MailReader.h"
 #include "messagelib/MessageLib.h"
 #include "platform/platform.h"
-#include "support/WinePrefix.h"
+#include "support/SampleStore.h"
 
 namespace mailtest {
 
-const char kKey[] = "Software\\CREAR\\AL-Mail";
 const char kInstallPath[] = "C:\\Program Files\\AL-Mail\\AlMail.exe";
 // The start-menu folder of a Japanese Windows, as the installer spells it.
 const char kStartMenu[] = "C:\\windows\\ｽﾀｰﾄ ﾒﾆｭｰ\\ﾌﾟﾛｸﾞﾗﾑ\\AL-Mail\\";
 
 inline std::string Sjis(const std::string& utf8) { return qvt::Cp932(utf8); }
 
-struct MailStore : qvt::WinePrefix {
-    // InstallPath, and the file it names unless told otherwise.
-    void Install(bool bFileExists = true, const std::string& path = kInstallPath) {
-        SetHklm(kKey, "InstallPath", path);
-        if (bFileExists) WriteFile(path, "MZ");
-    }
-    void RegistryMailbox(const std::string& dir) { SetHkcu(kKey, "MailboxPath", dir); }
-    // "Account.ini" or a folder's "Entry.ini" with a title (none when empty) and extra raw lines.
-    void Ini(const std::string& path, const std::string& title, const std::string& extra = "") {
-        WriteFile(path, "[Property]\r\n" + (title.empty() ? "" : "Title=" + Sjis(title) + "\r\n") + extra);
+// The client installed, with its registry mailbox; written on with the store writer.
+struct MailStore : qvt::WinePrefix, qvt::StoreWriter {
+    explicit MailStore(const std::string& mailbox, const std::string& installPath = kInstallPath)
+        : qvt::StoreWriter(static_cast<qvt::WinePrefix&>(*this)) {
+        Install(installPath);
+        RegistryMailbox(mailbox);
     }
 };
 

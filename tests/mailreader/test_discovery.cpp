@@ -9,7 +9,6 @@
 
 #include "MailFixture.h"
 #include "mailreader/CMailReader.h"
-#include "support/SampleStore.h"
 
 namespace {
 
@@ -62,15 +61,13 @@ TEST(Discovery, MailUsers) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        MailStore s;
-        s.Install(true, c.installPath);
-        s.RegistryMailbox(c.mailbox);
+        MailStore s(c.mailbox, c.installPath);
         std::vector<std::string> uninst;
         for (const std::string& line : c.uninst) uninst.push_back(Lnk(line));
-        qvt::StoreWriter(s).Uninst(c.uninstPath, uninst);
-        for (const std::string& dir : c.boxes) s.WriteFile(dir + "\\Mailbox.ini", "[Property]\r\n");
+        s.Uninst(c.uninstPath, uninst);
+        for (const std::string& dir : c.boxes) s.Mailbox(dir);
         for (const auto& link : c.links)
-            s.WriteFile(Lnk(link.first), link.second.empty() ? "not a shortcut" : qvt::MakeShortcut(link.second, true));
+            link.second.empty() ? s.Raw(Lnk(link.first), "not a shortcut") : s.Shortcut(Lnk(link.first), link.second);
         EXPECT_EQ(c.expected, ReaderUsers());
     }
 }

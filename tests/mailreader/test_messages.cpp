@@ -45,23 +45,20 @@ TEST(EntryLists, Lines) {
 struct Opened {
     explicit Opened(const std::vector<const std::string*>& messages) : built(Build(store, messages)) {}
     static bool Build(mailtest::MailStore& s, const std::vector<const std::string*>& messages) {
-        const std::string acc = "C:\\Users\\taro\\Mailbox\\Account1", folder = acc + "\\msgs.box\\";
-        s.Install();
-        s.RegistryMailbox("C:\\Users\\taro");
-        s.Ini(acc + "\\Account.ini", "Work");
-        s.Ini(folder + "Entry.ini", "Messages");
-        std::string list;
-        for (size_t i = 0; i < messages.size(); ++i) {
-            list += "0000000" + std::to_string(i) + "=1,0\r\n";
-            if (messages[i] != nullptr) s.WriteFile(folder + "0000000" + std::to_string(i) + ".alm", *messages[i]);
-        }
-        s.WriteFile(folder + "Entry.lst", list);
+        const std::string acc = "C:\\Users\\taro\\Mailbox\\Account1", folder = acc + "\\msgs.box";
+        s.Account(acc, "Work");
+        s.FolderIni(folder, "Messages", false);
+        std::vector<std::string> texts;
+        for (const std::string* m : messages) texts.push_back(m ? *m : "");
+        s.Messages(folder, texts, 0);
+        for (size_t i = 0; i < messages.size(); ++i)
+            if (messages[i] == nullptr) s.Remove(folder + "\\0000000" + std::to_string(i) + ".alm");
         return true;
     }
     std::string Subject(int32_t i) { return Got([&](QvV4Value* v) { return MailReader_GetSubject(h, f, i, v); }); }
     std::string Id(int32_t i) { return Got([&](QvV4Value* v) { return MailReader_GetMessageId(h, f, i, v); }); }
     std::string Whole(int32_t i) { return Got([&](QvV4Value* v) { return MailReader_GetMessageText(h, f, i, v); }); }
-    mailtest::MailStore store;
+    mailtest::MailStore store{"C:\\Users\\taro"};
     bool built;
     mailtest::Reader reader;
     MAILREADER_HANDLE h = reader.h;

@@ -24,17 +24,15 @@ const std::string kBox = "C:\\Users\\taro\\Mailbox";
 const std::string kAcc = kBox + "\\Account1";
 
 TEST(Tree, AccountsFoldersAndTheRoot) {
-    mailtest::MailStore s;
-    s.Install();
-    s.RegistryMailbox("C:\\Users\\taro");
-    s.Ini(kAcc + "\\Account.ini", "仕事/会社#1");
+    mailtest::MailStore s("C:\\Users\\taro");
+    s.Account(kAcc, "仕事/会社#1");
     s.WriteFile(kBox + "\\Account3", "[Property]\r\nTitle=T\r\n");  // a file is no account
     s.WriteFile(kAcc + "\\myinbox.box\\Entry.lst", "00000001=\r\n");  // not looked at without Entry.ini
     // "Type=Subfolder" counts as the start of any line in any section, case and all.
-    s.Ini(kAcc + "\\folder1.box\\Entry.ini", "Folder/One", "[Other]\r\nType=SubfolderXYZ\r\n");
+    s.Text(kAcc + "\\folder1.box\\Entry.ini", {"[Property]", "Title=Folder/One", "[Other]", "Type=SubfolderXYZ"});
     s.WriteFile(kAcc + "\\folder1.box\\Entry.lst", "00000001=\r\n");
     s.MakeDir(kAcc + "\\folder1.box\\sub1.box");
-    s.Ini(kAcc + "\\blank.box\\Entry.ini", "Blank", " Type=Subfolder\r\ntype=subfolder\r\n");
+    s.Text(kAcc + "\\blank.box\\Entry.ini", {"[Property]", "Title=Blank", " Type=Subfolder", "type=subfolder"});
     s.WriteFile(kAcc + "\\blank.box\\Entry.lst", "00000001=\r\n");
     s.MakeDir(kAcc + "\\oldtrash.box");  // an index file must be a file
     s.WriteFile(kAcc + "\\plain.box", "x");
@@ -115,11 +113,12 @@ TEST(MailReaderApi, OpenCloseAndInstalled) {
     for (const Case& c : {Case{0, "sNqxMsgNet.dll", 0, 0}, Case{1, "sNqxMsgNet.dll", 0, 1},
                           Case{2, "sNqxMsgNet.dll", 0, 0}, Case{0, "stub_not_there.dll", -3, 9}}) {
         SCOPED_TRACE(testing::Message() << c.library << " " << c.install);
-        mailtest::MailStore store;
+        qvt::WinePrefix store;
         const std::string temp = store.Root() + "/tmp";
         std::filesystem::create_directories(qvt::HostFile(temp));
         qvt::ScopedTempDir scopedTemp(temp);
-        if (c.install != 0) store.Install(c.install == 1);
+        if (c.install != 0) qvt::StoreWriter(store).Install(mailtest::kInstallPath);
+        if (c.install == 2) store.Remove(mailtest::kInstallPath);
         mailtest::StubLibrary library(c.library);
         int32_t installed = 9;
         EXPECT_EQ(c.result, MailReader_IsInstalled(&installed));
