@@ -58,6 +58,7 @@ TEST(MessageLibBinding, FallbacksDoNothing) {
 
 // Readers share one load, the last unloads it (a failed load: the mail reader's OpenCloseAndInstalled).
 TEST(MessageLibBinding, CountsReadersAndLoadsOnce) {
+    Use("sNqxMsgNet.dll");
     ASSERT_EQ(0, BindMessageLibrary());
     qvp::Module* hFirst = BoundMessageLibrary();
     ASSERT_NE(nullptr, hFirst);
