@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "MailFixture.h"
@@ -123,7 +122,7 @@ TEST(MailReaderApi, OpenCloseAndInstalled) {
         int32_t installed = 9;
         EXPECT_EQ(c.result, MailReader_IsInstalled(&installed));
         EXPECT_EQ(c.installed, installed);
-        std::ofstream(qvt::HostFile(temp + "/IBQVALM.tmp")) << "left over";
+        qvt::WriteHostFile(temp + "/IBQVALM.tmp", "left over");
         {
             mailtest::Reader reader, second;
             EXPECT_EQ(c.result, reader.result);
