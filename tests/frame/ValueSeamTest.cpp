@@ -1,8 +1,9 @@
 // Tests of the value record's fill from a CP932 string, as the mail side
-// fills it. (The address side's fill from a C text, kinds 1 to 3, is read
-// back by the address reader's tests; the mapping of reader results by the
-// end-to-end walk's failed fetches.)
+// fills it, and of the mapping of reader results. (The address side's fill
+// from a C text, kinds 1 to 3, is read back by the address reader's tests.)
 #include <gtest/gtest.h>
+
+#include <utility>
 
 #include "QvV4Wrapper/QvV4Value.h"
 
@@ -40,6 +41,13 @@ TEST(ValueSeam, FillFromString) {
         QvV4Value_Release(&v);  // harmless twice
         EXPECT_EQ(nullptr, v.pData);
     }
+}
+
+// What the readers return, as result codes: -1 is out of memory, not a miss.
+TEST(ValueSeam, ReaderResultsMap) {
+    const std::pair<int32_t, int32_t> cases[] = {
+        {-2, QV_E_ACCESS_DENIED}, {-1, QV_E_OUT_OF_MEMORY}, {0, QV_S_OK}, {100, QV_E_UNEXPECTED}};
+    for (auto [result, code] : cases) EXPECT_EQ(code, QvV4MapError(result)) << result;
 }
 
 }  // namespace
