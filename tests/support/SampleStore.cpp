@@ -44,13 +44,14 @@ void BuildWin64Store(WinePrefix& prefix) {
     w.Text(account + "\\Inbox.Box\\Entry.Ini", {"[Property]", "Title=\"引用符\""});
 }
 
-// Only the registry names a mailbox: no uninstall file, so no shortcuts and
-// no mailbox list. Its settings carry byte order marks.
+// Only the registry names a mailbox, by the short name of its folder (as old
+// installers wrote paths): no uninstall file, so no shortcuts and no mailbox
+// list. Its settings carry byte order marks.
 void BuildRegistryOnlyStore(WinePrefix& prefix) {
     StoreWriter w(prefix);
     w.Install(kExe);
-    w.RegistryMailbox("C:\\Users\\Mail");
-    const std::string mailbox = "C:\\Users\\Mail\\Mailbox";
+    w.RegistryMailbox("C:\\Users\\MAIL~TQV");  // "Mail Store"
+    const std::string mailbox = "C:\\Users\\Mail Store\\Mailbox";
     w.Raw(mailbox + "\\Mailbox.ini", "\xEF\xBB\xBF[Property]\r\nAddressFile = \"Other.adr\" \r\n");
     static const char kUtf16Title[] =
         "\xFF\xFE[\0P\0r\0o\0p\0e\0r\0t\0y\0]\0\r\0\n\0T\0i\0t\0l\0e\0=\0\xE5\x65\x2C\x67\r\0\n\0";
