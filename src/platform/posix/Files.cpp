@@ -4,10 +4,10 @@
 // stays, and a Ctrl-Z byte (0x1A) ends the file. Listings follow Wine: "."
 // and ".." first, then the names sorted without regard to case (ties by
 // byte order), so that every machine lists in one order. A pattern matches
-// a long name or its short 8.3 name, so "*.box" finds "beta.boxes" too. Names come back in
-// code page 932 as Wine gives them: a character without a CP932 form (each
-// half of a surrogate pair, a byte that is no UTF-8) becomes '?', so such a
-// name is listed but names nothing when opened.
+// a long name or its short 8.3 name, so "*.box" finds "beta.boxes" too.
+// Names come back in code page 932 as Wine gives them: a character without a
+// CP932 form (each half of a surrogate pair, a byte that is no UTF-8) becomes
+// '?', so such a name is listed but names nothing when opened.
 #include "platform/platform.h"
 #include "platform/posix/HostPath.h"
 #include "platform/posix/PosixText.h"
@@ -96,6 +96,13 @@ bool MatchName(const std::u16string& pattern, const std::u16string& name) {
     const size_t n = pattern.size();
     return n >= 2 && pattern[n - 2] == u'.' && pattern[n - 1] == u'*' &&
            name.find(u'.') == std::u16string::npos && Match(pattern.substr(0, n - 2), name);
+}
+
+// The folded pattern against a name: its folded long form, else the short
+// name of a name that is no DOS name.
+bool MatchLongOrShort(const std::u16string& pattern, const std::u16string& wide, const std::u16string& folded) {
+    if (MatchName(pattern, folded)) return true;
+    return !posix::IsDosName(wide) && MatchName(pattern, posix::Fold(posix::ShortName(wide)));
 }
 
 std::u16string FoldedWide(const std::string& utf8) {
@@ -271,8 +278,7 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
         const std::string cp932 = posix::Utf16ToCp932(wide.data(), wide.size());
         if (cp932.size() >= sizeof data->name) continue;
         std::u16string key = posix::Fold(wide);
-        if (!MatchName(folded, key) && (posix::IsDosName(wide) || !MatchName(folded, posix::Fold(posix::ShortName(wide)))))
-            continue;
+        if (!MatchLongOrShort(folded, wide, key)) continue;
         struct stat st;
         const std::string host = hostDir + (hostDir.back() == '/' ? "" : "/") + name;
         if (stat(host.c_str(), &st) != 0) continue;  // a dangling link names nothing
