@@ -1,0 +1,85 @@
+// The host's side of the library: one session, references held by RAII,
+// names and children through the usual calls.
+#include "Library.h"
+
+#include <cstdio>
+#include <vector>
+
+#include "Utf.h"
+
+namespace tqnralm {
+
+Ref& Ref::operator=(Ref&& other) noexcept {
+    if (this != &other) {
+        Reset();
+        obj_ = other.obj_;
+        other.obj_ = nullptr;
+    }
+    return *this;
+}
+
+void Ref::Reset() {
+    if (obj_ != nullptr) QV_Object_Dispose(obj_);
+    obj_ = nullptr;
+}
+
+int32_t GetName(QV_OBJ obj, bool display, std::string* out) {
+    auto get = display ? QV_Object_GetDisplayName : QV_Object_GetName;
+    uint32_t len = 0;
+    int32_t code = get(obj, nullptr, &len);
+    if (code != QV_S_OK) return code;
+    std::vector<QV_WCHAR> buf(len + 1);
+    code = get(obj, buf.data(), &len);
+    if (code == QV_S_OK) *out = Utf8(buf.data());
+    return code;
+}
+
+std::string NameOrError(QV_OBJ obj, bool display) {
+    std::string name;
+    int32_t code = GetName(obj, display, &name);
+    return code == QV_S_OK ? name : "<error " + std::to_string(code) + ">";
+}
+
+int32_t Children::Next(Ref* child) {
+    if (code_ != QV_S_OK) return code_;
+    return QV_Objects_GetNext(objs_.get(), child->out());
+}
+
+Session::~Session() {
+    root_.Reset();
+    if (initialised_) {
+        QV_ExitLibrary();
+    } else if (logging_) {
+        QV_EndLogging();
+    }
+}
+
+int Session::StartLog(const GlobalOptions& options) {
+    if (options.logFile.empty()) return kExitOk;
+    std::vector<QV_WCHAR> path = Utf16(options.logFile);
+    int32_t code = QV_StartLogging(path.data());
+    if (code != QV_S_OK) {
+        std::fprintf(stderr, "tqnralm: cannot open the log file '%s' (code %d)\n", options.logFile.c_str(),
+                     static_cast<int>(code));
+        return kExitIncomplete;
+    }
+    logging_ = true;
+    return kExitOk;
+}
+
+int Session::Open() {
+    QV_BOOL installed = 0;
+    int32_t code = QV_IsMailerInstalled(&installed);
+    initialised_ = true;  // QV_ExitLibrary also ends the log, as before any failed start
+    if (code != QV_S_OK || !installed || QV_InitLibrary() != QV_S_OK) {
+        std::fprintf(stderr,
+                     "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "
+                     "prefix that holds it.\n",
+                     static_cast<int>(code));
+        return kExitNotInstalled;
+    }
+    if (QV_GetRootObject(root_.out()) != QV_S_OK) return kExitIncomplete;
+    return kExitOk;
+}
+
+}  // namespace tqnralm

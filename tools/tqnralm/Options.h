@@ -1,0 +1,41 @@
+// What the command line asks for, and the exit codes every command answers with.
+#ifndef TQNRALM_TOOL_OPTIONS_H
+#define TQNRALM_TOOL_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace tqnralm {
+
+// Exit codes of the program, the same for every command.
+enum Exit {
+    kExitOk = 0,            // everything done
+    kExitIncomplete = 1,    // some items could not be read; the rest was done
+    kExitUsage = 2,         // the command line is wrong
+    kExitNotInstalled = 3,  // the mail client was not found
+    kExitOutput = 4,        // the output could not be written
+};
+
+// Options that stand before or after any command.
+struct GlobalOptions {
+    std::string logFile;  // the library's trace log, UTF-16LE; empty: none
+};
+
+enum class MailFormat { kMbox, kMaildir, kEml };
+
+// `tqnralm export OUTDIR ...`.
+struct ExportOptions {
+    std::string outDir;
+    MailFormat format = MailFormat::kMbox;
+    std::vector<int> users;  // user indexes to export; empty: every user
+    bool dryRun = false;     // plan only: print targets and counts, write nothing
+    bool force = false;      // add to an OUTDIR that holds other files
+    bool quiet = false;      // no status line on a terminal
+    bool mail = true;        // export the mail (the address books are another part)
+};
+
+const char* FormatName(MailFormat format);
+
+}  // namespace tqnralm
+
+#endif

@@ -1,0 +1,63 @@
+// Text between the library's 16-bit units and the host's UTF-8.
+#include "Utf.h"
+
+namespace tqnralm {
+
+void AppendUtf8(std::string& out, uint32_t cp) {
+    if (cp < 0x80) {
+        out.push_back(static_cast<char>(cp));
+    } else if (cp < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
+        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
+        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
+        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    }
+}
+
+std::string Utf8(const QV_WCHAR* text) {
+    std::string out;
+    for (size_t i = 0; text != nullptr && text[i] != 0; ++i) {
+        uint32_t u = static_cast<uint16_t>(text[i]);
+        uint32_t lo = static_cast<uint16_t>(text[i + 1]);
+        if (u >= 0xD800 && u < 0xDC00 && lo >= 0xDC00 && lo < 0xE000) {
+            u = 0x10000 + ((u - 0xD800) << 10) + (lo - 0xDC00);
+            ++i;
+        } else if (u >= 0xD800 && u < 0xE000) {
+            u = 0xFFFD;
+        }
+        AppendUtf8(out, u);
+    }
+    return out;
+}
+
+std::vector<QV_WCHAR> Utf16(const std::string& utf8) {
+    std::vector<QV_WCHAR> out;
+    for (size_t i = 0; i < utf8.size();) {
+        unsigned char c = static_cast<unsigned char>(utf8[i]);
+        uint32_t cp = c;
+        size_t n = 1;
+        if (c >= 0xF0) { cp = c & 0x07; n = 4; }
+        else if (c >= 0xE0) { cp = c & 0x0F; n = 3; }
+        else if (c >= 0xC0) { cp = c & 0x1F; n = 2; }
+        for (size_t k = 1; k < n && i + k < utf8.size(); ++k) cp = (cp << 6) | (utf8[i + k] & 0x3F);
+        i += n;
+        if (cp >= 0x10000) {
+            cp -= 0x10000;
+            out.push_back(static_cast<QV_WCHAR>(0xD800 + (cp >> 10)));
+            out.push_back(static_cast<QV_WCHAR>(0xDC00 + (cp & 0x3FF)));
+        } else {
+            out.push_back(static_cast<QV_WCHAR>(cp));
+        }
+    }
+    out.push_back(0);
+    return out;
+}
+
+}  // namespace tqnralm

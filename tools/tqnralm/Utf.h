@@ -1,0 +1,25 @@
+// Text between the library's 16-bit units and the host's UTF-8.
+#ifndef TQNRALM_TOOL_UTF_H
+#define TQNRALM_TOOL_UTF_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tqnralm.h"
+
+namespace tqnralm {
+
+// Appends one code point as UTF-8.
+void AppendUtf8(std::string& out, uint32_t cp);
+
+// A NUL-terminated 16-bit text as UTF-8. A lone surrogate becomes U+FFFD, so
+// the result is always valid UTF-8; NULL gives "".
+std::string Utf8(const QV_WCHAR* text);
+
+// UTF-8 as 16-bit units with a terminating 0 (for paths handed to the library).
+std::vector<QV_WCHAR> Utf16(const std::string& utf8);
+
+}  // namespace tqnralm
+
+#endif
