@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <regex>
 #include <string>
 #include <tuple>
@@ -267,3 +268,58 @@ TEST(EndToEndLog, ShortWalk) {
 }
 
 }  // namespace
+
+// The whole tree, walked by a library started for it.
+std::vector<std::string> WalkStore() {
+    std::vector<std::string> lines;
+    QV_OBJ root = nullptr;
+    if (QV_InitLibrary() == QV_S_OK && QV_GetRootObject(&root) == QV_S_OK) Walk(root, 0, lines);
+    if (root != nullptr) QV_Object_Dispose(root);
+    QV_ExitLibrary();
+    return lines;
+}
+
+void Rename(qvt::WinePrefix& prefix, const std::string& from, const std::string& to) {
+    std::filesystem::rename(qvt::HostFile(prefix.HostPath(from)), qvt::HostFile(prefix.HostPath(to)));
+}
+
+// A store that changes between two walks reads as one never walked before:
+// each change is made to a store after a walk, and to a copy in another
+// machine that no walk has seen.
+TEST(EndToEndChangedStore, SecondWalkReadsTheStoreAsItIs) {
+    static const std::string kBox = "C:\\AL-Mail\\Mailbox\\Account1\\00000001.box\\00000002.box";
+    const struct {
+        const char* name;
+        void (*change)(qvt::WinePrefix&);
+    } kChanges[] = {
+        // The paths the reader asks by stay as the registry spells them.
+        {"folder renamed in another case", [](qvt::WinePrefix& p) { Rename(p, "C:\\AL-Mail", "C:\\al-mail"); }},
+        {"message renamed in another case",
+         [](qvt::WinePrefix& p) { Rename(p, kBox + "\\00000010.alm", kBox + "\\00000010.ALM"); }},
+        {"folder removed and recreated",
+         [](qvt::WinePrefix& p) {
+             p.Remove(kBox);
+             qvt::StoreWriter w(p);
+             w.FolderIni(kBox, "新しい箱", false);
+             w.Messages(kBox, {qvt::MakeMessage("=?ISO-2022-JP?B?GyRCPzdHLyROJDQwJzsiGyhC?=", "<new@example.jp>", "x")},
+                        11);
+         }},
+        {"message removed", [](qvt::WinePrefix& p) { p.Remove(kBox + "\\00000011.alm"); }},
+    };
+    for (const auto& c : kChanges) {
+        std::vector<std::string> expected, after;
+        {
+            qvt::WinePrefix fresh;
+            qvt::BuildSampleStore(fresh);
+            c.change(fresh);
+            expected = WalkStore();
+        }
+        qvt::WinePrefix walked;
+        qvt::BuildSampleStore(walked);
+        WalkStore();  // the process now knows its folders
+        c.change(walked);
+        after = WalkStore();
+        EXPECT_EQ(expected, after) << c.name;
+        EXPECT_GT(after.size(), 30u) << c.name;
+    }
+}

@@ -6,8 +6,20 @@
 // through Z:. A path without a drive is relative to the current directory;
 // one that starts with a backslash starts at the root of the current drive,
 // which is Z:.
+//
+// Mapping a path one component at a time costs a stat per component, and a
+// walk opens every message of a folder by a path that differs only in its
+// last part. So the process remembers the host folder each Windows folder
+// resolved to (DirCache), and a file in a known folder is tried there by its
+// exact name first: the open itself is the test. Only when that fails is
+// the folder asked again: through an index of its names folded to one case,
+// built from one listing and rebuilt when the folder's time stamp moves, so
+// a missing file costs a stat of its folder and a lookup. A cached folder
+// that has gone (renamed, removed) falls back to the full resolve from the
+// drive, so a store that changes between two walks reads as it is.
 #include "platform/posix/HostPath.h"
 
+#include "platform/posix/DirCache.h"
 #include "platform/posix/PosixText.h"
 
 #include <dirent.h>
@@ -35,6 +47,7 @@ bool IsDirectory(const std::string& path) {
 }
 
 // The drive's folder on the host, or false when the drive is not there.
+// Everything below a drive is found from here.
 bool DriveRoot(char letter, std::string* root) {
     const std::string prefix = PrefixRoot();
     if (!prefix.empty()) {
@@ -55,41 +68,146 @@ bool DriveRoot(char letter, std::string* root) {
     return false;
 }
 
-// The entry of `dir` whose name equals `name` without regard to case, else
-// the one whose short name does. Among several (a host file system can hold
-// "A" and "a"), the least by byte order, so that every machine picks the same
-// one.
-bool FindInsensitive(const std::string& dir, const std::string& name, std::string* found) {
-    std::u16string wanted;
-    Utf8ToUtf16(name.data(), name.size(), false, &wanted);
-    wanted = Fold(std::move(wanted));
-    const bool maybeShort = wanted.size() <= 12 && wanted.find(u'~') != std::u16string::npos;
+std::u16string Folded(const std::string& utf8) {
+    std::u16string wide;
+    Utf8ToUtf16(utf8.data(), utf8.size(), false, &wide);
+    return Fold(std::move(wide));
+}
+
+// The entry of `dir` whose short name is `folded` (a name of at most 12
+// characters with a '~'); the least by byte order among several, so that
+// every machine picks the same one.
+bool FindShortName(const std::string& dir, const std::u16string& folded, std::string* found) {
+    if (folded.size() > 12 || folded.find(u'~') == std::u16string::npos) return false;
     DIR* d = opendir(dir.c_str());
     if (d == nullptr) return false;
-    std::string byShortName;
-    std::u16string candidate;
     found->clear();
+    std::u16string candidate;
     while (struct dirent* entry = readdir(d)) {
-        const char* entryName = entry->d_name;
-        const size_t length = std::strlen(entryName);
-        Utf8ToUtf16(entryName, length, false, &candidate);
-        std::string* slot = nullptr;
-        if (candidate.size() == wanted.size() && Fold(candidate) == wanted) {
-            slot = found;
-        } else if (maybeShort && found->empty() && !IsDosName(candidate) && Fold(ShortName(candidate)) == wanted) {
-            slot = &byShortName;
-        }
-        if (slot != nullptr && (slot->empty() || std::strcmp(entryName, slot->c_str()) < 0))
-            slot->assign(entryName, length);
+        const size_t length = std::strlen(entry->d_name);
+        Utf8ToUtf16(entry->d_name, length, false, &candidate);
+        if (IsDosName(candidate) || Fold(ShortName(candidate)) != folded) continue;
+        if (found->empty() || std::strcmp(entry->d_name, found->c_str()) < 0) found->assign(entry->d_name, length);
     }
     closedir(d);
-    if (found->empty()) found->swap(byShortName);
     return !found->empty();
+}
+
+// The entry of `dir` whose name equals `name` without regard to case, else
+// the one whose short name does. kFolderGone when `dir` is no folder.
+DirCache::Lookup FindInsensitive(const std::string& dir, const std::string& name, std::string* found) {
+    const std::u16string folded = Folded(name);
+    const DirCache::Lookup result = DirCache::Instance().FindName(dir, folded, found);
+    if (result == DirCache::kNameMissing && FindShortName(dir, folded, found)) return DirCache::kNameFound;
+    return result;
 }
 
 std::string JoinHost(const std::string& dir, const std::string& name) {
     if (!dir.empty() && dir.back() == '/') return dir + name;
     return dir + "/" + name;
+}
+
+// A Windows path taken apart: its drive ('a' to 'z'; 0 for a path relative
+// to the current directory, whose components then come first, from the host
+// root) and its components, "." and empty ones gone and ".." applied, never
+// above the drive's root.
+struct Split {
+    char drive = 0;
+    std::vector<std::string> parts;
+};
+
+bool SplitPath(const std::string& windows, Split* split) {
+    if (windows.empty()) return false;
+    auto isSep = [](char c) { return c == '\\' || c == '/'; };
+    size_t pos = 0;
+    const unsigned char first = static_cast<unsigned char>(windows[0]);
+    if (windows.size() >= 2 && windows[1] == ':' &&
+        ((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z'))) {
+        split->drive = static_cast<char>(first | 0x20);
+        pos = 2;
+    } else if (isSep(windows[0])) {
+        if (windows.size() >= 2 && isSep(windows[1])) return false;  // UNC: no network here
+        split->drive = 'z';
+    } else {
+        char cwd[4096];
+        if (getcwd(cwd, sizeof cwd) == nullptr) return false;
+        const std::string dir = cwd;
+        size_t from = 0;
+        for (size_t i = 0; i <= dir.size(); ++i) {
+            if (i < dir.size() && dir[i] != '/') continue;
+            if (i > from) split->parts.push_back(dir.substr(from, i - from));
+            from = i + 1;
+        }
+    }
+    size_t start = pos;
+    for (size_t i = pos; i <= windows.size(); ++i) {
+        if (i < windows.size() && !isSep(windows[i])) continue;
+        std::string part = windows.substr(start, i - start);
+        start = i + 1;
+        if (part.empty() || part == ".") continue;
+        if (part == "..") {
+            if (!split->parts.empty()) split->parts.pop_back();
+            continue;
+        }
+        if (part.find('\0') != std::string::npos) return false;
+        split->parts.push_back(std::move(part));
+    }
+    return true;
+}
+
+// The cache's key of the folder made of the first `count` components, in
+// this prefix, and the spelling it was asked by.
+void FolderKey(const Split& split, size_t count, std::u16string* key, std::string* spelling) {
+    *spelling = PrefixRoot();
+    *spelling += '|';
+    *spelling += split.drive != 0 ? split.drive : '.';
+    for (size_t i = 0; i < count; ++i) {
+        *spelling += '\\';
+        *spelling += split.parts[i];
+    }
+    *key = Folded(*spelling);
+}
+
+// The host folder cached for the first `count` components (count > 0).
+bool CachedFolder(const Split& split, size_t count, std::u16string* key, std::string* host) {
+    std::string spelling;
+    FolderKey(split, count, key, &spelling);
+    return DirCache::Instance().Find(*key, spelling, host);
+}
+
+// Maps every component from the drive's root on: each tried with its exact
+// case, then through its folder's folded index. Each folder on the way is
+// remembered.
+int FullResolve(const Split& split, std::string* host) {
+    std::string current;
+    if (split.drive == 0) {
+        current = "/";
+    } else if (!DriveRoot(split.drive, &current)) {
+        return kMapBadPath;
+    }
+    std::u16string key;
+    std::string spelling;
+    for (size_t i = 0; i < split.parts.size(); ++i) {
+        const std::string exact = JoinHost(current, split.parts[i]);
+        std::string found;
+        if (NameExists(exact)) {
+            current = exact;
+        } else if (FindInsensitive(current, split.parts[i], &found) == DirCache::kNameFound) {
+            current = JoinHost(current, found);
+        } else {
+            // Missing: the rest is spelled as given.
+            current = exact;
+            for (size_t j = i + 1; j < split.parts.size(); ++j) current = JoinHost(current, split.parts[j]);
+            *host = current;
+            return i + 1 == split.parts.size() ? kMapMissing : kMapBadPath;
+        }
+        if (i + 1 < split.parts.size()) {
+            FolderKey(split, i + 1, &key, &spelling);
+            DirCache::Instance().Remember(key, spelling, current);
+        }
+    }
+    *host = current;
+    return kMapFound;
 }
 
 }  // namespace
@@ -104,71 +222,25 @@ std::string PrefixRoot() {
 
 int MapUtf8Path(const std::string& windows, std::string* host) {
     host->clear();
-    if (windows.empty()) return kMapBadPath;
-    auto isSep = [](char c) { return c == '\\' || c == '/'; };
-    std::string base;
-    size_t pos = 0;
-    const unsigned char first = static_cast<unsigned char>(windows[0]);
-    if (windows.size() >= 2 && windows[1] == ':' &&
-        ((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z'))) {
-        if (!DriveRoot(static_cast<char>(first | 0x20), &base)) return kMapBadPath;
-        pos = 2;
-    } else if (isSep(windows[0])) {
-        if (windows.size() >= 2 && isSep(windows[1])) return kMapBadPath;  // UNC: no network here
-        if (!DriveRoot('z', &base)) return kMapBadPath;
-    }
-
-    // Split into components; "." and empty ones (doubled separators) vanish,
-    // ".." steps back but never above the drive's root.
-    std::vector<std::string> parts;
-    if (base.empty()) {
-        // Relative: the current directory's components come first, so that
-        // ".." can leave it.
-        char cwd[4096];
-        if (getcwd(cwd, sizeof cwd) == nullptr) return kMapBadPath;
-        base = "/";
-        const std::string dir = cwd;
-        size_t from = 0;
-        for (size_t i = 0; i <= dir.size(); ++i) {
-            if (i < dir.size() && dir[i] != '/') continue;
-            if (i > from) parts.push_back(dir.substr(from, i - from));
-            from = i + 1;
-        }
-    }
-    size_t start = pos;
-    for (size_t i = pos; i <= windows.size(); ++i) {
-        if (i < windows.size() && !isSep(windows[i])) continue;
-        const std::string part = windows.substr(start, i - start);
-        start = i + 1;
-        if (part.empty() || part == ".") continue;
-        if (part == "..") {
-            if (!parts.empty()) parts.pop_back();
-            continue;
-        }
-        if (part.find('\0') != std::string::npos) return kMapBadPath;
-        parts.push_back(part);
-    }
-
-    std::string current = base;
-    for (size_t i = 0; i < parts.size(); ++i) {
-        const std::string exact = JoinHost(current, parts[i]);
-        if (NameExists(exact)) {
-            current = exact;
-            continue;
-        }
+    Split split;
+    if (!SplitPath(windows, &split)) return kMapBadPath;
+    const size_t n = split.parts.size();
+    std::u16string key;
+    std::string dir;
+    if (n >= 2 && CachedFolder(split, n - 1, &key, &dir)) {
+        const std::string exact = JoinHost(dir, split.parts[n - 1]);
         std::string found;
-        if (FindInsensitive(current, parts[i], &found)) {
-            current = JoinHost(current, found);
-            continue;
+        if (NameExists(exact)) {
+            *host = exact;
+            return kMapFound;
         }
-        // Missing: the rest is spelled as given.
-        current = exact;
-        for (size_t j = i + 1; j < parts.size(); ++j) current = JoinHost(current, parts[j]);
-        *host = current;
-        return i + 1 == parts.size() ? kMapMissing : kMapBadPath;
+        switch (FindInsensitive(dir, split.parts[n - 1], &found)) {
+            case DirCache::kNameFound: *host = JoinHost(dir, found); return kMapFound;
+            case DirCache::kNameMissing: *host = exact; return kMapMissing;
+            case DirCache::kFolderGone: DirCache::Instance().Forget(key); break;
+        }
     }
-    *host = current;
-    return kMapFound;
+    return FullResolve(split, host);
 }
 
 int MapPath(const char* windowsCp932, std::string* host) {
@@ -177,6 +249,31 @@ int MapPath(const char* windowsCp932, std::string* host) {
     std::string utf8;
     if (!Cp932ToUtf8(windowsCp932, &utf8)) return kMapBadPath;
     return MapUtf8Path(utf8, host);
+}
+
+int OpenMapped(const char* windowsCp932, const std::function<int(const std::string&)>& open, int* mapped) {
+    *mapped = kMapBadPath;
+    std::string utf8;
+    Split split;
+    if (windowsCp932 == nullptr || !Cp932ToUtf8(windowsCp932, &utf8) || !SplitPath(utf8, &split)) return -1;
+    const size_t n = split.parts.size();
+    std::u16string key;
+    std::string dir;
+    if (n >= 2 && CachedFolder(split, n - 1, &key, &dir)) {
+        *mapped = kMapFound;
+        errno = 0;
+        const int fd = open(JoinHost(dir, split.parts[n - 1]));
+        if (fd >= 0 || (errno != ENOENT && errno != ENOTDIR)) return fd;
+        std::string found;
+        switch (FindInsensitive(dir, split.parts[n - 1], &found)) {
+            case DirCache::kNameFound: return open(JoinHost(dir, found));
+            case DirCache::kNameMissing: *mapped = kMapMissing; return -1;
+            case DirCache::kFolderGone: DirCache::Instance().Forget(key); break;
+        }
+    }
+    std::string host;
+    *mapped = FullResolve(split, &host);
+    return *mapped == kMapFound ? open(host) : -1;
 }
 
 bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes) {

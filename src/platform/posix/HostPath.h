@@ -8,6 +8,7 @@
 #define QV_PLATFORM_POSIX_HOSTPATH_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 namespace qvp {
@@ -27,6 +28,14 @@ int MapUtf8Path(const std::string& windowsUtf8, std::string* host);
 
 // The same for a path in code page 932.
 int MapPath(const char* windowsCp932, std::string* host);
+
+// Opens a file by its Windows path (CP932): `open` is called with the host
+// path and returns a descriptor, or -1 with errno set. A file in a folder
+// the process has resolved before costs that one open (the cached folder
+// plus the exact name); the full mapping runs only when it fails. *mapped is
+// kMapFound when `open` was called on the file's host path (its own failure
+// then stands), else why the path names nothing.
+int OpenMapped(const char* windowsCp932, const std::function<int(const std::string&)>& open, int* mapped);
 
 // Reads a whole regular file of at most maxBytes bytes.
 bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes);

@@ -1,0 +1,109 @@
+// DirCache.cpp - the remembered folders and the folded name indexes.
+//
+// An index answers "no such name" for a folder as long as the folder's time
+// stamp, device and inode are what they were when it was listed. A time
+// stamp only moves at the file system's granularity (a second on some), so
+// a listing taken within two seconds of the folder's last change is "racy":
+// its answers hold for the lookup that built it, and the next miss lists the
+// folder again. Both maps are bounded: past the limits they start afresh.
+#include "platform/posix/DirCache.h"
+
+#include "platform/posix/PosixText.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <cstring>
+#include <utility>
+
+namespace qvp {
+namespace posix {
+namespace {
+
+constexpr size_t kMaxFolders = 4096;
+constexpr size_t kMaxIndexedNames = 1 << 20;
+constexpr long long kRacySeconds = 2;
+
+}  // namespace
+
+DirCache& DirCache::Instance() {
+    static DirCache* cache = new DirCache;  // never destroyed: threads may still map paths at exit
+    return *cache;
+}
+
+bool DirCache::Find(const std::u16string& key, const std::string& spelling, std::string* host) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto it = m_folders.find(key);
+    if (it == m_folders.end() || it->second.spelling != spelling) return false;
+    *host = it->second.host;
+    return true;
+}
+
+void DirCache::Remember(const std::u16string& key, const std::string& spelling, const std::string& host) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_folders.size() >= kMaxFolders && m_folders.count(key) == 0) m_folders.clear();
+    Folder& folder = m_folders[key];
+    folder.spelling = spelling;
+    folder.host = host;
+}
+
+void DirCache::Forget(const std::u16string& key) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_folders.erase(key);
+}
+
+DirCache::Lookup DirCache::FindName(const std::string& hostDir, const std::u16string& folded, std::string* found) {
+    struct stat st;
+    if (stat(hostDir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return kFolderGone;
+    const auto answer = [&](const Index& index) {
+        auto name = index.names.find(folded);
+        if (name == index.names.end()) return kNameMissing;
+        *found = name->second;
+        return kNameFound;
+    };
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        auto it = m_indexes.find(hostDir);
+        if (it != m_indexes.end() && !it->second.racy && it->second.seconds == st.st_mtim.tv_sec &&
+            it->second.nanoseconds == st.st_mtim.tv_nsec && it->second.device == st.st_dev &&
+            it->second.inode == st.st_ino)
+            return answer(it->second);
+    }
+    // List the folder outside the lock; the last listing stored wins.
+    Index index;
+    index.seconds = st.st_mtim.tv_sec;
+    index.nanoseconds = st.st_mtim.tv_nsec;
+    index.device = st.st_dev;
+    index.inode = st.st_ino;
+    DIR* dir = opendir(hostDir.c_str());
+    if (dir == nullptr) return kFolderGone;
+    std::u16string wide;
+    while (struct dirent* entry = readdir(dir)) {
+        const size_t length = std::strlen(entry->d_name);
+        Utf8ToUtf16(entry->d_name, length, false, &wide);
+        std::string& slot = index.names[Fold(std::move(wide))];
+        if (slot.empty() || std::strcmp(entry->d_name, slot.c_str()) < 0) slot.assign(entry->d_name, length);
+    }
+    closedir(dir);
+    struct timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    index.racy = now.tv_sec - index.seconds < kRacySeconds;
+    const Lookup result = answer(index);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto old = m_indexes.find(hostDir);
+    if (old != m_indexes.end()) {
+        m_indexedNames -= old->second.names.size();
+        m_indexes.erase(old);
+    }
+    if (m_indexedNames + index.names.size() > kMaxIndexedNames) {
+        m_indexes.clear();
+        m_indexedNames = 0;
+    }
+    m_indexedNames += index.names.size();
+    m_indexes.emplace(hostDir, std::move(index));
+    return result;
+}
+
+}  // namespace posix
+}  // namespace qvp

@@ -1,0 +1,57 @@
+// DirCache.h - what the process remembers of the prefix's folders: the host
+// folder each Windows folder resolved to, and an index of a host folder's
+// names folded to one case.
+//
+// Both are process-wide and safe across threads. Neither is ever trusted
+// for an answer the disk can contradict cheaply: a cached folder is used
+// only as long as the file opened in it is there, and an index only as long
+// as its folder's time stamp has not moved since it was listed.
+#ifndef QV_PLATFORM_POSIX_DIRCACHE_H
+#define QV_PLATFORM_POSIX_DIRCACHE_H
+
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+namespace qvp {
+namespace posix {
+
+class DirCache {
+public:
+    static DirCache& Instance();
+
+    // The host folder remembered under a folded key, when it was resolved
+    // from the same spelling: two host folders whose names differ only in
+    // case stay apart, as the full resolve keeps them.
+    bool Find(const std::u16string& key, const std::string& spelling, std::string* host);
+    void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
+    void Forget(const std::u16string& key);
+
+    enum Lookup { kNameFound, kNameMissing, kFolderGone };
+    // The name on disk, in the host folder, of a name given folded to upper
+    // case (the least in byte order when several fold alike). kFolderGone
+    // when the host folder is no longer a folder.
+    Lookup FindName(const std::string& hostDir, const std::u16string& folded, std::string* found);
+
+private:
+    struct Index {
+        long long seconds = 0, nanoseconds = 0;  // the folder's time stamp when listed
+        unsigned long long device = 0, inode = 0;
+        bool racy = false;  // listed too soon after a change to be sure of it
+        std::unordered_map<std::u16string, std::string> names;
+    };
+    struct Folder {
+        std::string spelling;
+        std::string host;
+    };
+
+    std::mutex m_mutex;
+    std::unordered_map<std::u16string, Folder> m_folders;
+    std::unordered_map<std::string, Index> m_indexes;  // by host folder
+    size_t m_indexedNames = 0;
+};
+
+}  // namespace posix
+}  // namespace qvp
+
+#endif  // QV_PLATFORM_POSIX_DIRCACHE_H
