@@ -254,7 +254,7 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     m_nCurrent = -1;
     std::string path = ProfilePath(m_szPath, MessageAt(nIndex)->sName.c_str());
     FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
-    if (file.pFile == nullptr) throw CFileException(2);
+    if (file.pFile == nullptr) return kUnreadable;
     long nLength = qvp::FileLength(file.pFile);
     if (nLength < 0) throw CFileException(1);
     if (static_cast<unsigned long>(nLength) >= static_cast<unsigned long>(std::numeric_limits<int32_t>::max())) {
@@ -291,7 +291,8 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
 
 int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& text) {
     if (nIndex != m_nCurrent || m_nCurrent < 0) {
-        if (SelectMessage(nIndex) != 0) return -3;
+        const int32_t nSelected = SelectMessage(nIndex);
+        if (nSelected != 0) return nSelected == kUnreadable ? kUnreadable : -3;
     }
     char* pText = nullptr;
     MT_WORD nLength = 0;
@@ -325,7 +326,8 @@ int32_t CMailBox::GetMessageId(int32_t nIndex, std::string& text) {
 
 int32_t CMailBox::GetWholeText(int32_t nIndex, std::string& text) {
     if (nIndex != m_nCurrent || m_nCurrent < 0) {
-        if (SelectMessage(nIndex) != 0) return -3;
+        const int32_t nSelected = SelectMessage(nIndex);
+        if (nSelected != 0) return nSelected == kUnreadable ? kUnreadable : -3;
     }
     text.assign(m_pText, std::strlen(m_pText));
     return 0;

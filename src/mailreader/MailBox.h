@@ -61,9 +61,13 @@ public:
     void AppendMessageEntry(const std::string& name);
 
     // The message of one index, read and parsed once; -1 for an index out of
-    // range. A failed read throws and leaves no message held.
+    // range, kUnreadable when its file cannot be opened (a list may name many
+    // files that are gone: that answer costs no more than a read). Any other
+    // failed read throws. A failure leaves no message held.
+    static constexpr int32_t kUnreadable = -4;
     int32_t SelectMessage(int32_t nIndex);
-    // 0, or -3 when the message cannot be selected or the library gives no text.
+    // 0, kUnreadable, or -3 when the message cannot be selected otherwise or
+    // the library gives no text.
     int32_t GetSubject(int32_t nIndex, std::string& text);
     int32_t GetMessageId(int32_t nIndex, std::string& text);
     int32_t GetWholeText(int32_t nIndex, std::string& text);

@@ -81,6 +81,10 @@ int32_t FetchMessageText(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hFolder, i
             default: nResult = pBox->GetWholeText(nIndex, text); break;
         }
     } catch (...) {
+        nResult = CMailBox::kUnreadable;
+    }
+    // A message that cannot be read: the subject is -3, the others -2.
+    if (nResult == CMailBox::kUnreadable) {
         text.clear();
         nResult = what == MessageText::Subject ? -3 : -2;
     }
