@@ -1,0 +1,263 @@
+// AddressFormsTest.cpp - the address export's pure parts: hashes and UIDs,
+// text cleaning, vCard folding and escaping, LDIF values, CSV cells, where
+// each field lands in the three forms, and how groups nest and merge. The
+// sample store's export is read back by Python's own readers (export_check.py).
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "AddressModel.h"
+#include "AddressWriters.h"
+#include "NameUuid.h"
+
+namespace {
+
+using namespace tqnralm;
+
+std::string Hex(const std::array<uint8_t, 20>& d) {
+    std::string out;
+    char b[3];
+    for (uint8_t x : d) std::snprintf(b, sizeof b, "%02x", x), out += b;
+    return out;
+}
+
+TEST(AddressForms, Sha1AndNameUuid) {
+    struct { std::string input, digest; } sha[] = {
+        {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
+        {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
+        {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq", "84983e441c3bd26ebaae4aa1f95129e5e54670f1"},
+        {std::string(1000000, 'a'), "34aa973cd4c4daa4f61eeb2bdbad27316534016f"},
+    };
+    for (const auto& c : sha) EXPECT_EQ(c.digest, Hex(Sha1(c.input))) << c.input.size();
+    // Python's uuid.uuid5 gives the same.
+    EXPECT_EQ("886313e1-3b8a-5372-9b90-0c9aee199e5d", NameUuid("6ba7b810-9dad-11d1-80b4-00c04fd430c8", "python.org"));
+    EXPECT_EQ("7d340f48-c165-55f5-8ac5-8d642da1c20d", NameUuid("6ba7b811-9dad-11d1-80b4-00c04fd430c8", "日本語"));
+}
+
+TEST(AddressForms, CleanText) {
+    struct { const char* name; std::string in, out; } cases[] = {
+        {"line ends become LF", "a\r\nb\rc\nd", "a\nb\nc\nd"},
+        {"controls, DEL and C1 go, TAB stays", std::string("a\0b\x01\x1b\x7f\t\xc2\x85z", 11), "ab\tz"},
+        {"only spaces", " \t \xe3\x80\x80 \r\n", ""},
+        {"ends trimmed, inner kept", "\xe3\x80\x80 山田 太郎 ", "山田 太郎"},
+        {"invalid UTF-8, overlong, surrogate", "a\xff\xc0\xaf\xed\xa0\x80", "a\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"
+                                                                         "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+        {"four-byte sequence kept", "\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.out, CleanText(c.in)) << c.name;
+}
+
+TEST(AddressForms, VCardFoldAndEscape) {
+    const std::string a74(74, 'a'), a75(75, 'a');
+    struct { const char* name; std::string line, folded; } folds[] = {
+        {"75 octets stay whole", a75, a75 + "\r\n"},
+        {"76 octets fold", a75 + "b", a75 + "\r\n b\r\n"},
+        {"a continuation holds 74 more", a75 + a74 + "c", a75 + "\r\n " + a74 + "\r\n c\r\n"},
+        {"no split inside a character", a74 + "あ", a74 + "\r\n あ\r\n"},
+        {"a character that just fits", std::string(72, 'a') + "あ", std::string(72, 'a') + "あ\r\n"},
+    };
+    for (const auto& c : folds) EXPECT_EQ(c.folded, VCardFold(c.line)) << c.name;
+    EXPECT_EQ("a\\\\b\\,c\\;d\\ne:f", VCardEscape("a\\b,c;d\ne:f"));
+}
+
+TEST(AddressForms, LdifValues) {
+    struct { const char* name; std::string value, line; } cases[] = {
+        {"safe ASCII", "Taro Yamada", "cn: Taro Yamada\n"},
+        {"empty", "", "cn:\n"},
+        {"non-ASCII", "山田", "cn:: 5bGx55Sw\n"},
+        {"leading space", " a", "cn:: IGE=\n"},
+        {"leading colon", ":a", "cn:: OmE=\n"},
+        {"leading less-than", "<a", "cn:: PGE=\n"},
+        {"trailing space", "a ", "cn:: YSA=\n"},
+        {"line end", "a\nb", "cn:: YQpi\n"},
+        {"colon inside is safe", "a:b", "cn: a:b\n"},
+        {"folded at 76", std::string(80, 'x'), "cn: " + std::string(72, 'x') + "\n " + std::string(8, 'x') + "\n"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.line, LdifLine("cn", c.value)) << c.name;
+}
+
+// The cells of a CSV text (RFC 4180), rows of fields.
+std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
+    std::vector<std::vector<std::string>> rows(1, std::vector<std::string>(1));
+    bool quoted = false;
+    for (size_t i = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (quoted && c == '"' && i + 1 < text.size() && text[i + 1] == '"') rows.back().back() += c, ++i;
+        else if (c == '"') quoted = !quoted;
+        else if (!quoted && c == ',') rows.back().emplace_back();
+        else if (!quoted && c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') rows.emplace_back(1), ++i;
+        else rows.back().back() += c;
+    }
+    if (rows.back().size() == 1 && rows.back()[0].empty()) rows.pop_back();
+    return rows;
+}
+
+// The value of one CSV column in the first row.
+std::string CsvCell(const std::string& csv, const std::string& column) {
+    auto rows = ParseCsv(csv);
+    for (size_t i = 0; rows.size() > 1 && i < rows[0].size(); ++i) {
+        if (rows[0][i] == column) return i < rows[1].size() ? rows[1][i] : "<short row>";
+    }
+    return "<no column>";
+}
+
+AddressBook OneAddress(const Address& a) {
+    AddressBook b;
+    b.user = "u";
+    b.name = "b";
+    b.top.addresses.push_back(a);
+    return b;
+}
+
+TEST(AddressForms, FieldPlaces) {
+    // Each key alone holds "V"; "" means the form has no place of its own
+    // for it (the notes take it, as the rows with "Notes" show).
+    struct { AddressField field; const char* vcard; const char* ldif; const char* csv; } rows[] = {
+        {kFN, "FN:V", "cn: V", "Display Name"},
+        {kFamily, "N:V;;;;", "sn: V", "Last Name"},
+        {kGiven, "N:;V;;;", "givenName: V", "First Name"},
+        {kFamilyReading, "N;SORT-AS=\"V\":;;;;\r\nX-PHONETIC-LAST-NAME:V", "description: Phonetic Last Name: V",
+         "Phonetic Last Name"},
+        {kGivenReading, "N;SORT-AS=\",V\":;;;;\r\nX-PHONETIC-FIRST-NAME:V", "description: Phonetic First Name: V",
+         "Phonetic First Name"},
+        {kNickname, "NICKNAME:V", "mozillaNickname: V", "Nickname"},
+        {kEmail, "EMAIL:V", "mail: V", "Primary Email"},
+        {kTelHomeVoice, "TEL;TYPE=home,voice:V", "homePhone: V", "Home Phone"},
+        {kTelHomeFax, "TEL;TYPE=home,fax:V", "facsimiletelephonenumber: V", "Fax Number"},
+        {kTelWorkVoice, "TEL;TYPE=work,voice:V", "telephoneNumber: V", "Work Phone"},
+        {kTelWorkFax, "TEL;TYPE=work,fax:V", "facsimiletelephonenumber: V", "Fax Number"},
+        {kTelCellVoice, "TEL;TYPE=cell,voice:V", "mobile: V", "Mobile Number"},
+        {kTelPagerVoice, "TEL;TYPE=pager:V", "pager: V", "Pager Number"},
+        {kHomeExtended, "ADR;TYPE=home:;V;;;;;", "mozillaHomeStreet2: V", "Home Address 2"},
+        {kHomeStreet, "ADR;TYPE=home:;;V;;;;", "mozillaHomeStreet: V", "Home Address"},
+        {kHomeLocality, "ADR;TYPE=home:;;;V;;;", "mozillaHomeLocalityName: V", "Home City"},
+        {kHomeRegion, "ADR;TYPE=home:;;;;V;;", "mozillaHomeState: V", "Home State"},
+        {kHomePostalCode, "ADR;TYPE=home:;;;;;V;", "mozillaHomePostalCode: V", "Home ZipCode"},
+        {kHomeCountry, "ADR;TYPE=home:;;;;;;V", "mozillaHomeCountryName: V", "Home Country"},
+        {kWorkExtended, "ADR;TYPE=work:;V;;;;;", "mozillaWorkStreet2: V", "Work Address 2"},
+        {kWorkStreet, "ADR;TYPE=work:;;V;;;;", "street: V", "Work Address"},
+        {kWorkLocality, "ADR;TYPE=work:;;;V;;;", "l: V", "Work City"},
+        {kWorkRegion, "ADR;TYPE=work:;;;;V;;", "st: V", "Work State"},
+        {kWorkPostalCode, "ADR;TYPE=work:;;;;;V;", "postalCode: V", "Work ZipCode"},
+        {kWorkCountry, "ADR;TYPE=work:;;;;;;V", "c: V", "Work Country"},
+        {kOrganization, "ORG:V", "company: V", "Organization"},
+        {kUnit, "ORG:;V", "department: V", "Department"},
+        {kTitle, "TITLE:V", "title: V", "Job Title"},
+        {kNote, "NOTE:V", "description: V", "Notes"},
+    };
+    ASSERT_EQ(static_cast<size_t>(kAddressFieldCount), sizeof rows / sizeof rows[0]);
+    for (const auto& r : rows) {
+        SCOPED_TRACE(kAddressKeys[r.field]);
+        Address a;
+        a[r.field] = "V";
+        const BookLayout layout = LayOut(OneAddress(a));
+        EXPECT_NE(std::string::npos, WriteVCard(layout).find("\r\n" + std::string(r.vcard) + "\r\n"));
+        EXPECT_NE(std::string::npos, WriteLdif(layout).find("\n" + std::string(r.ldif) + "\n"));
+        EXPECT_EQ("V", CsvCell(WriteCsv(layout), r.csv));
+    }
+}
+
+TEST(AddressForms, CombinedFields) {
+    Address a;
+    a[kFamily] = "山田", a[kGiven] = "太郎", a[kFamilyReading] = "やまだ", a[kGivenReading] = "た,ろう";
+    a[kTelHomeFax] = "1", a[kTelWorkFax] = "2", a[kNote] = "n";
+    a.extras = {{"Birthday", "1月1日"}, {"誕生日", "x"}, {"x-mine", "y;z"}, {"empty", ""}};
+    const BookLayout layout = LayOut(OneAddress(a));
+    const std::string vcard = WriteVCard(layout), ldif = WriteLdif(layout), csv = WriteCsv(layout);
+    struct { const std::string* text; std::string expected; } rows[] = {
+        {&vcard, "\r\nFN:山田 太郎\r\n"},  // the name parts when there is no display name
+        {&vcard, "\r\nN;SORT-AS=\"やまだ,た ろう\":山田;太郎;;;\r\n"},
+        {&vcard, "\r\nX-BIRTHDAY:1月1日\r\n"},
+        {&vcard, "\r\nX-EXTRA;X-NAME=\"誕生日\":x\r\n"},
+        {&vcard, "\r\nX-MINE:y\\;z\r\n"},
+        {&ldif, "\nfacsimiletelephonenumber: 2\n"},
+        // The notes keep what Thunderbird has no field for.
+        {&ldif, "\n" + LdifLine("description", "n\nPhonetic Last Name: やまだ\nPhonetic First Name: た,ろう\n"
+                                               "Home Fax: 1\nBirthday: 1月1日\n誕生日: x\nx-mine: y;z")},
+    };
+    for (const auto& r : rows) EXPECT_NE(std::string::npos, r.text->find(r.expected)) << r.expected;
+    EXPECT_EQ(std::string::npos, vcard.find("EMPTY"));
+    EXPECT_EQ("n\nHome Fax: 1\nBirthday: 1月1日\n誕生日: x\nx-mine: y;z", CsvCell(csv, "Notes"));
+    EXPECT_EQ("2", CsvCell(csv, "Fax Number"));
+    EXPECT_EQ("た,ろう", CsvCell(csv, "Phonetic First Name"));
+}
+
+TEST(AddressForms, FormattedNameAndDn) {
+    struct { const char* fn; const char* family; const char* email; const char* name; const char* dn; } rows[] = {
+        {"Taro", "山田", "t@x", "Taro", "dn: cn=Taro,mail=t@x"},
+        {"", "山田", "t@x", "山田", "dn:: Y2495bGx55SwLG1haWw9dEB4"},
+        {"", "", "t@x", "t@x", "dn: cn=t@x,mail=t@x"},
+        {"a, b", "", "", "a, b", "dn: cn=a\\, b"},  // no address: no mail part
+        {"", "", "", "", "dn: cn="},
+    };
+    for (const auto& r : rows) {
+        Address a;
+        a[kFN] = r.fn, a[kFamily] = r.family, a[kEmail] = r.email;
+        EXPECT_EQ(r.name, FormattedName(a));
+        EXPECT_EQ(0u, WriteLdif(LayOut(OneAddress(a))).find(std::string(r.dn) + "\n")) << r.dn;
+    }
+}
+
+Address Named(const std::string& fn, const std::string& email) {
+    Address a;
+    a[kFN] = fn, a[kEmail] = email;
+    return a;
+}
+
+// A compact picture of a layout: per list "name[path]:direct cards/all cards/sublists".
+std::string Picture(const BookLayout& l) {
+    std::string out = std::to_string(l.cards.size()) + " cards";
+    for (const auto& list : l.lists) {
+        out += " | " + list.name + "[" + list.path + "]:";
+        for (size_t c : list.cards) out += l.cards[c].name;
+        out += "/";
+        for (size_t c : list.allCards) out += l.cards[c].name;
+        out += "/" + std::to_string(list.sublists.size());
+    }
+    return out;
+}
+
+TEST(AddressForms, NestingAndMerging) {
+    const Address a = Named("a", "a@x"), b = Named("b", "b@x");
+    Address a2 = a;
+    a2[kNote] = "differs";
+    AddressGroup g1{"g", {a}, {AddressGroup{"h", {b}, {}}}};
+    struct { const char* name; AddressGroup top; std::string picture; } rows[] = {
+        {"parent lists its subgroups' cards", AddressGroup{"", {}, {g1}}, "2 cards | g[g]:a/ab/1 | h[g/h]:b/b/0"},
+        {"equal addresses in two groups: one card",
+         AddressGroup{"", {a}, {AddressGroup{"x", {a, a}, {}}, AddressGroup{"y", {a}, {}}}},
+         "1 cards | x[x]:a/a/0 | y[y]:a/a/0"},
+        {"one field differs: two cards", AddressGroup{"", {a, a2}, {}}, "2 cards"},
+        {"a card in a parent and a child is listed once", AddressGroup{"", {}, {AddressGroup{"p", {a}, {g1}}}},
+         "2 cards | p[p]:a/ab/1 | g[p/g]:a/ab/1 | h[p/g/h]:b/b/0"},
+        {"repeated names take the path, then a number",
+         AddressGroup{"", {}, {AddressGroup{"t", {}, {AddressGroup{"t", {}, {}}}}, AddressGroup{"t/t", {}, {}},
+                               AddressGroup{"t", {}, {}}, AddressGroup{"", {}, {}}}},
+         "0 cards | t[t]://1 | t/t[t/t]://0 | t/t (2)[t/t]://0 | t (2)[t]://0 | -[]://0"},
+    };
+    for (const auto& r : rows) {
+        AddressBook book;
+        book.top = r.top;
+        EXPECT_EQ(r.picture, Picture(LayOut(book))) << r.name;
+    }
+}
+
+TEST(AddressForms, GroupCardsAndStableUids) {
+    AddressBook book;
+    book.user = "u", book.name = "b";
+    book.top.groups = {AddressGroup{"g", {Named("a", "a@x")}, {AddressGroup{"h", {}, {}}}}};
+    const BookLayout l = LayOut(book);
+    const std::string vcard = WriteVCard(l), ldif = WriteLdif(l);
+    EXPECT_NE(std::string::npos, vcard.find("KIND:group\r\nUID:urn:uuid:" + l.lists[0].uid + "\r\nFN:g\r\nMEMBER:urn:uuid:" +
+                                            l.cards[0].uid + "\r\nMEMBER:urn:uuid:" + l.lists[1].uid + "\r\nEND:VCARD"));
+    EXPECT_NE(std::string::npos, ldif.find("dn: cn=g\nobjectclass: top\nobjectclass: groupOfNames\ncn: g\n"
+                                           "member: cn=a,mail=a@x\n\n"));
+    EXPECT_EQ("g", CsvCell(WriteCsv(l), "Groups"));
+    // The same book gives the same UIDs; another book other ones.
+    EXPECT_EQ(vcard, WriteVCard(LayOut(book)));
+    book.name = "c";
+    EXPECT_NE(l.cards[0].uid, LayOut(book).cards[0].uid);
+}
+
+}  // namespace
