@@ -210,7 +210,10 @@ void BuildSampleStore(WinePrefix& prefix) {
     w.Text(taro + "\\Address", {"山田花子: hanako@example.jp", "Group 友人", "  佐藤: sato@example.jp", "  Group 学校",
                                 "    先生: teacher@example.jp", "  End Group", "  チーム: a@example.jp, b@example.jp",
                                 "End Group", "Separator", "no address here"});
-    w.Text(taro + "\\friends.txt", {"友達: friend@example.jp"});
+    // The same address again in a group, and a heading with the characters
+    // that the export's forms escape.
+    w.Text(taro + "\\friends.txt", {"友達: friend@example.jp", "Group 同僚", "  友達: friend@example.jp",
+                                    "  Smith, John; Jr.\\: smith@example.jp", "End Group"});
 
     // 鈴木花子: one account.
     w.Mailbox(hanako);
