@@ -6,6 +6,8 @@
 
 #include <functional>
 
+#include "Utf.h"
+
 namespace tqnralm {
 namespace {
 
@@ -22,37 +24,6 @@ QV_WCHAR* QV_ADDRESS_DATA::* const kFieldMembers[kAddressFieldCount] = {
     &QV_ADDRESS_DATA::lpszAdrWork5, &QV_ADDRESS_DATA::lpszAdrWork6, &QV_ADDRESS_DATA::lpszAdrWork7,
     &QV_ADDRESS_DATA::lpszAdrOrg1, &QV_ADDRESS_DATA::lpszAdrOrg2, &QV_ADDRESS_DATA::lpszTitle,
     &QV_ADDRESS_DATA::lpszNote};
-
-// 16-bit text to UTF-8; a lone surrogate becomes U+FFFD.
-std::string Utf8(const QV_WCHAR* text) {
-    std::string out;
-    for (size_t i = 0; text != nullptr && text[i] != 0; ++i) {
-        uint32_t u = static_cast<uint16_t>(text[i]);
-        const uint32_t lo = static_cast<uint16_t>(text[i + 1]);
-        if (u >= 0xD800 && u < 0xDC00 && lo >= 0xDC00 && lo < 0xE000) {
-            u = 0x10000 + ((u - 0xD800) << 10) + (lo - 0xDC00);
-            ++i;
-        } else if (u >= 0xD800 && u < 0xE000) {
-            u = 0xFFFD;
-        }
-        if (u < 0x80) {
-            out.push_back(static_cast<char>(u));
-        } else if (u < 0x800) {
-            out.push_back(static_cast<char>(0xC0 | u >> 6));
-            out.push_back(static_cast<char>(0x80 | (u & 0x3F)));
-        } else if (u < 0x10000) {
-            out.push_back(static_cast<char>(0xE0 | u >> 12));
-            out.push_back(static_cast<char>(0x80 | (u >> 6 & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (u & 0x3F)));
-        } else {
-            out.push_back(static_cast<char>(0xF0 | u >> 18));
-            out.push_back(static_cast<char>(0x80 | (u >> 12 & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (u >> 6 & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (u & 0x3F)));
-        }
-    }
-    return out;
-}
 
 // A name by the usual pair of calls: the length, then the text.
 bool Name(QV_OBJ obj, bool display, std::string& out) {
