@@ -4,6 +4,7 @@
 // sample store's export is read back by Python's own readers (export_check.py).
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
