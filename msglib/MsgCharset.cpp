@@ -52,6 +52,66 @@ void AppendWidened(std::string_view bytes, std::u16string* out) {
     }
 }
 
+void AppendConverted(uint32_t codePage, std::string_view bytes, std::u16string* out);
+
+// A run of ASCII shorter than this is converted with its neighbours: the
+// converter costs a call per piece.
+constexpr size_t kMinAsciiRun = 32;
+
+// From *pos on: the length of the run of bytes that read as the same ASCII
+// in the code page and in CP932, and *pos past it; or 0, with *pos past the
+// bytes that cannot be such a run. A run starts only where the converter
+// would be in its first state, so that the pieces between runs convert as
+// they would within the whole text. ISO-2022-JP keeps its mode (ASCII after
+// "ESC ( B" or "ESC ( J", else two-byte or kana; SO/SI shift to kana) as the
+// decoder does; UTF-8 has no state, and other code pages are converted whole.
+size_t AsciiRunAt(uint32_t codePage, std::string_view bytes, size_t* pos) {
+    const size_t n = bytes.size();
+    size_t i = *pos;
+    if (codePage == qvp::kCpUtf8) {
+        const size_t start = i;
+        while (i < n && static_cast<unsigned char>(bytes[i]) < 0x80) ++i;
+        if (i == start) {
+            while (i < n && static_cast<unsigned char>(bytes[i]) >= 0x80) ++i;
+            *pos = i;
+            return 0;
+        }
+        *pos = i;
+        return i - start;
+    }
+    if (codePage != qvp::kCpIso2022Jp) {
+        *pos = n;
+        return 0;
+    }
+    // Only ever called in the first state (ASCII, not shifted): at the text's
+    // start and right after a run.
+    const auto plain = [](unsigned char b) { return b < 0x80 && b != 0x1B && b != 0x0E && b != 0x0F; };
+    const size_t start = i;
+    while (i < n && plain(static_cast<unsigned char>(bytes[i]))) ++i;
+    if (i > start) {
+        *pos = i;
+        return i - start;
+    }
+    // Past the bytes until the decoder is back in its first state.
+    bool ascii = true, shifted = false;
+    do {
+        const unsigned char b = static_cast<unsigned char>(bytes[i]);
+        if (b == 0x1B && i + 2 < n && bytes[i + 1] == '(' && (bytes[i + 2] == 'B' || bytes[i + 2] == 'J')) {
+            ascii = true;
+            i += 3;
+        } else if (b == 0x1B && i + 2 < n && (bytes[i + 1] == '(' || bytes[i + 1] == '$')) {
+            ascii = false;  // kana, JIS X 0208 or 0212, or an escape the decoder takes as a byte
+            i += 1;
+        } else {
+            if (b == 0x0E) shifted = true;
+            if (b == 0x0F) shifted = false;
+            i += 1;
+        }
+    } while (i < n && !(ascii && !shifted && plain(static_cast<unsigned char>(bytes[i]))));
+    *pos = i;
+    return 0;
+}
+
 }  // namespace
 
 uint32_t CodePageOfCharset(std::string_view name) {
@@ -117,6 +177,14 @@ void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) 
     // Mail that says US-ASCII and carries 8-bit or escaped text is old
     // Japanese mail that did not know better.
     if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    AppendConverted(codePage, bytes, out);
+}
+
+namespace {
+
+// Through the converter, whatever the bytes (an ISO-2022-JP piece without
+// escapes may still shift to kana).
+void AppendConverted(uint32_t codePage, std::string_view bytes, std::u16string* out) {
     if (bytes.size() > static_cast<size_t>(INT_MAX / 2)) {
         AppendWidened(bytes, out);
         return;
@@ -137,6 +205,8 @@ void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) 
     }
     out->resize(old + static_cast<size_t>(got));
 }
+
+}  // namespace
 
 std::string WideToCp932(std::u16string_view wide) {
     std::string out;
@@ -171,9 +241,25 @@ std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
     if (IsPlainAscii(bytes)) return std::string(bytes);
     if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
     if (codePage == qvp::kCp932) return std::string(bytes);
+    std::string out;
+    out.reserve(bytes.size());
     std::u16string wide;
-    AppendWide(codePage, bytes, &wide);
-    return WideToCp932(wide);
+    const auto convert = [&](std::string_view piece) {
+        if (piece.empty()) return;
+        wide.clear();
+        AppendConverted(codePage, piece, &wide);
+        out += WideToCp932(wide);
+    };
+    size_t done = 0;  // bytes before this are in out
+    for (size_t i = 0; i < bytes.size();) {
+        const size_t run = AsciiRunAt(codePage, bytes, &i);
+        if (run < kMinAsciiRun) continue;
+        convert(bytes.substr(done, i - run - done));
+        out.append(bytes.data() + i - run, run);
+        done = i;
+    }
+    convert(bytes.substr(done));
+    return out;
 }
 
 }  // namespace msg

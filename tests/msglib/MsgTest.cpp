@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "MsgCharset.h"
 #include "MsgParams.h"
+#include "platform/platform.h"
 #include "sNqxMsgNet.h"
 #include "support/WinePrefix.h"
 
@@ -285,6 +287,28 @@ TEST(MsgDecoders, Params) {
         {"a; f*1=x; f*99999999=y; fx*=z", "a|-|-"},
     };
     for (const auto& [in, out] : cases) EXPECT_EQ(Params(in), out) << in;
+}
+
+// Long ASCII runs pass straight through; the text between them must convert
+// as it would within the whole text, whatever state the decoder was in.
+TEST(MsgCharset, AsciiRunsConvertAsTheWholeText) {
+    const std::string pad(40, 'A'), jis = "\x1B$BF|K\\8l\x1B(B";  // 日本語
+    const struct {
+        uint32_t codePage;
+        std::string text;
+    } kTexts[] = {
+        {qvp::kCpIso2022Jp, pad + jis + pad + "\r\n" + jis + "\r\n" + pad},
+        {qvp::kCpIso2022Jp, "\x1B$B" + pad + "\x1B(B" + pad},                // ASCII bytes in two-byte mode
+        {qvp::kCpIso2022Jp, "\x1B$BF|\x1B(J" + pad + "\x1B(I" + pad},        // JIS Roman, then kana
+        {qvp::kCpIso2022Jp, jis + pad + "\x0E" + pad + "\x0F" + pad},            // shifted kana
+        {qvp::kCpIso2022Jp, pad + "\x1B(Z" + pad + "\x1B$" + pad + "\xA4" + pad + "\x1B("},  // broken escapes
+        {qvp::kCpUtf8, pad + "\xE6\x97\xA5" + pad + "\xE6\x97" + pad + "\xFF"},     // a cut sequence, a bad byte
+    };
+    for (const auto& t : kTexts) {
+        std::u16string wide;
+        msg::AppendWide(t.codePage, t.text, &wide);
+        EXPECT_EQ(msg::WideToCp932(wide), msg::BytesToCp932(t.codePage, t.text)) << t.text;
+    }
 }
 
 }  // namespace
