@@ -2,7 +2,7 @@
 #include "QvV4Wrapper/QvV4Analyzer.h"
 
 #include "QvV4Wrapper/QvV4Root.h"
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Wrapper/QvV4Utils.h"
 #include "addressreader/AddrReader.h"
 #include "mailreader/MailReader.h"
 

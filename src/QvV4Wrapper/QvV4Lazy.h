@@ -7,8 +7,9 @@
 #include <cstdint>
 
 #include "QvImplCommon/QvIObjects.h"
+#include "QvV4Value/QvV4Value.h"
 #include "QvV4Wrapper/QvV4Analyzer.h"
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Wrapper/QvV4Utils.h"
 
 // A text fetch: the cached record, or one reader call that fills it; then
 // the delivery into the host's buffer. A failed fetch empties the record, so

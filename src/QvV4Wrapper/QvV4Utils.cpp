@@ -1,7 +1,7 @@
 // QvV4Utils.cpp - reader results to object results, and the delivery of a
 // cached text into a host's buffer.
 #include "QvImplCommon/QvITraceRecord.h"
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Wrapper/QvV4Utils.h"
 
 int32_t QvV4MapError(int32_t nReaderResult) {
     if (nReaderResult == -2) return QV_E_ACCESS_DENIED;

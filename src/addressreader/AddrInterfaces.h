@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
 
 class CAddrItem;
 class CAddrGroup;

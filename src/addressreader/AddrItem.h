@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
 
 // White space of the address files: blank, tab, LF, VT, FF, CR. A byte of
 // 0x80 or above (a Shift-JIS lead byte) never is.

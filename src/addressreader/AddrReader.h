@@ -22,7 +22,7 @@
 
 #include <cstdint>
 
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
 
 typedef void* ADDRREADER_HANDLE;
 typedef void* ADDROBJECT_HANDLE;

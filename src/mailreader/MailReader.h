@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
 
 typedef void* MAILREADER_HANDLE;
 typedef void* MAILRECORD_HANDLE;

@@ -11,7 +11,7 @@
 #include "QvImplCommon/QvExceptions.h"
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "QvImplCommon/QvIObjects.h"
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Wrapper/QvV4Utils.h"
 #include "support/WinePrefix.h"
 #include "tqnralm.h"
 

@@ -5,7 +5,8 @@
 
 #include <utility>
 
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
+#include "QvV4Wrapper/QvV4Utils.h"
 
 namespace {
 

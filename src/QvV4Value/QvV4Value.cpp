@@ -2,7 +2,7 @@
 // fills: the address side's from a zero-ended text in the default code page,
 // the mail side's from a string of known length in strict code page 932.
 // The two differ on purpose in sizes, zeroing and failure behaviour.
-#include "QvV4Wrapper/QvV4Value.h"
+#include "QvV4Value/QvV4Value.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -10,11 +10,8 @@
 #include "platform/platform.h"
 
 namespace {
-// The mail side's release accepts 0.
-void FreeTolerant(void* p) {
-    if (p != nullptr) std::free(p);
-}
-void FreePlain(void* p) { std::free(p); }
+// Both fills hand out malloc'd texts; free accepts 0 as well.
+void FreeText(void* p) { std::free(p); }
 }  // namespace
 
 void QvV4Value_Init(QvV4Value* pValue) {
@@ -34,7 +31,7 @@ void QvV4Value_Release(QvV4Value* pValue) {
 }
 
 int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
-    pValue->pfnFree = FreePlain;
+    pValue->pfnFree = FreeText;
     if (pValue->nKind == QV_V4_KIND_TEXT8) {
         size_t n = std::strlen(pszText) + 1;
         pValue->nSize = static_cast<uint32_t>(n);
@@ -66,7 +63,7 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
     if (nLength == 0) {
         void* p = std::calloc(2, 1);
         if (p == nullptr) return -1;
-        pValue->pfnFree = FreeTolerant;
+        pValue->pfnFree = FreeText;
         pValue->nSize = 2;
         pValue->pData = p;
         return 0;
@@ -82,7 +79,7 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
             std::free(p);
             return -3;
         }
-        pValue->pfnFree = FreeTolerant;
+        pValue->pfnFree = FreeText;
         pValue->nSize = static_cast<uint32_t>(2 * nLength);
         pValue->pData = p;
         return 0;
@@ -91,7 +88,7 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
     char* p = static_cast<char*>(std::calloc(nLength + 2, 1));
     if (p == nullptr) return -1;
     std::memcpy(p, str.data(), nLength);
-    pValue->pfnFree = FreeTolerant;
+    pValue->pfnFree = FreeText;
     pValue->nSize = static_cast<uint32_t>(nLength);
     pValue->pData = p;
     return 0;

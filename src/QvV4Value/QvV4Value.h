@@ -1,5 +1,5 @@
-// QvV4Value.h - the record by which a reader hands a text to its receiver,
-// and the seam between reader results and object results.
+// QvV4Value.h - the record by which a reader hands a text to its receiver.
+// It sits below both readers and the tree objects, which share it.
 //
 // Reader results: 0 success, -1 no memory, -2 a failure stopped at a barrier,
 // -3 not there or bad handle.
@@ -8,8 +8,6 @@
 
 #include <cstdint>
 #include <string>
-
-#include "tqnralm.h"
 
 // Text forms of nKind.
 enum : uint32_t { QV_V4_KIND_TEXT8 = 1, QV_V4_KIND_TEXT16 = 2 };
@@ -33,11 +31,5 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText);
 // The mail side's fill: from an 8-bit string of known length; kind 2
 // converts strictly from code page 932. Result 0, -1 or -3.
 int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue);
-
-// Reader result to object result; an unmapped result is traced.
-int32_t QvV4MapError(int32_t nReaderResult);
-
-// Delivers a cached 16-bit text into a host's buffer (wcsncpy semantics).
-int32_t QvV4CopyTextOut(const char16_t* pszText, QV_WCHAR* lpszName, uint32_t* lpcNameLen);
 
 #endif  // QV_QVV4VALUE_H
