@@ -1,0 +1,62 @@
+# CheckLayers.cmake - the layers include downward only, and only the platform
+# layer knows which operating system it runs on.
+#   cmake -DROOT=<source folder> -P CheckLayers.cmake
+#
+# Includes: calls run from the frame to the tree objects to the readers; the
+# value record and the platform sit below them all. A folder may not include
+# from the folders named after it.
+set(QV_LAYER_RULES
+    "src/QvImplCommon|mailreader addressreader messagelib QvV4Wrapper QvV4Value"
+    "src/mailreader|QvV4Wrapper"
+    "src/addressreader|QvV4Wrapper"
+    "src/messagelib|QvV4Wrapper mailreader addressreader QvV4Value"
+    "src/QvV4Value|QvV4Wrapper QvImplCommon mailreader addressreader messagelib"
+    "src/platform|QvV4Wrapper QvImplCommon mailreader addressreader messagelib QvV4Value")
+
+# Operating-system headers and platform tests stay in src/platform and in the
+# tests' posix/ and win32/ folders. The public header picks its calling
+# convention, and the host and the message library may keep one seam file
+# each, named here.
+set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/Os.cpp)
+set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
+set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")
+
+set(failures "")
+
+foreach(rule ${QV_LAYER_RULES})
+  string(REPLACE "|" ";" parts "${rule}")
+  list(GET parts 0 folder)
+  list(GET parts 1 above)
+  string(REPLACE " " "|" above "${above}")
+  file(GLOB_RECURSE files "${ROOT}/${folder}/*.h" "${ROOT}/${folder}/*.cpp")
+  foreach(f ${files})
+    file(STRINGS "${f}" hits REGEX "^[ \t]*#[ \t]*include[ \t]*\"(${above})/")
+    foreach(hit ${hits})
+      file(RELATIVE_PATH rel "${ROOT}" "${f}")
+      string(APPEND failures "${rel}: includes upward: ${hit}\n")
+    endforeach()
+  endforeach()
+endforeach()
+
+file(GLOB_RECURSE files "${ROOT}/src/*" "${ROOT}/include/*" "${ROOT}/msglib/*" "${ROOT}/tools/*"
+     "${ROOT}/tests/*" "${ROOT}/fuzz/*" "${ROOT}/bench/*")
+foreach(f ${files})
+  file(RELATIVE_PATH rel "${ROOT}" "${f}")
+  if(NOT rel MATCHES "\\.(h|c|cpp|hpp|inc)$" OR rel MATCHES "^src/platform/"
+     OR rel MATCHES "^tests/(.*/)?(posix|win32)/")
+    continue()
+  endif()
+  list(FIND QV_OS_SEAMS "${rel}" seam)
+  if(NOT seam EQUAL -1)
+    continue()
+  endif()
+  file(STRINGS "${f}" hits REGEX "${QV_OS_HEADER}|${QV_OS_TEST}")
+  foreach(hit ${hits})
+    string(APPEND failures "${rel}: knows the platform (move it into src/platform, or a posix/ or win32/ test folder): ${hit}\n")
+  endforeach()
+endforeach()
+
+if(failures)
+  message(FATAL_ERROR "Layer check failed:\n${failures}")
+endif()
+message(STATUS "Layers: every include points downward; only the platform layer knows the platform.")
