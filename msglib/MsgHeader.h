@@ -27,8 +27,6 @@ public:
     // all, without the colon. False when no such field.
     bool Find(std::string_view name, std::string_view* raw) const;
 
-    size_t FieldCount() const { return m_fields.size(); }
-
 private:
     struct Field {
         std::string_view name;

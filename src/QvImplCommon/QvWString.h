@@ -25,9 +25,7 @@ public:
     void Format(const char* pszFormat, ...);
 
     size_t GetLength() const { return m_str.size(); }
-    bool IsEmpty() const { return m_str.empty(); }
     const char16_t* GetString() const { return m_str.c_str(); }
-    void Empty() { m_str.clear(); }
 
 private:
     void AppendFormatV(const char* pszFormat, va_list args);

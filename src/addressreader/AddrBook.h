@@ -51,7 +51,6 @@ public:
     int32_t GetGroupCount(int32_t* pnCount) override;
     int32_t GetGroup(int32_t nIndex, CAddrGroup** ppGroup) override;
 
-    const char* Directory() const { return m_pszDirectory.get(); }
     int32_t ItemCount() const { return m_Items.Count(); }
     int32_t GroupCount() const { return m_Groups.Count(); }
     CAddrItem* ItemAt(int32_t nIndex) const { return m_Items.At(nIndex); }

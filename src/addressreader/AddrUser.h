@@ -33,7 +33,6 @@ public:
     static int32_t CloseBook(CAddrBook* pBook);
 
     const char* Name() const { return m_pszName.get(); }
-    const char* Directory() const { return m_szDirectory.get(); }
 
 private:
     std::unique_ptr<char[]> m_pszName;

@@ -90,7 +90,6 @@ public:
 
     int32_t IsInstalled() const { return m_bInstalled; }
     const char* InstallDir() const { return m_szInstallDir; }
-    const ShortcutEntry* Shortcuts() const { return m_pShortcutHead; }
 
     // Frees the shortcut list, closing entry included. Run by the destructor;
     // a reader that must free it at a fixed point of its close calls it there.

@@ -90,10 +90,8 @@ bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pc
     ansi.push_back('\0');
     if (ansi.size() > UINT32_MAX) return false;
     const uint32_t needed = static_cast<uint32_t>(ansi.size());
-    if (data == nullptr) {
-        *pcbData = needed;  // a size query
-        return true;
-    }
+    // No size query: Windows' side refuses a null buffer as well.
+    if (data == nullptr) return false;
     if (*pcbData < needed) {
         *pcbData = needed;
         return false;
