@@ -1,6 +1,7 @@
 # CheckExports.cmake - fails unless a shared library's dynamic symbol table
-# defines exactly the expected symbols (the linker's version nodes aside).
-# Run with: cmake -DNM=<nm> -DLIB=<library> -DEXPECTED="a;b;c" -P CheckExports.cmake
+# defines exactly the expected symbols (the linker's version nodes aside),
+# and, given a header, unless the header's QV_EXPORT declarations name them.
+# Run with: cmake -DNM=<nm> -DLIB=<library> -DEXPECTED="a;b;c" [-DHEADER=<h>] -P CheckExports.cmake
 execute_process(COMMAND ${NM} -D --defined-only ${LIB} OUTPUT_VARIABLE out RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
@@ -20,5 +21,18 @@ set(expected ${EXPECTED})
 list(SORT expected)
 if(NOT found STREQUAL expected)
   message(FATAL_ERROR "exports of ${LIB}:\n  ${found}\nexpected:\n  ${expected}")
+endif()
+if(HEADER)
+  file(STRINGS ${HEADER} lines REGEX "^QV_EXPORT ")
+  set(declared)
+  foreach(line ${lines})
+    if(line MATCHES " ([A-Za-z_][A-Za-z0-9_]*)\\(")
+      list(APPEND declared ${CMAKE_MATCH_1})
+    endif()
+  endforeach()
+  list(SORT declared)
+  if(NOT declared STREQUAL expected)
+    message(FATAL_ERROR "functions declared by ${HEADER}:\n  ${declared}\nexpected:\n  ${expected}")
+  endif()
 endif()
 message(STATUS "exports ok: ${found}")

@@ -13,12 +13,8 @@ jobs="$(nproc)"
 
 TQNRALM_NEED_MINGW=1 TQNRALM_NEED_WINE=1 "$src/scripts/install-deps.sh"
 
-# The twenty exports, by name, with the ordinals 1 to 20 in this order.
-exports=(QV_Object_GetClass QV_Object_GetName QV_Object_GetDisplayName QV_Object_GetAttributes
-         QV_Object_GetChildCount QV_Object_GetChildObjects QV_Object_HasPassword QV_Object_Logon
-         QV_Object_Dispose QV_Objects_HasNext QV_Objects_GetNext QV_MailMessage_GetData QV_Address_GetData
-         QV_StartLogging QV_EndLogging QV_InitLibrary QV_ExitLibrary QV_GetVersion QV_IsMailerInstalled
-         QV_GetRootObject)
+# The twenty exports, by name, with the ordinals 1 to 20 in the list's order.
+mapfile -t exports < <(grep '^[A-Za-z_]' "$src/cmake/tqnralm.exports")
 check_exports() {  # objdump dll
   local table expected=""
   # "[  12] QV_Address_GetData": the index from 0, so the ordinal less one.
