@@ -1,7 +1,14 @@
-// `export`: every message of the chosen users written out for another mail program.
+// `export`: the plan, the checks of OUTDIR, then every message of the plan
+// through one writer, each listed in the manifest as it is written.
 #include <cstdio>
 
 #include "Commands.h"
+#include "ExportPlan.h"
+#include "Library.h"
+#include "MailWriter.h"
+#include "Manifest.h"
+#include "Output.h"
+#include "Progress.h"
 
 namespace tqnralm {
 
@@ -13,10 +20,234 @@ const char* FormatName(MailFormat format) {
     }
 }
 
-int RunExport(const GlobalOptions&, const ExportOptions& options) {
-    std::fprintf(stderr, "tqnralm: export to %s as %s is not available yet\n", options.outDir.c_str(),
-                 FormatName(options.format));
-    return kExitUsage;
+namespace {
+
+struct MailTotals {
+    int64_t written = 0;
+    int64_t failed = 0;
+    int64_t unread = 0;  // expected, but the enumeration stopped before them
+    uint64_t bytes = 0;
+};
+
+Json NameJson(const std::string& name) { return name.empty() ? Json(nullptr) : Json(name); }
+
+Json UsersJson(const ExportPlan& plan) {
+    Json users = Json::array();
+    for (const UserPlan& user : plan.users) {
+        Json accounts = Json::array();
+        for (const AccountPlan& account : user.accounts) {
+            Json a = {{"index", account.index},
+                      {"name", NameJson(account.name)},
+                      {"display_name", NameJson(account.displayName)},
+                      {"path", account.dir}};
+            if (!account.sameAs.empty()) {
+                a["same_as"] = account.sameAs;  // written once, under that account
+            } else {
+                Json folders = Json::array();
+                for (const FolderPlan& folder : account.folders) {
+                    folders.push_back({{"index", folder.index},
+                                       {"name", NameJson(folder.name)},
+                                       {"path", folder.target},
+                                       {"messages", folder.expected}});
+                }
+                a["folders"] = std::move(folders);
+            }
+            accounts.push_back(std::move(a));
+        }
+        users.push_back({{"index", user.index}, {"name", NameJson(user.name)}, {"path", user.dir},
+                         {"accounts", std::move(accounts)}});
+    }
+    return users;
+}
+
+// Writes the messages of every folder of the plan. False when the output
+// failed (the export stops); read failures are counted and listed.
+class MailPass {
+public:
+    MailPass(MailWriter& writer, Output& output, Manifest* manifest, Progress& progress, ExportPlan& plan)
+        : writer_(writer), output_(output), manifest_(manifest), progress_(progress), plan_(plan) {}
+
+    bool Run(MailTotals* totals) {
+        for (UserPlan& user : plan_.users) {
+            if (!output_.MakeDir(user.dir)) return false;
+            for (AccountPlan& account : user.accounts) {
+                if (!account.sameAs.empty()) continue;
+                if (!writer_.BeginAccount(account.dir)) return false;
+                for (FolderPlan& folder : account.folders) {
+                    if (!Folder(folder, totals)) return false;
+                }
+            }
+        }
+        return true;
+    }
+
+private:
+    bool Folder(FolderPlan& folder, MailTotals* totals) {
+        if (!writer_.BeginFolder(folder.target)) return false;
+        Children messages(folder.folder.get(), QV_CLASS_MAILMESSAGE);
+        Ref message;
+        int64_t position = 0;
+        for (;; ++position) {
+            const std::string index = folder.index + "/" + std::to_string(position);
+            int32_t code = messages.Next(&message);
+            if (code == QV_E_NO_MORE_ITEMS) break;
+            if (code != QV_S_OK) {
+                plan_.problems.push_back({index, "message", code});
+                break;
+            }
+            Json entry = {{"index", index}};
+            std::string text;
+            entry["message_id"] = GetName(message.get(), false, &text) == QV_S_OK ? Json(text) : Json(nullptr);
+            entry["subject"] = GetName(message.get(), true, &text) == QV_S_OK ? Json(text) : Json(nullptr);
+            QV_MAIL_DATA data;
+            code = QV_MailMessage_GetData(message.get(), &data);
+            if (code != QV_S_OK) {
+                entry["status"] = "failed";
+                entry["code"] = code;
+                ++totals->failed;
+                progress_.Step(0);
+            } else {
+                WrittenMessage written;
+                const uint64_t before = output_.bytes();
+                bool ok = writer_.WriteMessage(position, data.pszMailText, data.nMailTextLen, &written);
+                data.pfnFree(data.pszMailText);  // no message is held past its write
+                if (!ok) return false;
+                entry["file"] = written.file;
+                if (written.shared) entry["offset"] = written.offset;
+                entry["length"] = written.length;
+                entry["sha256"] = written.sha256;
+                entry["status"] = "written";
+                ++totals->written;
+                totals->bytes += output_.bytes() - before;
+                progress_.Step(output_.bytes() - before);
+            }
+            if (manifest_ != nullptr && !manifest_->Append(entry)) return false;
+        }
+        if (position < folder.expected) totals->unread += folder.expected - position;
+        return writer_.EndFolder();
+    }
+
+    MailWriter& writer_;
+    Output& output_;
+    Manifest* manifest_;
+    Progress& progress_;
+    ExportPlan& plan_;
+};
+
+void PrintPlan(const ExportPlan& plan) {
+    for (const UserPlan& user : plan.users) {
+        for (const AccountPlan& account : user.accounts) {
+            if (!account.sameAs.empty()) {
+                std::printf("%8s  %s (account %s, written once)\n", "", account.dir.c_str(), account.sameAs.c_str());
+                continue;
+            }
+            for (const FolderPlan& folder : account.folders) {
+                std::printf("%8lld  %s\n", static_cast<long long>(folder.expected), folder.target.c_str());
+            }
+        }
+    }
+}
+
+int Fail(const std::string& message, Manifest* manifest) {
+    std::fprintf(stderr, "tqnralm: %s\n", message.c_str());
+    if (manifest != nullptr) manifest->Abandon();
+    return kExitOutput;
+}
+
+}  // namespace
+
+int RunExport(const GlobalOptions& global, const ExportOptions& options) {
+    Session session;
+    if (int exit = session.StartLog(global)) return exit;
+    if (int exit = session.Open()) return exit;
+
+    Output output(options.outDir, options.dryRun);
+    std::unique_ptr<MailWriter> writer = MakeMailWriter(options.format, output);
+    ExportPlan plan;
+    if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
+
+    // The source is never written: no OUTDIR inside the store.
+    const std::string outDir = os::AbsolutePath(options.outDir);
+    for (const std::string& folder : os::StoreFolders(AccountFolders(plan))) {
+        if (os::IsInside(outDir, os::AbsolutePath(folder))) {
+            return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder +
+                            "'); choose a folder outside it",
+                        nullptr);
+        }
+    }
+    switch (os::InspectFolder(options.outDir)) {
+    case os::Folder::kNotAFolder: return Fail("OUTDIR '" + options.outDir + "' is not a folder", nullptr);
+    case os::Folder::kNotEmpty:
+        if (!options.force) {
+            return Fail("OUTDIR '" + options.outDir +
+                            "' is not empty; --force adds to it (nothing that is there is overwritten)",
+                        nullptr);
+        }
+        break;
+    default: break;
+    }
+
+    Manifest manifest;
+    Manifest* listing = nullptr;
+    if (!options.dryRun) {
+        std::string error;
+        if (!os::MakeDirectories(options.outDir, &error) || !manifest.Open(options.outDir, &error)) {
+            return Fail(error, nullptr);
+        }
+        listing = &manifest;
+        const int32_t version = QV_GetVersion();
+        manifest.Put("tool", "tqnralm");
+        manifest.Put("version", TQNRALM_VERSION);
+        manifest.Put("interface", std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF));
+        manifest.Put("source", os::SourceDescription());
+        manifest.Put("format", FormatName(options.format));
+        manifest.Put("users", UsersJson(plan));
+        manifest.BeginArray("messages");
+    } else {
+        PrintPlan(plan);
+    }
+
+    Progress progress(!options.quiet && !options.dryRun && os::StderrIsTerminal(), plan.expected);
+    MailTotals totals;
+    MailPass pass(*writer, output, listing, progress, plan);
+    if (!pass.Run(&totals)) return Fail("cannot write " + output.error(), listing);
+
+    const bool complete = totals.failed == 0 && totals.unread == 0 && plan.problems.empty() &&
+                          totals.written == plan.expected;
+    if (options.dryRun) {
+        std::printf("%lld messages in %zu folders, %llu bytes to write", static_cast<long long>(plan.expected),
+                    plan.folders, static_cast<unsigned long long>(totals.bytes));
+        if (!complete) {
+            std::printf("; %lld messages and %zu other items cannot be read",
+                        static_cast<long long>(totals.failed + totals.unread), plan.problems.size());
+        }
+        std::printf("\n");
+        for (const Problem& problem : plan.problems) {
+            std::printf("cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+                        static_cast<int>(problem.code));
+        }
+        progress.Finish(true, totals.written, totals.failed, totals.bytes);
+        return complete ? kExitOk : kExitIncomplete;
+    }
+
+    Json problems = Json::array();
+    for (const Problem& problem : plan.problems) {
+        problems.push_back({{"index", problem.index}, {"item", problem.item}, {"code", problem.code}});
+    }
+    manifest.totals() = {{"expected", plan.expected},
+                         {"written", totals.written},
+                         {"failed", totals.failed},
+                         {"unread", totals.unread},
+                         {"bytes", totals.bytes}};
+    if (!manifest.EndArray() || !manifest.Put("problems", problems) || !manifest.Finish()) {
+        return Fail("cannot write the manifest: " + manifest.error(), &manifest);
+    }
+    progress.Finish(false, totals.written, totals.failed, totals.bytes);
+    for (const Problem& problem : plan.problems) {
+        std::fprintf(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+                     static_cast<int>(problem.code));
+    }
+    return complete ? kExitOk : kExitIncomplete;
 }
 
 }  // namespace tqnralm

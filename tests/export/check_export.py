@@ -1,0 +1,190 @@
+#!/usr/bin/python3
+"""Reads back what `tqnralm export` writes, with readers that are not ours.
+
+    check_export.py TQNRALM SAMPLESTORE MODE
+
+MODE mbox, maildir or eml: the sample store exported in that form; every
+message read back (Python's mailbox for mbox and Maildir, the email parser for
+EML) must hold the bytes `tqnralm cat` gives for it, the manifest must list
+every file and its SHA-256, and a second export must be byte-identical.
+MODE exits: the exit codes of a damaged store, a dry run and outputs that
+cannot be written.
+"""
+import email
+import hashlib
+import json
+import mailbox
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+TOOL, SAMPLESTORE, MODE = sys.argv[1:4]
+failures = []
+
+
+def check(condition, what):
+    if not condition:
+        failures.append(what)
+        print("FAIL:", what)
+
+
+def store(work, variant="default"):
+    prefix = os.path.join(work, "prefix-" + variant)
+    subprocess.run([SAMPLESTORE, prefix, variant], check=True, stdout=subprocess.DEVNULL)
+    return prefix
+
+
+def tqnralm(prefix, *args):
+    env = dict(os.environ, WINEPREFIX=prefix)
+    return subprocess.run([TOOL, *args], env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+def tree_files(root):
+    """Every file below root, relative path -> bytes."""
+    out = {}
+    for folder, _, files in os.walk(root):
+        for name in files:
+            path = os.path.join(folder, name)
+            with open(path, "rb") as f:
+                out[os.path.relpath(path, root)] = f.read()
+    return out
+
+
+def mboxrd_body(api):
+    """What a reader gives back for a message after it removes one '>' of each quoted From line."""
+    text = api.replace(b"\r\n", b"\n")
+    return text if text.endswith(b"\n") or not text else text + b"\n"
+
+
+def unquote(data):
+    return re.sub(rb"(?m)^>(>*From )", rb"\1", data)
+
+
+def read_back(fmt, out, manifest, api):
+    written = [m for m in manifest["messages"] if m["status"] == "written"]
+    if fmt == "mbox":
+        files = sorted({m["file"] for m in written})
+        for name in files:
+            entries = [m for m in written if m["file"] == name]
+            box = mailbox.mbox(os.path.join(out, name), create=False)
+            keys = list(box.keys())
+            check(len(keys) == len(entries), f"{name}: {len(keys)} messages read, {len(entries)} listed")
+            for key, entry in zip(keys, entries):
+                check(unquote(box.get_bytes(key)) == mboxrd_body(api[entry["index"]]), f"{entry['index']}: mbox bytes")
+                check(box.get_message(key).get_from().startswith(("MAILER-DAEMON ", "sender@")), "From line")
+    elif fmt == "maildir":
+        seen = 0
+        for user in manifest["users"]:
+            for account in user["accounts"]:
+                if "same_as" in account:
+                    continue
+                box = mailbox.Maildir(os.path.join(out, account["path"], "Maildir"), factory=None, create=False)
+                names = {f["path"].rsplit("/Maildir/.", 1)[1] for f in account["folders"]}
+                check(set(box.list_folders()) == names, f"{account['path']}: folders {box.list_folders()}")
+                for folder in box.list_folders():
+                    sub = box.get_folder(folder)
+                    for key in sub.keys():
+                        entry = next(m for m in written if os.path.basename(m["file"]).split(":")[0] == key
+                                     and m["file"].split("/cur/")[0].endswith("." + folder))
+                        check(sub.get_bytes(key) == api[entry["index"]], f"{entry['index']}: Maildir bytes")
+                        check(sub.get_message(key).get_flags() == "S", f"{entry['index']}: seen")
+                        seen += 1
+        check(seen == len(written), f"Maildir: {seen} messages read, {len(written)} listed")
+    else:
+        for entry in written:
+            with open(os.path.join(out, entry["file"]), "rb") as f:
+                data = f.read()
+            check(data == api[entry["index"]], f"{entry['index']}: EML bytes")
+            parsed = email.message_from_bytes(data)
+            check(parsed["Message-ID"] == entry["message_id"], f"{entry['index']}: Message-ID")
+
+
+def export_and_read(fmt, work):
+    prefix = store(work)
+    out = os.path.join(work, "out")
+    run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet")
+    check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
+    check(run.stderr.decode().startswith("tqnralm: export: 7 written, 0 failed"), f"summary {run.stderr!r}")
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        manifest = json.load(f)
+    totals = manifest["totals"]
+    check(manifest["format"] == fmt, "format")
+    check(totals["expected"] == totals["written"] == 7 and totals["failed"] == 0, f"totals {totals}")
+    shared = manifest["users"][2]["accounts"][0]
+    check(shared.get("same_as") == "1/0" and shared["path"] == manifest["users"][1]["accounts"][0]["path"],
+          "a shared account points at the first copy")
+
+    api = {m["index"]: tqnralm(prefix, "cat", m["index"]).stdout for m in manifest["messages"]}
+    files = tree_files(out)
+    listed = {m["file"] for m in manifest["messages"]} | {"manifest.json"}
+    if fmt == "mbox":  # an mbox file for every folder, empty ones too
+        listed |= {f["path"] for u in manifest["users"] for a in u["accounts"] for f in a.get("folders", [])}
+    check(set(files) == listed, f"files not listed: {set(files) ^ listed}")
+    check(sum(len(files[name]) for name in listed - {"manifest.json"}) == totals["bytes"], "bytes")
+    for m in manifest["messages"]:
+        data = files[m["file"]][m.get("offset", 0):m.get("offset", 0) + m["length"]]
+        check(hashlib.sha256(data).hexdigest() == m["sha256"], f"{m['index']}: SHA-256")
+        if fmt != "mbox":
+            check(data == api[m["index"]], f"{m['index']}: the bytes of QV_MailMessage_GetData")
+    read_back(fmt, out, manifest, api)
+
+    again = os.path.join(work, "again")
+    check(tqnralm(prefix, "export", again, "--format", fmt, "--quiet").returncode == 0, "second export")
+    check(tree_files(again) == files, "two exports are byte-identical")
+
+
+def exits(work):
+    prefix = store(work)
+    damaged = store(work, "damaged")
+    out = os.path.join(work, "damaged-out")
+    run = tqnralm(damaged, "export", out)
+    check(run.returncode == 1, f"damaged store: exit {run.returncode}")
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        manifest = json.load(f)
+    failed = [m for m in manifest["messages"] if m["status"] == "failed"]
+    check(len(failed) == manifest["totals"]["failed"] > 0 and all(m["code"] < 0 and "file" not in m for m in failed),
+          "failed messages are listed with their code and no file")
+    check(manifest["problems"] and manifest["problems"][0]["item"] == "folder", "the unreadable folder is listed")
+
+    dry = os.path.join(work, "dry")
+    run = tqnralm(prefix, "export", dry, "--dry-run")
+    check(run.returncode == 0 and not os.path.exists(dry), f"dry run: exit {run.returncode}, writes nothing")
+    lines = run.stdout.decode().splitlines()
+    check("       3  山田太郎/仕事/プロジェクト.sbd/見積もり" in lines, "dry run: a folder's count and target")
+    check(lines[-1] == "7 messages in 8 folders, 1978 bytes to write", f"dry run totals: {lines[-1]!r}")
+
+    mine = os.path.join(work, "mine")
+    os.makedirs(os.path.join(mine, "山田太郎", "仕事"))
+    with open(os.path.join(mine, "山田太郎", "仕事", "送信箱"), "wb") as f:
+        f.write(b"mine")
+    check(tqnralm(prefix, "export", mine).returncode == 4, "OUTDIR not empty without --force: exit 4")
+    run = tqnralm(prefix, "export", mine, "--force")
+    check(run.returncode == 4, f"--force on a file that exists: exit {run.returncode}")
+    with open(os.path.join(mine, "山田太郎", "仕事", "送信箱"), "rb") as f:
+        check(f.read() == b"mine", "the file that was there is untouched")
+    check(not any(n.startswith("manifest") for n in os.listdir(mine)), "no manifest after exit 4")
+
+    blocked = os.path.join(work, "a-file")
+    open(blocked, "wb").close()
+    check(tqnralm(prefix, "export", os.path.join(blocked, "out")).returncode == 4, "OUTDIR below a file: exit 4")
+    inside = os.path.join(prefix, "drive_c", "export")
+    check(tqnralm(prefix, "export", inside).returncode == 4 and not os.path.exists(inside), "OUTDIR in the store")
+    check(tqnralm(prefix, "export", os.path.join(work, "u"), "--user", "9").returncode == 2, "no such user: exit 2")
+    check(tqnralm(prefix, "export", os.path.join(work, "u"), "--format", "pst").returncode == 2, "bad format: exit 2")
+    empty = os.path.join(work, "no-wine")
+    os.mkdir(empty)
+    check(tqnralm(empty, "export", os.path.join(work, "n")).returncode == 3, "no mail client: exit 3")
+
+    one = os.path.join(work, "one-user")
+    check(tqnralm(prefix, "export", one, "--user", "1", "--quiet").returncode == 0, "--user 1")
+    check(sorted(os.listdir(one)) == ["manifest.json", "鈴木花子"], f"--user 1 writes {os.listdir(one)}")
+
+
+with tempfile.TemporaryDirectory(prefix="tqnralm-export-") as work:
+    if MODE == "exits":
+        exits(work)
+    else:
+        export_and_read(MODE, work)
+sys.exit(1 if failures else 0)

@@ -1,0 +1,56 @@
+// EML: one directory per mail folder (subfolders inside it) and one file
+// NNNNNN.eml per message, numbered from 1 by its position in the folder, with
+// exactly the bytes the library gives.
+#include <cstdio>
+
+#include "MailWriter.h"
+#include "Sha256.h"
+
+namespace tqnralm {
+namespace {
+
+// A subfolder must not take a message's name: "000001.eml" is reserved.
+bool IsMessageName(const std::string& folded) {
+    size_t digits = 0;
+    while (digits < folded.size() && folded[digits] >= '0' && folded[digits] <= '9') ++digits;
+    return digits >= 6 && folded.compare(digits, std::string::npos, ".eml") == 0;
+}
+
+class EmlWriter : public MailWriter {
+public:
+    using MailWriter::MailWriter;
+
+    SiblingNames FolderNames() const override { return SiblingNames("", IsMessageName); }
+
+    std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
+        std::string target = account;
+        for (const std::string& name : names) target += "/" + name;
+        return target;
+    }
+
+    bool BeginFolder(const std::string& target) override {
+        folder_ = target;
+        return output_.MakeDir(target);
+    }
+
+    bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) override {
+        char name[32];
+        std::snprintf(name, sizeof name, "/%06lld.eml", static_cast<long long>(position + 1));
+        written->file = folder_ + name;
+        written->offset = 0;
+        written->length = size;
+        hash_.Update(data, size);
+        written->sha256 = hash_.HexDigest();
+        return output_.OpenFile(written->file) && output_.Write(data, size) && output_.CloseFile(false);
+    }
+
+private:
+    std::string folder_;
+    Sha256 hash_;
+};
+
+}  // namespace
+
+std::unique_ptr<MailWriter> MakeEmlWriter(Output& output) { return std::make_unique<EmlWriter>(output); }
+
+}  // namespace tqnralm

@@ -1,0 +1,163 @@
+// The plan of an export (see ExportPlan.h).
+#include "ExportPlan.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <map>
+
+#include "Manifest.h"
+
+namespace tqnralm {
+namespace {
+
+// A name for the path; when the library cannot give one, the class and index.
+std::string NameFor(QV_OBJ obj, bool display, const std::string& fallback) {
+    std::string name;
+    return GetName(obj, display, &name) == QV_S_OK && !name.empty() ? name : fallback;
+}
+
+class Planner {
+public:
+    Planner(const MailWriter& writer, ExportPlan* plan) : writer_(writer), plan_(plan) {}
+
+    void User(Ref user, const std::string& index, const std::string& dir) {
+        UserPlan u;
+        u.index = index;
+        GetName(user.get(), false, &u.name);
+        u.dir = dir;
+        SiblingNames accountNames;
+        // The address books go beside the accounts.
+        accountNames.Reserve("addresses");
+        Children accounts(user.get(), QV_CLASS_ACCOUNT);
+        Ref account;
+        for (int n = 0;; ++n) {
+            const std::string childIndex = index + "/" + std::to_string(n);
+            int32_t code = accounts.Next(&account);
+            if (code == QV_E_NO_MORE_ITEMS) break;
+            if (code != QV_S_OK) {
+                plan_->problems.push_back({childIndex, "account", code});
+                break;
+            }
+            Account(account.get(), childIndex, u, accountNames);
+        }
+        u.user = std::move(user);
+        plan_->users.push_back(std::move(u));
+    }
+
+private:
+    void Account(QV_OBJ account, const std::string& index, UserPlan& user, SiblingNames& names) {
+        AccountPlan a;
+        a.index = index;
+        GetName(account, false, &a.name);
+        if (GetName(account, true, &a.displayName) != QV_S_OK) a.displayName.clear();
+        auto first = written_.find(a.name);
+        if (!a.name.empty() && first != written_.end()) {
+            // Two users reach one account: its mail is written once.
+            a.sameAs = first->second.first;
+            a.dir = first->second.second;
+            user.accounts.push_back(std::move(a));
+            return;
+        }
+        const std::string shown = !a.displayName.empty() ? a.displayName : NameFor(account, false, "Account " + index);
+        a.dir = user.dir + "/" + names.Claim(shown);
+        written_[a.name] = {a.index, a.dir};
+        Folders(account, index, a, {});
+        user.accounts.push_back(std::move(a));
+    }
+
+    // The folders below `parent` in tree order, each before its subfolders.
+    void Folders(QV_OBJ parent, const std::string& index, AccountPlan& account, const std::vector<std::string>& path) {
+        SiblingNames names = writer_.FolderNames();
+        Children folders(parent, QV_CLASS_MAILFOLDER);
+        Ref folder;
+        for (int n = 0;; ++n) {
+            const std::string childIndex = index + "/" + std::to_string(n);
+            int32_t code = folders.Next(&folder);
+            if (code == QV_E_NO_MORE_ITEMS) break;
+            if (code != QV_S_OK) {
+                plan_->problems.push_back({childIndex, "folder", code});
+                break;
+            }
+            FolderPlan f;
+            f.index = childIndex;
+            GetName(folder.get(), false, &f.name);
+            std::vector<std::string> childPath = path;
+            childPath.push_back(names.Claim(NameFor(folder.get(), false, "Folder " + childIndex)));
+            f.target = writer_.FolderTarget(account.dir, childPath);
+            int32_t count = 0;
+            code = QV_Object_GetChildCount(folder.get(), QV_CLASS_MAILMESSAGE, &count);
+            if (code != QV_S_OK) plan_->problems.push_back({childIndex, "message count", code});
+            f.expected = code == QV_S_OK ? count : 0;
+            plan_->expected += f.expected;
+            ++plan_->folders;
+            QV_OBJ held = folder.get();
+            f.folder = std::move(folder);
+            account.folders.push_back(std::move(f));
+            Folders(held, childIndex, account, childPath);
+        }
+    }
+
+    const MailWriter& writer_;
+    ExportPlan* plan_;
+    std::map<std::string, std::pair<std::string, std::string>> written_;  // name -> index, dir
+};
+
+}  // namespace
+
+int MakePlan(QV_OBJ root, const ExportOptions& options, const MailWriter& writer, ExportPlan* plan) {
+    int32_t count = 0;
+    int32_t code = QV_Object_GetChildCount(root, QV_CLASS_USER, &count);
+    for (int index : options.users) {
+        if (code == QV_S_OK && index >= count) {
+            std::fprintf(stderr, "tqnralm: there is no user %d (the users are 0 to %d; see 'tqnralm tree')\n", index,
+                         static_cast<int>(count) - 1);
+            return kExitUsage;
+        }
+    }
+    SiblingNames userNames;
+    userNames.Reserve(Manifest::kFileName);
+    userNames.Reserve(std::string(Manifest::kFileName) + ".partial");
+    Planner planner(writer, plan);
+    Children users(root, QV_CLASS_USER);
+    Ref user;
+    for (int n = 0;; ++n) {
+        code = users.Next(&user);
+        if (code == QV_E_NO_MORE_ITEMS) break;
+        if (code != QV_S_OK) {
+            plan->problems.push_back({std::to_string(n), "user", code});
+            break;
+        }
+        // Every user takes its name, so that a user's folder is the same
+        // whichever users an export asks for.
+        const std::string dir = userNames.Claim(NameFor(user.get(), false, "User " + std::to_string(n)));
+        if (options.users.empty() || std::count(options.users.begin(), options.users.end(), n) > 0) {
+            planner.User(std::move(user), std::to_string(n), dir);
+        }
+    }
+    return kExitOk;
+}
+
+std::vector<std::string> AccountFolders(const ExportPlan& plan) {
+    std::vector<std::string> out;
+    for (const UserPlan& user : plan.users) {
+        for (const AccountPlan& account : user.accounts) {
+            // The name is the folder's path with "%xx" escapes ("C:%5cAL-Mail%5cMailbox%5cAccount1").
+            std::string path;
+            for (size_t i = 0; i < account.name.size(); ++i) {
+                if (account.name[i] == '%' && i + 2 < account.name.size() &&
+                    std::isxdigit(static_cast<unsigned char>(account.name[i + 1])) &&
+                    std::isxdigit(static_cast<unsigned char>(account.name[i + 2]))) {
+                    path.push_back(static_cast<char>(std::stoi(account.name.substr(i + 1, 2), nullptr, 16)));
+                    i += 2;
+                } else {
+                    path.push_back(account.name[i]);
+                }
+            }
+            out.push_back(path);
+        }
+    }
+    return out;
+}
+
+}  // namespace tqnralm

@@ -1,0 +1,63 @@
+// The three forms an export writes mail in. A writer lays out the folders
+// of one account below OUTDIR and writes each message of a folder in turn.
+#ifndef TQNRALM_TOOL_MAILWRITER_H
+#define TQNRALM_TOOL_MAILWRITER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "FileNames.h"
+#include "Options.h"
+#include "Output.h"
+
+namespace tqnralm {
+
+// Where one message went: its file relative to OUTDIR, the range of the
+// file that holds it, and the SHA-256 of those bytes.
+struct WrittenMessage {
+    std::string file;
+    bool shared = false;  // the file holds other messages too (mbox): offset and length tell which bytes
+    uint64_t offset = 0;
+    uint64_t length = 0;
+    std::string sha256;
+};
+
+class MailWriter {
+public:
+    explicit MailWriter(Output& output) : output_(output) {}
+    virtual ~MailWriter() = default;
+
+    // The rules for the names of the folders of one parent.
+    virtual SiblingNames FolderNames() const { return SiblingNames(); }
+    // A folder's target relative to OUTDIR, from the account's folder and the
+    // folder's safe names from the top down.
+    virtual std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const = 0;
+    // Called once per account before its folders.
+    virtual bool BeginAccount(const std::string& account) { return output_.MakeDir(account); }
+    // Called for each folder in tree order, parents before their subfolders.
+    virtual bool BeginFolder(const std::string& target) = 0;
+    // Writes the message at `position` (from 0) of the current folder.
+    virtual bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) = 0;
+    virtual bool EndFolder() { return true; }
+
+protected:
+    Output& output_;
+};
+
+std::unique_ptr<MailWriter> MakeMboxWriter(Output& output);
+std::unique_ptr<MailWriter> MakeMaildirWriter(Output& output);
+std::unique_ptr<MailWriter> MakeEmlWriter(Output& output);
+
+inline std::unique_ptr<MailWriter> MakeMailWriter(MailFormat format, Output& output) {
+    switch (format) {
+    case MailFormat::kMaildir: return MakeMaildirWriter(output);
+    case MailFormat::kEml: return MakeEmlWriter(output);
+    default: return MakeMboxWriter(output);
+    }
+}
+
+}  // namespace tqnralm
+
+#endif

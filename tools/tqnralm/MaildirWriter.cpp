@@ -1,0 +1,64 @@
+// Maildir++ as Dovecot and Courier read it: OUTDIR/<user>/<account>/Maildir
+// with cur, new and tmp, and each folder beside them as ".Folder.Sub" with
+// its own three. Folder names stay UTF-8 (Dovecot's ":UTF-8" option), and a
+// dot inside a name, the hierarchy separator, becomes "_". Each message is
+// the file cur/NNNNNN.<hash>:2,S: its position in the folder from 1 and the
+// start of its SHA-256, so two exports name it alike, seen ("S") so that
+// Dovecot takes it as old mail.
+#include <cstdio>
+
+#include "MailWriter.h"
+#include "Sha256.h"
+
+namespace tqnralm {
+namespace {
+
+bool MakeMaildir(Output& output, const std::string& dir) {
+    return output.MakeDir(dir) && output.MakeDir(dir + "/cur") && output.MakeDir(dir + "/new") &&
+           output.MakeDir(dir + "/tmp");
+}
+
+class MaildirWriter : public MailWriter {
+public:
+    using MailWriter::MailWriter;
+
+    std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
+        std::string target = account + "/Maildir/";
+        for (const std::string& name : names) {
+            target += '.';
+            for (char c : name) target += c == '.' ? '_' : c;
+        }
+        return target;
+    }
+
+    bool BeginAccount(const std::string& account) override {
+        return output_.MakeDir(account) && MakeMaildir(output_, account + "/Maildir");
+    }
+
+    bool BeginFolder(const std::string& target) override {
+        folder_ = target;
+        return MakeMaildir(output_, target);
+    }
+
+    bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) override {
+        hash_.Update(data, size);
+        written->sha256 = hash_.HexDigest();
+        char name[64];
+        std::snprintf(name, sizeof name, "/cur/%06lld.%.16s%c2,S", static_cast<long long>(position + 1),
+                      written->sha256.c_str(), os::MaildirInfoSeparator());
+        written->file = folder_ + name;
+        written->offset = 0;
+        written->length = size;
+        return output_.OpenFile(written->file) && output_.Write(data, size) && output_.CloseFile(false);
+    }
+
+private:
+    std::string folder_;
+    Sha256 hash_;
+};
+
+}  // namespace
+
+std::unique_ptr<MailWriter> MakeMaildirWriter(Output& output) { return std::make_unique<MaildirWriter>(output); }
+
+}  // namespace tqnralm

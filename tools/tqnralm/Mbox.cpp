@@ -1,0 +1,256 @@
+// mboxrd: the "From " line of each message and the quoting of its body.
+#include "Mbox.h"
+
+#include <cctype>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace tqnralm {
+namespace {
+
+const char* const kEpoch = "Thu Jan  1 00:00:00 1970";
+
+bool EqualNoCase(const char* a, size_t n, const char* b) {
+    if (std::strlen(b) != n) return false;
+    for (size_t i = 0; i < n; ++i) {
+        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
+            return false;
+    }
+    return true;
+}
+
+// Days from 1970-01-01 of a date of the proleptic Gregorian calendar.
+int64_t DaysFromCivil(int64_t y, int m, int d) {
+    y -= m <= 2;
+    const int64_t era = (y >= 0 ? y : y - 399) / 400;
+    const int64_t yoe = y - era * 400;
+    const int64_t doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+    const int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return era * 146097 + doe - 719468;
+}
+
+void CivilFromDays(int64_t z, int64_t* y, int* m, int* d) {
+    z += 719468;
+    const int64_t era = (z >= 0 ? z : z - 146096) / 146097;
+    const int64_t doe = z - era * 146097;
+    const int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    const int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+    const int64_t mp = (5 * doy + 2) / 153;
+    *d = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
+    *m = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
+    *y = yoe + era * 400 + (*m <= 2);
+}
+
+const char* const kMonths[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+const char* const kDays[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+
+bool AllDigits(const std::string& s) {
+    if (s.empty()) return false;
+    for (char c : s) {
+        if (!std::isdigit(static_cast<unsigned char>(c))) return false;
+    }
+    return true;
+}
+
+// The zone's offset east of UTC in minutes.
+bool ZoneOffset(const std::string& zone, int* minutes) {
+    if ((zone[0] == '+' || zone[0] == '-') && zone.size() == 5 && AllDigits(zone.substr(1))) {
+        int hh = std::stoi(zone.substr(1, 2)), mm = std::stoi(zone.substr(3, 2));
+        if (hh > 23 || mm > 59) return false;
+        *minutes = (zone[0] == '-' ? -1 : 1) * (hh * 60 + mm);
+        return true;
+    }
+    static const struct {
+        const char* name;
+        int hours;
+    } kNames[] = {{"UT", 0},  {"UTC", 0}, {"GMT", 0}, {"Z", 0},   {"EST", -5}, {"EDT", -4}, {"CST", -6},
+                  {"CDT", -5}, {"MST", -7}, {"MDT", -6}, {"PST", -8}, {"PDT", -7}, {"JST", 9}};
+    for (const auto& entry : kNames) {
+        if (EqualNoCase(zone.data(), zone.size(), entry.name)) {
+            *minutes = entry.hours * 60;
+            return true;
+        }
+    }
+    // Other letters (the military zones) carry no usable offset: as -0000.
+    for (char c : zone) {
+        if (!std::isalpha(static_cast<unsigned char>(c))) return false;
+    }
+    *minutes = 0;
+    return true;
+}
+
+// The address inside a value with comments and quoted strings skipped: what
+// stands between the first '<' and its '>', else the whole value.
+std::string StripComments(const std::string& value, bool* angle) {
+    std::string out;
+    int depth = 0;
+    bool quoted = false;
+    *angle = false;
+    size_t start = std::string::npos;
+    for (size_t i = 0; i < value.size(); ++i) {
+        char c = value[i];
+        if (quoted) {
+            if (c == '\\' && i + 1 < value.size()) {
+                out += value.substr(i, 2);
+                ++i;
+                continue;
+            }
+            if (c == '"') quoted = false;
+            out.push_back(c);
+        } else if (depth > 0) {
+            if (c == '\\') ++i;
+            else if (c == '(') ++depth;
+            else if (c == ')') --depth;
+        } else if (c == '(') {
+            ++depth;
+        } else if (c == '"') {
+            quoted = true;
+            out.push_back(c);
+        } else if (c == '<' && start == std::string::npos) {
+            start = i + 1;
+            out.clear();
+            *angle = true;
+        } else if (c == '>' && *angle) {
+            return out;
+        } else {
+            out.push_back(c);
+        }
+    }
+    return out;
+}
+
+std::string Trim(const std::string& s) {
+    size_t b = 0, e = s.size();
+    while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
+    while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
+    return s.substr(b, e - b);
+}
+
+}  // namespace
+
+bool HeaderValue(const char* data, size_t size, const char* name, std::string* value) {
+    const size_t nameLength = std::strlen(name);
+    bool found = false;
+    for (size_t pos = 0; pos < size;) {
+        const char* nl = static_cast<const char*>(std::memchr(data + pos, '\n', size - pos));
+        size_t end = nl != nullptr ? static_cast<size_t>(nl - data) : size;
+        size_t lineEnd = end > pos && data[end - 1] == '\r' ? end - 1 : end;
+        if (lineEnd == pos) break;  // the blank line that ends the header section
+        const bool continuation = data[pos] == ' ' || data[pos] == '\t';
+        if (found) {
+            if (!continuation) return true;
+            value->append(data + pos, lineEnd - pos);
+        } else if (!continuation && lineEnd - pos > nameLength && data[pos + nameLength] == ':' &&
+                   EqualNoCase(data + pos, nameLength, name)) {
+            found = true;
+            value->assign(data + pos + nameLength + 1, lineEnd - pos - nameLength - 1);
+        }
+        pos = end + 1;
+    }
+    return found;
+}
+
+std::string AddrSpec(const std::string& value) {
+    bool angle = false;
+    std::string inner = Trim(StripComments(value, &angle));
+    if (!angle) {
+        // "a@b, c@d" or a display name without brackets: the first word with '@'.
+        size_t at = inner.find('@');
+        if (at == std::string::npos) return "";
+        size_t b = inner.find_last_of(" \t,;", at), e = inner.find_first_of(" \t,;", at);
+        inner = inner.substr(b == std::string::npos ? 0 : b + 1, e == std::string::npos ? e : e - b - 1);
+    }
+    for (char c : inner) {
+        if (static_cast<unsigned char>(c) <= ' ' || c == 0x7F) return "";
+    }
+    return inner;
+}
+
+std::string AsctimeUtc(const std::string& date) {
+    bool angle = false;
+    std::string text = StripComments(date, &angle);
+    if (angle) return kEpoch;
+    std::vector<std::string> words;
+    std::string word;
+    for (char c : text + " ") {
+        if (c == ' ' || c == '\t' || c == ',' || c == '\r' || c == '\n') {
+            if (!word.empty()) words.push_back(word);
+            word.clear();
+        } else {
+            word.push_back(c);
+        }
+    }
+    size_t i = 0;
+    if (i < words.size() && std::isalpha(static_cast<unsigned char>(words[i][0]))) ++i;  // the day of the week
+    if (words.size() < i + 4) return kEpoch;
+    const std::string& dayWord = words[i];
+    const std::string& monthWord = words[i + 1];
+    const std::string& yearWord = words[i + 2];
+    const std::string& timeWord = words[i + 3];
+    if (!AllDigits(dayWord) || dayWord.size() > 2 || !AllDigits(yearWord) || yearWord.size() < 2 ||
+        yearWord.size() > 4)
+        return kEpoch;
+    int month = -1;
+    for (int m = 0; m < 12; ++m) {
+        if (EqualNoCase(monthWord.data(), monthWord.size(), kMonths[m])) month = m + 1;
+    }
+    int64_t year = std::stoi(yearWord);
+    if (yearWord.size() == 2) year += year < 50 ? 2000 : 1900;  // two digits: 1950 to 2049
+    else if (yearWord.size() == 3) year += 1900;
+    const int day = std::stoi(dayWord);
+    static const int kLength[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (month < 1 || day < 1 || day > kLength[month - 1] || (month == 2 && day == 29 && !leap) || year < 1900)
+        return kEpoch;
+    int hh = 0, mm = 0, ss = 0;
+    char rest = 0;
+    int fields = std::sscanf(timeWord.c_str(), "%2d:%2d:%2d%c", &hh, &mm, &ss, &rest);
+    if (!(fields == 3 || (fields == 2 && timeWord.size() <= 5)) || hh > 23 || mm > 59 || ss > 60 || hh < 0 ||
+        mm < 0 || ss < 0)
+        return kEpoch;
+    int offset = 0;
+    if (words.size() > i + 4 && !ZoneOffset(words[i + 4], &offset)) return kEpoch;
+    const int64_t seconds = DaysFromCivil(year, month, day) * 86400 + hh * 3600 + mm * 60 + ss - offset * 60;
+    int64_t days = seconds >= 0 ? seconds / 86400 : -((-seconds + 86399) / 86400);
+    const int64_t inDay = seconds - days * 86400;
+    int64_t y = 0;
+    int m = 0, d = 0;
+    CivilFromDays(days, &y, &m, &d);
+    char out[64];
+    std::snprintf(out, sizeof out, "%s %s %2d %02d:%02d:%02d %lld", kDays[((days % 7) + 11) % 7], kMonths[m - 1], d,
+                  static_cast<int>(inDay / 3600), static_cast<int>(inDay / 60 % 60), static_cast<int>(inDay % 60),
+                  static_cast<long long>(y));
+    return out;
+}
+
+std::string FromLine(const char* data, size_t size) {
+    std::string value, sender;
+    if (HeaderValue(data, size, "Return-Path", &value)) sender = AddrSpec(value);
+    value.clear();
+    if (sender.empty() && HeaderValue(data, size, "From", &value)) sender = AddrSpec(value);
+    if (sender.empty()) sender = "MAILER-DAEMON";
+    value.clear();
+    std::string date = HeaderValue(data, size, "Date", &value) ? AsctimeUtc(value) : kEpoch;
+    return "From " + sender + " " + date + "\n";
+}
+
+void AppendMboxrd(const char* data, size_t size, std::string& out) {
+    for (size_t pos = 0; pos < size;) {
+        const char* nl = static_cast<const char*>(std::memchr(data + pos, '\n', size - pos));
+        size_t end = nl != nullptr ? static_cast<size_t>(nl - data) : size;
+        size_t lineEnd = nl != nullptr && end > pos && data[end - 1] == '\r' ? end - 1 : end;
+        size_t q = pos;
+        while (q < lineEnd && data[q] == '>') ++q;
+        if (lineEnd - q >= 5 && std::memcmp(data + q, "From ", 5) == 0) out.push_back('>');
+        out.append(data + pos, lineEnd - pos);
+        out.push_back('\n');
+        pos = end + 1;
+    }
+    out.push_back('\n');
+}
+
+}  // namespace tqnralm
+

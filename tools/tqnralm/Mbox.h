@@ -1,0 +1,35 @@
+// mboxrd: the "From " line that starts each message and the quoting of the
+// body, as Thunderbird, mutt and Python's mailbox read them.
+#ifndef TQNRALM_TOOL_MBOX_H
+#define TQNRALM_TOOL_MBOX_H
+
+#include <cstddef>
+#include <string>
+
+namespace tqnralm {
+
+// The first header field of this name (without regard to case) in the
+// header section of a message, unfolded; false when there is none.
+bool HeaderValue(const char* data, size_t size, const char* name, std::string* value);
+
+// The addr-spec in a Return-Path or From value ("Taro <taro@example.jp>",
+// "taro@example.jp (Taro)"); empty when there is none usable on a From line.
+std::string AddrSpec(const std::string& value);
+
+// An RFC 5322 date ("Fri, 14 Mar 2008 09:05:01 +0900") in UTC, in the form of
+// asctime ("Fri Mar 14 00:05:01 2008"); "Thu Jan  1 00:00:00 1970" when it
+// cannot be read.
+std::string AsctimeUtc(const std::string& date);
+
+// "From <sender> <date>\n" for a message: the addr-spec of Return-Path, else
+// of From, else MAILER-DAEMON; the Date header in UTC.
+std::string FromLine(const char* data, size_t size);
+
+// Appends a message body in mboxrd form to `out`: CR LF becomes LF, a line
+// that matches ^>*From gets one more ">", a last line without an end gets
+// one, and a blank line ends the message.
+void AppendMboxrd(const char* data, size_t size, std::string& out);
+
+}  // namespace tqnralm
+
+#endif

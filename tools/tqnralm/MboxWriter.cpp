@@ -1,0 +1,57 @@
+// mbox in Thunderbird's "Local Folders" layout: folder X is the mbox file X
+// (no extension) and its subfolders lie in the directory X.sbd. Each
+// message is mboxrd (Mbox.h).
+#include "MailWriter.h"
+#include "Mbox.h"
+#include "Sha256.h"
+
+namespace tqnralm {
+namespace {
+
+class MboxWriter : public MailWriter {
+public:
+    using MailWriter::MailWriter;
+
+    // "X" also takes "X.sbd", so no sibling's file lands on that directory.
+    SiblingNames FolderNames() const override { return SiblingNames(".sbd"); }
+
+    std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
+        std::string target = account;
+        for (size_t i = 0; i < names.size(); ++i) target += (i == 0 ? "/" : ".sbd/") + names[i];
+        return target;
+    }
+
+    bool BeginFolder(const std::string& target) override {
+        file_ = target;
+        // The parent's .sbd directory (or the account's folder, made already).
+        const std::string parent = target.substr(0, target.rfind('/'));
+        return output_.MakeDir(parent) && output_.OpenFile(target);
+    }
+
+    bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
+        text_ = FromLine(data, size);
+        AppendMboxrd(data, size, text_);
+        written->file = file_;
+        written->shared = true;
+        written->offset = output_.offset();
+        written->length = text_.size();
+        hash_.Update(text_.data(), text_.size());
+        written->sha256 = hash_.HexDigest();
+        return output_.Write(text_);
+    }
+
+    // The one file of a folder is flushed to the disk before the manifest
+    // says it is complete.
+    bool EndFolder() override { return output_.CloseFile(true); }
+
+private:
+    std::string file_;
+    std::string text_;  // one message at a time, its capacity kept
+    Sha256 hash_;
+};
+
+}  // namespace
+
+std::unique_ptr<MailWriter> MakeMboxWriter(Output& output) { return std::make_unique<MboxWriter>(output); }
+
+}  // namespace tqnralm

@@ -1,0 +1,77 @@
+// The host's one seam to the operating system: the terminal test, files
+// created only when new, directories, the rename that never replaces, and
+// where the mail client's store lies. Paths are UTF-8 with '/' (Windows
+// also takes '\'); nothing else in the tool knows the platform.
+#ifndef TQNRALM_TOOL_OS_H
+#define TQNRALM_TOOL_OS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tqnralm {
+namespace os {
+
+bool StderrIsTerminal();
+
+// What stands between a Maildir file's unique part and its flags: ':', and
+// '!' on Windows, whose file names cannot hold a colon.
+char MaildirInfoSeparator();
+
+// The outcome of creating something that must be new.
+enum class Created { kNew, kExists, kFailed };
+
+// A file opened for writing that did not exist before (O_EXCL, CREATE_NEW).
+// Every failure gives a message in `error` (the path and the system's reason).
+class NewFile {
+public:
+    NewFile() = default;
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+    ~NewFile();
+
+    Created Create(const std::string& path, std::string* error);
+    bool Write(const char* data, size_t size, std::string* error);
+    // Flushes the file to the disk.
+    bool Sync(std::string* error);
+    bool Close(std::string* error);
+    bool IsOpen() const { return handle_ != -1; }
+
+private:
+    intptr_t handle_ = -1;
+    std::string path_;
+};
+
+// One directory: kNew when made, kExists when a directory was there already.
+Created MakeDirectory(const std::string& path, std::string* error);
+// A directory and its missing parents.
+bool MakeDirectories(const std::string& path, std::string* error);
+
+enum class Folder { kMissing, kEmpty, kNotEmpty, kNotAFolder };
+Folder InspectFolder(const std::string& path);
+bool Exists(const std::string& path);
+
+// Renames `from` to `to` only when `to` does not exist.
+bool RenameNew(const std::string& from, const std::string& to, std::string* error);
+// Removes a file this run created (the unfinished manifest).
+void RemoveFile(const std::string& path);
+
+// The absolute form of a path with the links of its existing part resolved,
+// for comparing two paths.
+std::string AbsolutePath(const std::string& path);
+// Whether `path` is `folder` or lies below it (both from AbsolutePath).
+bool IsInside(const std::string& path, const std::string& folder);
+
+// Where the library reads the mail client's machine, for the manifest: the
+// Wine prefix, or "this machine".
+std::string SourceDescription();
+// The host folders that hold the store: the account folders (as the mail
+// client names them, "C:\AL-Mail\Mailbox\Account1") and, on a Wine prefix,
+// the prefix itself. An export must not write below any of them.
+std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders);
+
+}  // namespace os
+}  // namespace tqnralm
+
+#endif

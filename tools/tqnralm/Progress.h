@@ -1,0 +1,37 @@
+// The export's report on stderr: a status line on a terminal, at most ten
+// times a second (messages done of all, MB, messages per second, time left),
+// and one summary line at the end. Times go to stderr only, never into the
+// output, so that two exports are byte-identical.
+#ifndef TQNRALM_TOOL_PROGRESS_H
+#define TQNRALM_TOOL_PROGRESS_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace tqnralm {
+
+class Progress {
+public:
+    // `live`: show the status line (stderr is a terminal and not --quiet).
+    Progress(bool live, int64_t total);
+    // One message done, written or failed, and the bytes it added.
+    void Step(uint64_t bytes);
+    // Clears the status line and prints the summary; a dry run's counts
+    // are what would be written.
+    void Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes);
+
+private:
+    void Show(std::chrono::steady_clock::time_point now);
+
+    bool live_;
+    int64_t total_;
+    int64_t done_ = 0;
+    uint64_t bytes_ = 0;
+    int width_ = 0;  // of the status line shown last
+    std::chrono::steady_clock::time_point start_, last_;
+};
+
+}  // namespace tqnralm
+
+#endif
