@@ -2,6 +2,7 @@
 // through one writer, each listed in the manifest as it is written.
 #include <cstdio>
 
+#include "AddressPass.h"
 #include "Commands.h"
 #include "ExportPlan.h"
 #include "Library.h"
@@ -210,10 +211,17 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     Progress progress(!options.quiet && !options.dryRun && os::StderrIsTerminal(), plan.expected);
     MailTotals totals;
     MailPass pass(*writer, output, listing, progress, plan);
-    if (!pass.Run(&totals)) return Fail("cannot write " + output.error(), listing);
+    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), listing);
+    if (!options.mail) plan.expected = 0;
+    // The address books after the mail, listed after the messages.
+    Json books = Json::array();
+    AddressTotals addresses;
+    if (options.addresses && !WriteAddressBooks(plan, options.addressForms, output, &books, &addresses)) {
+        return Fail("cannot write " + output.error(), listing);
+    }
 
     const bool complete = totals.failed == 0 && totals.unread == 0 && plan.problems.empty() &&
-                          totals.written == plan.expected;
+                          totals.written == plan.expected && addresses.Complete();
     if (options.dryRun) {
         std::printf("%lld messages in %zu folders, %llu bytes to write", static_cast<long long>(plan.expected),
                     plan.folders, static_cast<unsigned long long>(totals.bytes));
@@ -226,7 +234,8 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
             std::printf("cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
                         static_cast<int>(problem.code));
         }
-        progress.Finish(true, totals.written, totals.failed, totals.bytes);
+        if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
+        if (options.addresses) PrintAddressSummary(true, addresses);
         return complete ? kExitOk : kExitIncomplete;
     }
 
@@ -239,10 +248,13 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
                          {"failed", totals.failed},
                          {"unread", totals.unread},
                          {"bytes", totals.bytes}};
-    if (!manifest.EndArray() || !manifest.Put("problems", problems) || !manifest.Finish()) {
+    manifest.totals()["address_books"] = addresses.ToJson();
+    if (!manifest.EndArray() || !manifest.Put("address_books", books) || !manifest.Put("problems", problems) ||
+        !manifest.Finish()) {
         return Fail("cannot write the manifest: " + manifest.error(), &manifest);
     }
-    progress.Finish(false, totals.written, totals.failed, totals.bytes);
+    if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
+    if (options.addresses) PrintAddressSummary(false, addresses);
     for (const Problem& problem : plan.problems) {
         std::fprintf(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
                      static_cast<int>(problem.code));

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "AddressExport.h"
+
 namespace tqnralm {
 
 // Exit codes of the program, the same for every command.
@@ -31,7 +33,9 @@ struct ExportOptions {
     bool dryRun = false;     // plan only: print targets and counts, write nothing
     bool force = false;      // add to an OUTDIR that holds other files
     bool quiet = false;      // no status line on a terminal
-    bool mail = true;        // export the mail (the address books are another part)
+    bool mail = true;        // export the mail
+    bool addresses = true;   // export the address books
+    AddressForms addressForms;
 };
 
 const char* FormatName(MailFormat format);

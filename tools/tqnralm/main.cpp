@@ -44,7 +44,8 @@ int main(int argc, char** argv) {
     ExportOptions exportOptions;
     CLI::App* exportCommand = app.add_subcommand(
         "export", "Write every message out as mbox (Thunderbird's Local Folders), Maildir++ or EML files, "
-                  "with OUTDIR/manifest.json listing each message and its SHA-256");
+                  "and every address book as vCard 4.0, LDIF and CSV, with OUTDIR/manifest.json listing "
+                  "each file and its SHA-256");
     exportCommand->footer(kExitCodes);
     exportCommand->add_option("OUTDIR", exportOptions.outDir, "The folder to write into; created when missing")
         ->required();
@@ -59,6 +60,18 @@ int main(int argc, char** argv) {
     exportCommand->add_flag("--force", exportOptions.force,
                             "Add to an OUTDIR that holds other files (nothing is ever overwritten)");
     exportCommand->add_flag("--quiet", exportOptions.quiet, "No status line, only the summary");
+    std::string addressForms = "vcard,ldif,csv";
+    exportCommand
+        ->add_option("--addresses", addressForms,
+                     "The forms of the address books, comma-separated: vcard, ldif, csv (default all three)")
+        ->type_name("FORMS")
+        ->check([](const std::string& value) {
+            AddressForms forms;
+            return ParseAddressForms(value, &forms) ? std::string() : "FORMS is a list of vcard, ldif and csv";
+        });
+    bool noMail = false, noAddresses = false;
+    CLI::Option* noMailFlag = exportCommand->add_flag("--no-mail", noMail, "Leave the messages out");
+    exportCommand->add_flag("--no-addresses", noAddresses, "Leave the address books out")->excludes(noMailFlag);
 
     try {
         app.parse(argc, argv);
@@ -76,5 +89,8 @@ int main(int argc, char** argv) {
     exportOptions.format = format == "maildir" ? MailFormat::kMaildir
                            : format == "eml"   ? MailFormat::kEml
                                                : MailFormat::kMbox;
+    exportOptions.mail = !noMail;
+    exportOptions.addresses = !noAddresses;
+    ParseAddressForms(addressForms, &exportOptions.addressForms);
     return RunExport(global, exportOptions);
 }

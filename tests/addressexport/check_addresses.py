@@ -1,0 +1,200 @@
+#!/usr/bin/python3
+"""Reads the sample store's exported address books back with independent
+readers: vobject for vCard, python-ldap's ldif for LDIF and csv for CSV.
+
+usage: check_addresses.py TQNRALM SAMPLESTORE
+
+Every address and group that `tqnralm tree` shows must be found in all three
+forms with its fields, and two exports must be byte-identical."""
+import csv
+import filecmp
+import hashlib
+import io
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+import ldif
+import vobject
+
+TB_HEADER = ("First Name,Last Name,Display Name,Nickname,Primary Email,Secondary Email,Screen Name,Work Phone,"
+             "Home Phone,Fax Number,Pager Number,Mobile Number,Home Address,Home Address 2,Home City,Home State,"
+             "Home ZipCode,Home Country,Work Address,Work Address 2,Work City,Work State,Work ZipCode,Work Country,"
+             "Job Title,Department,Organization,Web Page 1,Web Page 2,Birth Year,Birth Month,Birth Day,Custom 1,"
+             "Custom 2,Custom 3,Custom 4,Notes").split(",")
+
+failures = []
+
+
+def check(ok, what):
+    if not ok:
+        failures.append(what)
+
+
+def expected_books(tree):
+    """{(user, book): {"groups": {path: [(heading, address)]}, "top": [...]}} from the tree listing."""
+    books, user, stack = {}, None, []
+    for line in tree.splitlines():
+        depth = (len(line) - len(line.lstrip(" "))) // 2
+        m = re.match(r'\s*(\w+) \[[^\]]*\] (?:name="([^"]*)"|heading="([^"]*)" address="([^"]*)")', line)
+        if not m:
+            continue
+        kind = m.group(1)
+        if kind == "user":
+            user = m.group(2)
+        elif kind == "group":
+            del stack[depth - 3:]
+            stack.append(m.group(2))
+            if depth == 3:
+                books[(user, m.group(2))] = {"groups": {}, "top": []}
+            else:
+                books[(user, stack[0])]["groups"]["/".join(stack[1:])] = []
+        elif kind == "address":
+            book = books[(user, stack[0])]
+            path = "/".join(stack[1:depth - 3])
+            (book["groups"][path] if path else book["top"]).append((m.group(3), m.group(4)))
+    return books
+
+
+def check_manifest(out, books):
+    """Each book listed with its counts, each file with its size and SHA-256."""
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        manifest = json.load(f)
+    listed = manifest["address_books"]
+    check(len(listed) == len(books), f"manifest: {len(listed)} books")
+    for entry in listed:
+        user = next(u["name"] for u in manifest["users"] if u["index"] == entry["user"])
+        book = books.get((user, entry["name"]), {"groups": {}, "top": []})
+        addresses = len(book["top"]) + sum(len(m) for m in book["groups"].values())
+        check(entry["groups"] == {"expected": len(book["groups"]), "written": len(book["groups"]), "failed": 0}
+              and entry["addresses"]["written"] == addresses, f"manifest: counts of {entry['path']}")
+        check(len(entry["files"]) == 3, f"manifest: files of {entry['path']}")
+        for f in entry["files"]:
+            data = open(os.path.join(out, f["path"]), "rb").read()
+            check(len(data) == f["bytes"] and hashlib.sha256(data).hexdigest() == f["sha256"], f"manifest: {f['path']}")
+    totals = manifest["totals"]["address_books"]
+    check(totals["books"] == {"expected": len(books), "written": len(books), "failed": 0}, f"totals {totals}")
+
+
+def run(tqnralm, prefix, *args):
+    env = dict(os.environ, WINEPREFIX=prefix)
+    return subprocess.run([tqnralm] + list(args), env=env, capture_output=True, text=True)
+
+
+def subtree(groups, path):
+    return {a for p, members in groups.items() if p == path or p.startswith(path + "/") for a in members}
+
+
+def check_vcard(text, book, name):
+    cards = list(vobject.readComponents(text))
+    persons = [c for c in cards if "kind" not in c.contents]
+    lists = {c.fn.value: c for c in cards if "kind" in c.contents}
+    by_uid = {c.uid.value: c for c in cards}
+    found = {(c.fn.value, c.email.value if "email" in c.contents else "") for c in persons}
+    for path, members in list(book["groups"].items()) + [("", book["top"])]:
+        for heading, address in members:
+            check((heading or address, address) in found, f"{name}.vcf: no card {heading} <{address}>")
+        if not path:
+            continue
+        group = lists.get(path.split("/")[-1]) or lists.get(path)
+        check(group is not None and group.kind.value == "group", f"{name}.vcf: no group card {path}")
+        if group is None:
+            continue
+        named = {(by_uid[m.value].fn.value, by_uid[m.value].contents.get("email", [None])[0].value
+                  if "email" in by_uid[m.value].contents else "")
+                 for m in group.contents.get("member", []) if "kind" not in by_uid[m.value].contents}
+        check(named == {(h or a, a) for h, a in members}, f"{name}.vcf: members of {path}: {sorted(named)}")
+
+
+def check_ldif(text, book, name):
+    parser = ldif.LDIFRecordList(io.StringIO(text))
+    parser.parse()
+    persons = {}
+    lists = {}
+    for dn, entry in parser.all_records:
+        classes = {v.decode() for v in entry["objectclass"]}
+        if "groupOfNames" in classes:
+            lists[entry["cn"][0].decode()] = {v.decode() for v in entry.get("member", [])}
+        else:
+            check({"top", "person", "organizationalPerson", "inetOrgPerson", "mozillaAbPersonAlpha"} <= classes,
+                  f"{name}.ldif: object classes of {dn}")
+            persons[dn] = (entry["cn"][0].decode(), entry["mail"][0].decode() if "mail" in entry else "")
+    found = set(persons.values())
+    for path, members in list(book["groups"].items()) + [("", book["top"])]:
+        for heading, address in members:
+            check((heading or address, address) in found, f"{name}.ldif: no person {heading} <{address}>")
+        if not path:
+            continue
+        members_dn = lists.get(path.split("/")[-1], lists.get(path))
+        check(members_dn is not None, f"{name}.ldif: no list {path}")
+        if members_dn is not None:
+            # Lists do not nest: a list names the addresses of its subgroups too.
+            want = {(h or a, a) for h, a in subtree(book["groups"], path)}
+            got = {persons[dn] for dn in members_dn if dn in persons}
+            check(got == want and len(got) == len(members_dn), f"{name}.ldif: members of {path}: {sorted(got)}")
+
+
+def check_csv(data, book, name):
+    check(data.startswith(b"\xef\xbb\xbf"), f"{name}.csv: no BOM")
+    rows = list(csv.reader(io.StringIO(data.decode("utf-8-sig"), newline="")))
+    check(rows[0][:37] == TB_HEADER and rows[0][-1] == "Groups", f"{name}.csv: header {rows[0]}")
+    found = set()
+    for row in rows[1:]:
+        check(len(row) == len(rows[0]), f"{name}.csv: row of {len(row)} cells")
+        cell = dict(zip(rows[0], row))
+        for path in cell["Groups"].split("; ") if cell["Groups"] else [""]:
+            found.add((cell["Display Name"], cell["Primary Email"], path))
+    rows_found = {(n, a) for n, a, _ in found}
+    for path, members in list(book["groups"].items()) + [("", book["top"])]:
+        for heading, address in members:
+            # An address outside any group has a row, whose Groups may name
+            # the groups that hold it as well.
+            check((heading or address, address, path) in found or not path and (heading or address, address)
+                  in rows_found, f"{name}.csv: no row {heading} <{address}> in {path}")
+
+
+def main():
+    tqnralm, samplestore = sys.argv[1:3]
+    with tempfile.TemporaryDirectory() as work:
+        return check_all(tqnralm, samplestore, work)
+
+
+def check_all(tqnralm, samplestore, work):
+    prefix = os.path.join(work, "prefix")
+    subprocess.run([samplestore, prefix], check=True, capture_output=True)
+    tree = run(tqnralm, prefix, "tree")
+    books = expected_books(tree.stdout)
+    check(len(books) >= 2, f"the tree shows {len(books)} books")
+    outs = [os.path.join(work, "out1"), os.path.join(work, "out2")]
+    for out in outs:
+        r = run(tqnralm, prefix, "export", out, "--no-mail")
+        check(r.returncode in (0, 1), f"export {out}: exit {r.returncode}: {r.stderr}")
+    check_manifest(outs[0], books)
+    for (user, book), content in sorted(books.items()):
+        folder = os.path.join(outs[0], user, "addresses")
+        for ext in ("vcf", "ldif", "csv"):
+            path = os.path.join(folder, f"{book}.{ext}")
+            if not os.path.isfile(path):
+                check(False, f"missing {path}")
+                continue
+            other = os.path.join(outs[1], user, "addresses", f"{book}.{ext}")
+            check(filecmp.cmp(path, other, shallow=False), f"{path} differs between two exports")
+            data = open(path, "rb").read()
+            if ext == "vcf":
+                check(b"\n" not in data.replace(b"\r\n", b""), f"{path}: a line end that is not CR LF")
+                check_vcard(data.decode("utf-8"), content, f"{user}/{book}")
+            elif ext == "ldif":
+                check_ldif(data.decode("ascii"), content, f"{user}/{book}")
+            else:
+                check_csv(data, content, f"{user}/{book}")
+    for f in failures:
+        print("FAIL:", f)
+    print(f"{len(books)} books checked, {len(failures)} failures")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,94 @@
+// AddressPass.cpp - the address books of the plan's users into files.
+#include "AddressPass.h"
+
+#include <cstdio>
+
+#include "FileNames.h"
+#include "Sha256.h"
+
+namespace tqnralm {
+namespace {
+
+const char* FormName(const std::string& extension) {
+    return extension == "vcf" ? "vcard" : extension == "ldif" ? "ldif" : "csv";
+}
+
+Json CountJson(int64_t written, int64_t failed) {
+    return {{"expected", written + failed}, {"written", written}, {"failed", failed}};
+}
+
+}  // namespace
+
+Json AddressTotals::ToJson() const {
+    return {{"books", CountJson(books.written, books.failed)},
+            {"groups", CountJson(groups.written, groups.failed)},
+            {"addresses", CountJson(addresses.written, addresses.failed)},
+            {"cards", cards},
+            {"files", files},
+            {"bytes", bytes}};
+}
+
+bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& output, Json* books,
+                       AddressTotals* totals) {
+    for (UserPlan& user : plan.users) {
+        UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, forms);
+        totals->books.failed += out.failedBooks;
+        if (out.failedBooks > 0) {
+            std::fprintf(stderr, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
+                         user.index.c_str());
+        }
+        if (out.books.empty()) continue;
+        const std::string dir = user.dir + "/addresses";
+        if (!output.MakeDir(user.dir) || !output.MakeDir(dir)) return false;
+        SiblingNames names;
+        for (const AddressBookOutput& book : out.books) {
+            // The longest extension still fits in a component.
+            const std::string stem = dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - 5));
+            Json files = Json::array();
+            for (const AddressBookOutput::File& file : book.files) {
+                const std::string path = stem + "." + file.extension;
+                if (!output.OpenFile(path) || !output.Write(file.bytes) || !output.CloseFile(true)) return false;
+                Sha256 sha;
+                sha.Update(file.bytes.data(), file.bytes.size());
+                files.push_back({{"form", FormName(file.extension)},
+                                 {"path", path},
+                                 {"bytes", file.bytes.size()},
+                                 {"sha256", sha.HexDigest()}});
+                ++totals->files;
+                totals->bytes += file.bytes.size();
+                if (output.dryRun()) {
+                    std::printf("%8d  %s\n", book.addresses, path.c_str());
+                }
+            }
+            // A book whose groups or addresses failed in part is written
+            // with what could be read, and counted as written.
+            ++totals->books.written;
+            totals->groups.written += book.groups;
+            totals->groups.failed += book.failedGroups;
+            totals->addresses.written += book.addresses;
+            totals->addresses.failed += book.failedAddresses;
+            totals->cards += book.cards;
+            books->push_back({{"user", user.index},
+                              {"name", book.name},
+                              {"path", stem},
+                              {"groups", CountJson(book.groups, book.failedGroups)},
+                              {"addresses", CountJson(book.addresses, book.failedAddresses)},
+                              {"cards", book.cards},
+                              {"files", std::move(files)}});
+        }
+    }
+    return true;
+}
+
+void PrintAddressSummary(bool dryRun, const AddressTotals& t) {
+    std::fprintf(stderr,
+                 "tqnralm: %s: %lld address books (%lld groups, %lld addresses as %lld cards) %s, %lld books, "
+                 "%lld groups and %lld addresses failed, %lld files, %llu bytes\n",
+                 dryRun ? "dry run" : "export", static_cast<long long>(t.books.written),
+                 static_cast<long long>(t.groups.written), static_cast<long long>(t.addresses.written),
+                 static_cast<long long>(t.cards), dryRun ? "to write" : "written", static_cast<long long>(t.books.failed),
+                 static_cast<long long>(t.groups.failed), static_cast<long long>(t.addresses.failed),
+                 static_cast<long long>(t.files), static_cast<unsigned long long>(t.bytes));
+}
+
+}  // namespace tqnralm

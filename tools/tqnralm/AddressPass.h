@@ -1,0 +1,38 @@
+// AddressPass.h - the address half of `export`: every book of every user of
+// the plan written as OUTDIR/<user>/addresses/<book>.vcf, .ldif and .csv,
+// each book listed in the manifest with its counts and its files' SHA-256.
+#ifndef TQNRALM_HOST_ADDRESSPASS_H
+#define TQNRALM_HOST_ADDRESSPASS_H
+
+#include <cstdint>
+
+#include "AddressExport.h"
+#include "ExportPlan.h"
+#include "Manifest.h"
+#include "Output.h"
+
+namespace tqnralm {
+
+struct AddressTotals {
+    struct Count {
+        int64_t written = 0, failed = 0;
+    };
+    Count books, groups, addresses;
+    int64_t cards = 0, files = 0;
+    uint64_t bytes = 0;
+
+    bool Complete() const { return books.failed == 0 && groups.failed == 0 && addresses.failed == 0; }
+    Json ToJson() const;
+};
+
+// Writes the books; in a dry run prints each target with its counts. False
+// when the output fails (output.error() tells why); books that cannot be
+// read are counted and the pass goes on. `books` receives one entry per book.
+bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& output, Json* books,
+                       AddressTotals* totals);
+// The summary line on stderr, after the mail's.
+void PrintAddressSummary(bool dryRun, const AddressTotals& totals);
+
+}  // namespace tqnralm
+
+#endif  // TQNRALM_HOST_ADDRESSPASS_H
