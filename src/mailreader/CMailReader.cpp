@@ -115,9 +115,26 @@ void CMailReader::AddUser(const char* pszDirectory, const char* pszName) {
     p->LoadAccounts();
 }
 
-void CMailReader::AdoptFolder(CMailFolder* pFolder) {
+int32_t CMailReader::GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder) {
+    if (nIndex < 0 || nIndex >= pParent->m_nFolders) return -3;
+    FolderEntry* pEntry = pParent->FolderAt(nIndex);
+    if (pEntry->pFolder != nullptr) {
+        *ppFolder = pEntry->pFolder;
+        return 0;
+    }
+    CMailFolder* pFolder = new (std::nothrow) CMailFolder;
+    if (pFolder == nullptr) return -1;
     pFolder->m_pNextOpen = m_pOpenFolders;
     m_pOpenFolders = pFolder;
+    std::string path = pParent->m_szPath;
+    path += '\\';
+    path += pEntry->szName;
+    CopyField(pFolder->m_szPath, sizeof pFolder->m_szPath, path.c_str());
+    pEntry->pFolder = pFolder;
+    *ppFolder = pFolder;
+    // A folder that fails to open stays noted: the next request hands it
+    // out as it is, titled or not, with no entries.
+    return pFolder->OpenBox() != 0 ? -3 : 0;
 }
 
 int32_t CMailReader::GetUser(int32_t nIndex, CMailUser** ppUser) const {

@@ -75,8 +75,11 @@ public:
     int32_t GetUser(int32_t nIndex, CMailUser** ppUser) const;
     // Makes one user and loads its accounts.
     void AddUser(const char* pszDirectory, const char* pszName);
-    // Puts a newly made folder at the head of the chain, which owns it.
-    void AdoptFolder(CMailFolder* pFolder);
+    // Opens the child at nIndex of pParent on first demand and puts it at the
+    // head of the chain of open folders, which owns it. 0, -1 no memory for
+    // the record, or -3 (no such child, or its opening failed); the child is
+    // handed out also when its opening failed. What the opening raises passes.
+    int32_t GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder);
 
     int32_t IsInstalled() const { return m_discovery.IsInstalled(); }
     const char* InstallDir() const { return m_discovery.InstallDir(); }

@@ -1,5 +1,4 @@
-// MailBox.cpp - folder forms, entry lists, the lazy opening of child folders
-// and the one message a folder holds.
+// MailBox.cpp - folder forms, entry lists and the one message a folder holds.
 #include "mailreader/MailBox.h"
 
 #include <cstring>
@@ -8,7 +7,6 @@
 #include <new>
 
 #include "QvImplCommon/QvExceptions.h"
-#include "mailreader/CMailReader.h"
 #include "mailreader/Discovery.h"
 #include "mailreader/EntryLists.h"
 #include "messagelib/MessageLib.h"
@@ -200,33 +198,6 @@ int32_t CMailFolder::LoadIndexFile() {
     CFileLineSource source(file.pFile);
     ReadEntryLines(source, ParseIndexLine, [this](const std::string& name) { AppendMessageEntry(name); });
     return 0;
-}
-
-int32_t GetFolder(CMailReader* pReader, CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder) {
-    try {
-        if (nIndex < 0 || nIndex >= pParent->m_nFolders) return -3;
-        FolderEntry* pEntry = pParent->FolderAt(nIndex);
-        if (pEntry->pFolder != nullptr) {
-            *ppFolder = pEntry->pFolder;
-            return 0;
-        }
-        CMailFolder* pFolder = new (std::nothrow) CMailFolder;
-        if (pFolder == nullptr) return -1;
-        pReader->AdoptFolder(pFolder);
-        std::string path = ProfilePath(pParent->m_szPath, pEntry->szName);
-        CopyField(pFolder->m_szPath, sizeof pFolder->m_szPath, path.c_str());
-        pEntry->pFolder = pFolder;
-        *ppFolder = pFolder;
-        // A folder that fails to open stays noted: the next request hands it
-        // out as it is, titled or not, with no entries.
-        return pFolder->OpenBox() != 0 ? -3 : 0;
-    } catch (const std::bad_alloc&) {
-        return -1;
-    } catch (const CMemoryException&) {
-        return -1;
-    } catch (...) {
-        return -2;
-    }
 }
 
 void CMailBox::ReleaseMainParts() {

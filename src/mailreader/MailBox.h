@@ -18,7 +18,6 @@
 
 #include "sNqxMsgNet.h"
 
-class CMailReader;
 class CMailFolder;
 
 // What every record handle points at: the reader's name functions read these
@@ -124,10 +123,6 @@ public:
     // directory two levels up. 0, or -1 when the file cannot be opened.
     int32_t LoadIndexFile();
 };
-
-// Opens the child at nIndex of pParent on first demand. 0, -1, -2 or -3; the
-// child is handed out also when its opening failed.
-int32_t GetFolder(CMailReader* pReader, CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder);
 
 // Copies a text into a fixed field, cut to fit and always terminated.
 void CopyField(char* pField, size_t cbField, const char* pszText);

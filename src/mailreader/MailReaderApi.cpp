@@ -1,7 +1,8 @@
 // MailReaderApi.cpp - the eighteen flat functions of the mail reader.
 //
-// Each tests the reader handle, calls into the reader and stops every
-// exception at its barrier: nothing but a result code leaves this file.
+// Each tests the reader handle and calls into the reader behind one barrier
+// that turns whatever is raised into a result: nothing but a result code
+// leaves this file.
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -31,6 +32,33 @@ CMailUser* AsUser(MAILRECORD_HANDLE h) { return static_cast<CMailUser*>(AsNamed(
 CMailBox* AsBox(MAILRECORD_HANDLE h) { return static_cast<CMailBox*>(AsNamed(h)); }
 MAILRECORD_HANDLE ToHandle(CMailNamed* p) { return p; }
 
+// The barrier of a flat function: an allocation failure (std::bad_alloc or
+// CMemoryException) ends as nMemory, anything else raised as nOther, after
+// onFailure has tidied up.
+template <class Body, class OnFailure>
+int32_t Barrier(int32_t nMemory, int32_t nOther, Body body, OnFailure onFailure) {
+    int32_t nResult;
+    try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        nResult = nMemory;
+    } catch (const CMemoryException&) {
+        nResult = nMemory;
+    } catch (...) {
+        nResult = nOther;
+    }
+    try {
+        onFailure();
+    } catch (...) {
+    }
+    return nResult;
+}
+
+template <class Body>
+int32_t Barrier(int32_t nMemory, int32_t nOther, Body body) {
+    return Barrier(nMemory, nOther, body, [] {});
+}
+
 // A record handle that points at the tag text stands for the root token.
 MAILRECORD_HANDLE TagTest(const MailReaderHandle* pHandle, MAILRECORD_HANDLE hRecord) {
     if (hRecord != nullptr && hRecord != RootToken(pHandle) &&
@@ -43,7 +71,7 @@ MAILRECORD_HANDLE TagTest(const MailReaderHandle* pHandle, MAILRECORD_HANDLE hRe
 int32_t FetchName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hRecord, bool bTitle, QvV4Value* pValue) {
     MailReaderHandle* pHandle = AsHandle(hReader);
     if (pHandle == nullptr) return -3;
-    try {
+    return Barrier(-2, -2, [&]() -> int32_t {
         if (hRecord == nullptr) return -2;
         std::string text;
         if (hRecord == RootToken(pHandle)) {
@@ -53,16 +81,14 @@ int32_t FetchName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hRecord, bool bTi
             text = bTitle ? pNamed->m_szTitle : pNamed->m_szName;
             if (text.empty()) return -3;
         }
+        // Only the escaping tells a lack of memory apart.
         std::string escaped;
-        try {
+        const int32_t nEscape = Barrier(-1, -2, [&] {
             escaped = EscapeRecordName(text);
-        } catch (const std::bad_alloc&) {
-            return -1;
-        }
-        return QvV4Value_FromString(escaped, pValue);
-    } catch (...) {
-        return -2;
-    }
+            return 0;
+        });
+        return nEscape != 0 ? nEscape : QvV4Value_FromString(escaped, pValue);
+    });
 }
 
 enum class MessageText { Subject, MessageId, Whole };
@@ -71,23 +97,17 @@ int32_t FetchMessageText(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hFolder, i
                          MessageText what, QvV4Value* pValue) {
     if (hReader == nullptr) return -3;
     std::string text;
-    int32_t nResult;
-    try {
-        if (hFolder == nullptr) throw CFileException(0);
+    int32_t nResult = Barrier(CMailBox::kUnreadable, CMailBox::kUnreadable, [&]() -> int32_t {
+        if (hFolder == nullptr) return CMailBox::kUnreadable;
         CMailBox* pBox = AsBox(hFolder);
         switch (what) {
-            case MessageText::Subject: nResult = pBox->GetSubject(nIndex, text); break;
-            case MessageText::MessageId: nResult = pBox->GetMessageId(nIndex, text); break;
-            default: nResult = pBox->GetWholeText(nIndex, text); break;
+            case MessageText::Subject: return pBox->GetSubject(nIndex, text);
+            case MessageText::MessageId: return pBox->GetMessageId(nIndex, text);
+            default: return pBox->GetWholeText(nIndex, text);
         }
-    } catch (...) {
-        nResult = CMailBox::kUnreadable;
-    }
+    });
     // A message that cannot be read: the subject is -3, the others -2.
-    if (nResult == CMailBox::kUnreadable) {
-        text.clear();
-        nResult = what == MessageText::Subject ? -3 : -2;
-    }
+    if (nResult == CMailBox::kUnreadable) nResult = what == MessageText::Subject ? -3 : -2;
     if (nResult == 0) nResult = QvV4Value_FromString(text, pValue);
     return nResult;
 }
@@ -126,7 +146,7 @@ std::string EscapeRecordName(const std::string& name) {
 }
 
 int32_t MailReader_IsInstalled(int32_t* pbInstalled) {
-    try {
+    return Barrier(-2, -2, [&]() -> int32_t {
         CMailReader* pReader = nullptr;
         int32_t nResult = OpenReader(&pReader);
         if (nResult != 0) return nResult;
@@ -134,16 +154,14 @@ int32_t MailReader_IsInstalled(int32_t* pbInstalled) {
         CloseReader(pReader);
         if (pbInstalled != nullptr) *pbInstalled = bInstalled;
         return 0;
-    } catch (...) {
-        return -2;
-    }
+    });
 }
 
 int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
     if (phReader == nullptr) return -3;
     *phReader = nullptr;
     CMailReader* pReader = nullptr;
-    try {
+    return Barrier(-2, -2, [&]() -> int32_t {
         int32_t nResult = OpenReader(&pReader);
         if (nResult != 0) return nResult;
         // A reader that gets no handle is closed here: nobody else could.
@@ -166,10 +184,9 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
         }
         *phReader = pHandle;
         return 0;
-    } catch (...) {
+    }, [&] {
         if (pReader != nullptr) CloseReader(pReader);
-        return -2;
-    }
+    });
 }
 
 int32_t MailReader_Close(MAILREADER_HANDLE hReader) {
@@ -184,11 +201,7 @@ int32_t MailReader_Close(MAILREADER_HANDLE hReader) {
 
 int32_t MailReader_GetMailerName(MAILREADER_HANDLE hReader, QvV4Value* pValue) {
     if (hReader == nullptr) return -3;
-    try {
-        return QvV4Value_FromString(std::string(kMailerName), pValue);
-    } catch (...) {
-        return -1;
-    }
+    return Barrier(-1, -1, [&] { return QvV4Value_FromString(std::string(kMailerName), pValue); });
 }
 
 int32_t MailReader_GetName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hRecord, QvV4Value* pValue) {
@@ -208,14 +221,12 @@ int32_t MailReader_GetUserCount(MAILREADER_HANDLE hReader, int32_t* pnCount) {
 
 int32_t MailReader_GetUser(MAILREADER_HANDLE hReader, int32_t nIndex, MAILRECORD_HANDLE* phUser) {
     if (hReader == nullptr) return -3;
-    try {
+    return Barrier(-2, -2, [&] {
         CMailUser* pUser = nullptr;
         int32_t nResult = AsHandle(hReader)->pReader->GetUser(nIndex, &pUser);
         *phUser = pUser != nullptr ? ToHandle(pUser) : nullptr;
         return nResult;
-    } catch (...) {
-        return -2;
-    }
+    });
 }
 
 int32_t MailReader_GetAccountCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hUser, int32_t* pnCount) {
@@ -228,15 +239,13 @@ int32_t MailReader_GetAccountCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE 
 int32_t MailReader_GetAccount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hUser, int32_t nIndex,
                               MAILRECORD_HANDLE* phAccount) {
     if (hReader == nullptr) return -3;
-    try {
+    return Barrier(-2, -2, [&]() -> int32_t {
         if (hUser == nullptr) return -2;
         CMailAccount* pAccount = nullptr;
         int32_t nResult = AsUser(hUser)->GetAccount(nIndex, &pAccount);
         *phAccount = pAccount != nullptr ? ToHandle(pAccount) : nullptr;
         return nResult;
-    } catch (...) {
-        return -2;
-    }
+    });
 }
 
 int32_t MailReader_GetFolderCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hBox, int32_t* pnCount) {
@@ -256,7 +265,8 @@ int32_t MailReader_GetFolder(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hBox, 
     hBox = TagTest(pHandle, hBox);
     if (hBox == nullptr || hBox == RootToken(pHandle)) return -2;
     CMailFolder* pFolder = nullptr;
-    int32_t nResult = GetFolder(pHandle->pReader, AsBox(hBox), nIndex, &pFolder);
+    int32_t nResult =
+        Barrier(-1, -2, [&] { return pHandle->pReader->GetFolder(AsBox(hBox), nIndex, &pFolder); });
     if (pFolder != nullptr) *phFolder = ToHandle(pFolder);
     return nResult;
 }
