@@ -44,12 +44,6 @@ CAddrBook::~CAddrBook() {
     for (const auto* p = m_Groups.Head(); p != nullptr; p = p->pNext) delete p->pEntry;
 }
 
-CAddrGroup* CAddrBook::AddGroup(const char* pszName) {
-    std::unique_ptr<CAddrGroup> group(new CAddrGroup(pszName));
-    m_Groups.Append(group.get());
-    return group.release();
-}
-
 int32_t CAddrBook::AddItem(CAddrItem* pItem) {
     int32_t nIndex = m_Items.Count();
     m_Items.Append(pItem);
@@ -108,29 +102,4 @@ int32_t CAddrBook::Load() {
 
 int32_t CAddrBook::GetName(QvV4Value* pValue) {
     return QvV4Value_FromText(pValue, kAddrBookName);
-}
-
-int32_t CAddrBook::GetItemCount(int32_t* pnCount) {
-    *pnCount = m_Items.Count();
-    return 0;
-}
-
-int32_t CAddrBook::GetItem(int32_t nIndex, CAddrItem** ppItem) {
-    if (nIndex >= m_Items.Count()) {
-        *ppItem = nullptr;
-        return -3;
-    }
-    *ppItem = m_Items.At(nIndex);
-    return 0;
-}
-
-int32_t CAddrBook::GetGroupCount(int32_t* pnCount) {
-    *pnCount = m_Groups.Count();
-    return 0;
-}
-
-int32_t CAddrBook::GetGroup(int32_t nIndex, CAddrGroup** ppGroup) {
-    if (nIndex >= m_Groups.Count()) return -3;
-    *ppGroup = m_Groups.At(nIndex);
-    return 0;
 }

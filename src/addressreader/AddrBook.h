@@ -13,18 +13,18 @@
 #include <cstdint>
 #include <memory>
 
+#include "addressreader/AddrContainer.h"
 #include "addressreader/AddrGroup.h"
 #include "addressreader/AddrInterfaces.h"
 #include "addressreader/AddrItem.h"
 #include "mailreader/LineSource.h"
-#include "addressreader/AddrList.h"
 
 // The names of the book and of the default file's group, in Shift-JIS:
 // "アドレス帳" and "標準のアドレス帳".
 extern const char kAddrBookName[];
 extern const char kAddrDefaultGroupName[];
 
-class CAddrBook : public IAddrNamed, public IAddrContainer {
+class CAddrBook : public IAddrNamed, public CAddrContainer {
 public:
     // Buffers of the AddressFile value: the usual one, and the one that a
     // value which fills it is read again into.
@@ -41,27 +41,16 @@ public:
     int32_t Load();
     // Appends a top group and reads one file into it.
     CAddrGroup* ReadFile(const char* pszGroupName, CLineSource& source);
-    CAddrGroup* AddGroup(const char* pszName);
     // Takes the item into the flat list; it stays owned by its group.
     int32_t AddItem(CAddrItem* pItem);
 
     int32_t GetName(QvV4Value* pValue) override;
-    int32_t GetItemCount(int32_t* pnCount) override;
-    int32_t GetItem(int32_t nIndex, CAddrItem** ppItem) override;
-    int32_t GetGroupCount(int32_t* pnCount) override;
-    int32_t GetGroup(int32_t nIndex, CAddrGroup** ppGroup) override;
-
-    int32_t ItemCount() const { return m_Items.Count(); }
-    int32_t GroupCount() const { return m_Groups.Count(); }
-    CAddrItem* ItemAt(int32_t nIndex) const { return m_Items.At(nIndex); }
-    CAddrGroup* GroupAt(int32_t nIndex) const { return m_Groups.At(nIndex); }
 
 private:
     void ReadPath(const char* pszPath, const char* pszGroupName);
 
     std::unique_ptr<char[]> m_pszDirectory;
-    CAddrList<CAddrGroup> m_Groups;  // top groups, owned
-    CAddrList<CAddrItem> m_Items;    // every item; owned by their groups
+    // m_Groups: the top groups, owned; m_Items: every item, owned by their groups.
 };
 
 #endif  // QV_ADDRBOOK_H

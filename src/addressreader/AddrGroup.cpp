@@ -55,12 +55,6 @@ CAddrGroup::~CAddrGroup() {
     for (const auto* p = m_Items.Head(); p != nullptr; p = p->pNext) delete p->pEntry;
 }
 
-CAddrGroup* CAddrGroup::AddGroup(const char* pszName) {
-    std::unique_ptr<CAddrGroup> group(new CAddrGroup(pszName));
-    m_Groups.Append(group.get());
-    return group.release();
-}
-
 void CAddrGroup::AddItem(const char* pszKey, const char* pszValue, CAddrBook& book) {
     std::unique_ptr<CAddrItem> item(new CAddrItem(pszKey, pszValue));
     m_Items.Append(item.get());
@@ -124,29 +118,4 @@ int32_t CAddrGroup::ParseFile(CLineSource& source, CAddrBook& book) {
 
 int32_t CAddrGroup::GetName(QvV4Value* pValue) {
     return QvV4Value_FromText(pValue, m_pszName.get());
-}
-
-int32_t CAddrGroup::GetItemCount(int32_t* pnCount) {
-    *pnCount = m_Items.Count();
-    return 0;
-}
-
-int32_t CAddrGroup::GetItem(int32_t nIndex, CAddrItem** ppItem) {
-    if (nIndex >= m_Items.Count()) {
-        *ppItem = nullptr;
-        return -3;
-    }
-    *ppItem = m_Items.At(nIndex);
-    return 0;
-}
-
-int32_t CAddrGroup::GetGroupCount(int32_t* pnCount) {
-    *pnCount = m_Groups.Count();
-    return 0;
-}
-
-int32_t CAddrGroup::GetGroup(int32_t nIndex, CAddrGroup** ppGroup) {
-    if (nIndex >= m_Groups.Count()) return -3;
-    *ppGroup = m_Groups.At(nIndex);
-    return 0;
 }

@@ -19,14 +19,14 @@
 #include <cstdint>
 #include <memory>
 
+#include "addressreader/AddrContainer.h"
 #include "addressreader/AddrInterfaces.h"
 #include "addressreader/AddrItem.h"
 #include "mailreader/LineSource.h"
-#include "addressreader/AddrList.h"
 
 class CAddrBook;
 
-class CAddrGroup : public IAddrNamed, public IAddrContainer {
+class CAddrGroup : public IAddrNamed, public CAddrContainer {
 public:
     // Size of the line buffer: a line arrives in pieces of at most 5,119 bytes.
     static constexpr int kLineBufferSize = 5120;
@@ -42,27 +42,16 @@ public:
     int32_t ParseFile(CLineSource& source, CAddrBook& book);
     // The entry of one line. The value may be cut in place at its commas.
     int32_t AddEntry(const char* pszKey, char* pszValue, CAddrBook& book);
-    // Appends a new empty subgroup and returns it.
-    CAddrGroup* AddGroup(const char* pszName);
 
     int32_t GetName(QvV4Value* pValue) override;
-    int32_t GetItemCount(int32_t* pnCount) override;
-    int32_t GetItem(int32_t nIndex, CAddrItem** ppItem) override;
-    int32_t GetGroupCount(int32_t* pnCount) override;
-    int32_t GetGroup(int32_t nIndex, CAddrGroup** ppGroup) override;
 
     const char* Name() const { return m_pszName.get(); }
-    int32_t ItemCount() const { return m_Items.Count(); }
-    int32_t GroupCount() const { return m_Groups.Count(); }
-    CAddrItem* ItemAt(int32_t nIndex) const { return m_Items.At(nIndex); }
-    CAddrGroup* GroupAt(int32_t nIndex) const { return m_Groups.At(nIndex); }
 
 private:
     void AddItem(const char* pszKey, const char* pszValue, CAddrBook& book);
 
     std::unique_ptr<char[]> m_pszName;
-    CAddrList<CAddrGroup> m_Groups;  // direct subgroups, owned
-    CAddrList<CAddrItem> m_Items;    // direct items, owned
+    // m_Groups: the direct subgroups, owned; m_Items: the direct items, owned.
 };
 
 #endif  // QV_ADDRGROUP_H
