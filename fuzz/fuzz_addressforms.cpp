@@ -1,0 +1,95 @@
+// fuzz_addressforms.cpp - the address export's writers over any texts: the
+// input is cut at zero bytes into texts that fill the fields of addresses in
+// turn, open a group (a text that begins with 0x01) or close one (0x02). The
+// texts are cleaned as the export cleans what the library gives, then the
+// three forms must keep their rules: vCard lines of at most 75 octets ended
+// by CR LF in valid UTF-8, LDIF in ASCII lines of at most 76, CSV quotes
+// balanced in every row.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "AddressModel.h"
+#include "AddressWriters.h"
+
+namespace {
+
+using namespace tqnralm;
+
+void Check(bool ok) {
+    if (!ok) std::abort();
+}
+
+bool ValidUtf8(const std::string& s) {
+    for (size_t i = 0; i < s.size();) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        size_t n = c < 0x80 ? 1 : (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
+        if (n == 0 || i + n > s.size()) return false;
+        for (size_t k = 1; k < n; ++k) {
+            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
+        }
+        i += n;
+    }
+    return true;
+}
+
+std::vector<std::string> Lines(const std::string& text, const std::string& end) {
+    std::vector<std::string> lines;
+    for (size_t start = 0; start < text.size();) {
+        size_t at = text.find(end, start);
+        Check(at != std::string::npos);  // the last line is ended too
+        lines.push_back(text.substr(start, at - start));
+        start = at + end.size();
+    }
+    return lines;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    AddressBook book;
+    book.user = "u";
+    book.name = "b";
+    std::vector<AddressGroup*> open{&book.top};
+    Address address;
+    int field = 0;
+    const std::string input(reinterpret_cast<const char*>(data), size);
+    for (size_t start = 0; start <= input.size();) {
+        size_t end = input.find('\0', start);
+        if (end == std::string::npos) end = input.size();
+        const std::string text = input.substr(start, end - start);
+        start = end + 1;
+        if (!text.empty() && text[0] == '\x01' && open.size() < 16) {
+            open.back()->groups.push_back(AddressGroup{CleanText(text.substr(1)), {}, {}});
+            open.push_back(&open.back()->groups.back());
+        } else if (!text.empty() && text[0] == '\x02' && open.size() > 1) {
+            open.pop_back();
+        } else if (!text.empty() && text[0] == '\x03') {
+            address.extras.emplace_back(CleanText(text.substr(1)), CleanText(text.substr(text.size() / 2)));
+        } else {
+            address.fields[field] = CleanText(text);
+            if (++field == kAddressFieldCount) field = 0;
+            open.back()->addresses.push_back(address);
+        }
+    }
+    const BookLayout layout = LayOut(book);
+
+    const std::string vcard = WriteVCard(layout);
+    Check(ValidUtf8(vcard));
+    for (const std::string& line : Lines(vcard, "\r\n")) {
+        Check(line.size() <= 75 && line.find_first_of("\r\n") == std::string::npos);
+    }
+    for (const std::string& line : Lines(WriteLdif(layout), "\n")) {
+        Check(line.size() <= 76);
+        for (char c : line) Check(static_cast<unsigned char>(c) < 0x80 && c != '\r');
+    }
+    const std::string csv = WriteCsv(layout);
+    Check(ValidUtf8(csv));
+    // Outside quotes, CR LF ends a row; a row's quotes pair up.
+    bool quoted = false;
+    for (char c : csv) quoted = c == '"' ? !quoted : quoted;
+    Check(!quoted);
+    return 0;
+}
