@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# bench/export.sh [BUILD] [MESSAGES] - what `tqnralm export` costs on a large
+# generated store (samplestore --generate, messages of about 2 KB), measured
+# side by side in one run:
+#   1. MESSAGES messages in 10 folders: `cat` of all the store's message files
+#      into one file, then the export as mbox, Maildir and EML; wall time and
+#      peak memory of each, and the export's time over cat's (target: mbox at
+#      most 1.5 times cat, and peak memory at most 64 MiB in every format);
+#   2. one folder of 1,000, 10,000 and MESSAGES messages exported as mbox:
+#      the time per message must stay flat.
+# Needs /usr/bin/time. Build first: cmake --build build --target tqnralm samplestore
+set -euo pipefail
+build=$(cd "${1:-build}" && pwd)
+messages=${2:-100000}
+work=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-bench.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+
+# Runs a command, prints "<seconds> <peak kB>".
+measure() {
+  /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || {
+    cat "$work/stderr" >&2
+    return 1
+  }
+  cat "$work/time"
+}
+
+generate() {  # name messages folders
+  "$build/bin/samplestore" --generate "$work/$1" --messages "$2" --folders "$3" >/dev/null
+}
+
+export_store() {  # store format out
+  WINEPREFIX="$work/$1" measure "$build/bin/tqnralm" export "$work/$3" --format "$2" --quiet
+}
+
+echo "== $messages messages of about 2 KB in 10 folders"
+generate store "$messages" 10
+store_files() { find "$work/store/drive_c/AL-Mail/Mailbox" -name '*.alm' -print0 | sort -z; }
+store_files | xargs -0 cat >/dev/null  # the same warm cache for every run
+read -r cat_s cat_kb < <(measure bash -c "find '$work/store/drive_c/AL-Mail/Mailbox' -name '*.alm' -print0 |
+                                          sort -z | xargs -0 cat > '$work/cat.out'")
+rm -f "$work/cat.out"
+printf "%-8s %8s s %8s MiB\n" cat "$cat_s" "$((cat_kb / 1024))"
+for format in mbox maildir eml; do
+  read -r s kb < <(export_store store "$format" "out-$format")
+  ratio=$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')
+  printf "%-8s %8s s %8s MiB   %s x cat\n" "$format" "$s" "$((kb / 1024))" "$ratio"
+  rm -rf "$work/out-$format"
+done
+rm -rf "$work/store"
+
+echo "== one folder, mbox: time per message"
+for n in 1000 10000 "$messages"; do
+  generate "one-$n" "$n" 1
+  read -r s kb < <(export_store "one-$n" mbox "out-$n")
+  awk -v s="$s" -v n="$n" -v kb="$kb" 'BEGIN { printf "%8d messages %8.2f s %8.1f us/message %6d MiB\n", n, s, s * 1e6 / n, kb / 1024 }'
+  rm -rf "$work/one-$n" "$work/out-$n"
+done
