@@ -100,6 +100,7 @@ TEST(FileNames, SafeComponent) {
         {"", "_"},
         {a199 + "\xe6\x97\xa5", a199},  // 202 bytes, cut inside the last character
         {"日本語", "日本語"},
+        {"\xc0/x", "\xc0_x"},  // no UTF-8: a lead byte does not take the '/' with it
     };
     for (const auto& row : rows) EXPECT_EQ(row.safe, SafeComponent(row.name)) << row.name;
 }

@@ -15,11 +15,15 @@ bool IsDeviceName(std::string base) {
            base[3] >= '1' && base[3] <= '9';
 }
 
-// The code point at `i` (valid UTF-8), and its length.
+// The code point at `i` and its length; a byte that starts no UTF-8
+// sequence stands alone.
 uint32_t Decode(const std::string& s, size_t i, size_t* len) {
     unsigned char c = static_cast<unsigned char>(s[i]);
     size_t n = c < 0x80 ? 1 : c < 0xE0 ? 2 : c < 0xF0 ? 3 : 4;
     if (i + n > s.size()) n = 1;
+    for (size_t k = 1; k < n; ++k) {
+        if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) n = 1;  // not UTF-8: one byte alone
+    }
     uint32_t cp = n == 1 ? c : n == 2 ? (c & 0x1F) : n == 3 ? (c & 0x0F) : (c & 0x07);
     for (size_t k = 1; k < n; ++k) cp = (cp << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3F);
     *len = n;
@@ -70,6 +74,7 @@ std::string SafeComponent(const std::string& name) {
     size_t dot = out.find('.');
     if (IsDeviceName(out.substr(0, dot))) out.insert(dot == std::string::npos ? out.size() : dot, "_");
     out = CutUtf8(out, kMaxComponentBytes);
+    if (out.empty()) out = "_";  // only when the name was no UTF-8 at all
     if (out.back() == '.' || out.back() == ' ') out.back() = '_';
     return out;
 }
