@@ -3,7 +3,8 @@
 # generated store (samplestore --generate, messages of about 2 KB), measured
 # side by side in one run:
 #   1. MESSAGES messages in 10 folders: `cat` of all the store's message files
-#      into one file, then the export as mbox, Maildir and EML; wall time and
+#      into one file, `tqnralm tree` (the library's walk alone), then the
+#      export as mbox, Maildir and EML; wall time and
 #      peak memory of each, and the export's time over cat's (target: mbox at
 #      most 1.5 times cat, and peak memory at most 64 MiB in every format);
 #   2. one folder of 1,000, 10,000 and MESSAGES messages exported as mbox:
@@ -40,6 +41,10 @@ read -r cat_s cat_kb < <(measure bash -c "find '$work/store/drive_c/AL-Mail/Mail
                                           sort -z | xargs -0 cat > '$work/cat.out'")
 rm -f "$work/cat.out"
 printf "%-8s %8s s %8s MiB\n" cat "$cat_s" "$((cat_kb / 1024))"
+# The library's own walk (every subject and Message-ID, no message bytes):
+# what any host pays before it writes anything.
+read -r s kb < <(WINEPREFIX="$work/store" measure "$build/bin/tqnralm" tree)
+printf "%-8s %8s s %8s MiB   %s x cat\n" tree "$s" "$((kb / 1024))" "$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')"
 for format in mbox maildir eml; do
   read -r s kb < <(export_store store "$format" "out-$format")
   ratio=$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')

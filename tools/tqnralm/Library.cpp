@@ -25,8 +25,19 @@ void Ref::Reset() {
 
 int32_t GetName(QV_OBJ obj, bool display, std::string* out) {
     auto get = display ? QV_Object_GetDisplayName : QV_Object_GetName;
-    uint32_t len = 0;
-    int32_t code = get(obj, nullptr, &len);
+    // Most names fit a small buffer, and one call gives them (a subject is
+    // decoded anew by every call); only a text that fills it is asked for
+    // its length first.
+    QV_WCHAR small[256];
+    uint32_t len = 255;
+    int32_t code = get(obj, small, &len);
+    if (code != QV_S_OK) return code;
+    if (len < 255) {
+        small[len] = 0;
+        *out = Utf8(small);
+        return code;
+    }
+    code = get(obj, nullptr, &len);
     if (code != QV_S_OK) return code;
     std::vector<QV_WCHAR> buf(len + 1);
     code = get(obj, buf.data(), &len);
