@@ -49,26 +49,17 @@ void CMailUser::LoadAccounts() {
         if (qvp::Access((path + "\\Account.ini").c_str()) != 0) continue;
         std::unique_ptr<CMailAccount> account(new CMailAccount);
         CopyField(account->m_szPath, sizeof account->m_szPath, path.c_str());
-        m_vAccounts.push_back(account.get());
-        CMailAccount* p = account.release();
-        if (m_pAccountTail != nullptr) {
-            m_pAccountTail->m_pNext = p;
-        } else {
-            m_pAccounts = p;
-        }
-        m_pAccountTail = p;
-        ++m_nAccounts;
-        LoadAccount(p);
+        LoadAccount(m_Accounts.Append(std::move(account)));
     } while (qvp::FindNext(find.hFind, &data));
 }
 
 int32_t CMailUser::GetAccount(int32_t nIndex, CMailAccount** ppAccount) const {
-    if (nIndex < 0 || nIndex >= m_nAccounts) {
-        *ppAccount = nullptr;
-        return -3;
-    }
-    *ppAccount = m_vAccounts[static_cast<size_t>(nIndex)];
-    return 0;
+    *ppAccount = m_Accounts.At(nIndex);
+    return *ppAccount != nullptr ? 0 : -3;
+}
+
+void CMailUser::FreeAccounts() {
+    m_Accounts.Clear([](CMailAccount* p) { p->ReleaseBox(); });
 }
 
 int32_t LoadAccount(CMailAccount* pAccount) {
@@ -99,33 +90,23 @@ CMailReader::~CMailReader() { Unload(); }
 void CMailReader::AddUser(const char* pszDirectory, const char* pszName) {
     char szDefault[32];
     if (pszName == nullptr) {
-        std::snprintf(szDefault, sizeof szDefault, "DEFAULT_USER%d", m_nUsers + 1);
+        std::snprintf(szDefault, sizeof szDefault, "DEFAULT_USER%d", m_Users.Count() + 1);
         pszName = szDefault;
     }
     std::unique_ptr<CMailUser> user(new CMailUser(pszName, pszDirectory));
-    m_vUsers.push_back(user.get());
-    CMailUser* p = user.release();
-    if (m_pUserTail != nullptr) {
-        m_pUserTail->m_pNext = p;
-    } else {
-        m_pUsers = p;
-    }
-    m_pUserTail = p;
-    ++m_nUsers;
-    p->LoadAccounts();
+    m_Users.Append(std::move(user))->LoadAccounts();
 }
 
 int32_t CMailReader::GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** ppFolder) {
-    if (nIndex < 0 || nIndex >= pParent->m_nFolders) return -3;
     FolderEntry* pEntry = pParent->FolderAt(nIndex);
+    if (pEntry == nullptr) return -3;
     if (pEntry->pFolder != nullptr) {
         *ppFolder = pEntry->pFolder;
         return 0;
     }
-    CMailFolder* pFolder = new (std::nothrow) CMailFolder;
-    if (pFolder == nullptr) return -1;
-    pFolder->m_pNextOpen = m_pOpenFolders;
-    m_pOpenFolders = pFolder;
+    std::unique_ptr<CMailFolder> folder(new (std::nothrow) CMailFolder);
+    if (folder == nullptr) return -1;
+    CMailFolder* pFolder = m_OpenFolders.Append(std::move(folder));
     std::string path = pParent->m_szPath;
     path += '\\';
     path += pEntry->szName;
@@ -138,12 +119,8 @@ int32_t CMailReader::GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** 
 }
 
 int32_t CMailReader::GetUser(int32_t nIndex, CMailUser** ppUser) const {
-    if (nIndex < 0 || nIndex >= m_nUsers) {
-        *ppUser = nullptr;
-        return -3;
-    }
-    *ppUser = m_vUsers[static_cast<size_t>(nIndex)];
-    return 0;
+    *ppUser = m_Users.At(nIndex);
+    return *ppUser != nullptr ? 0 : -3;
 }
 
 int32_t CMailReader::Load() {
@@ -177,26 +154,8 @@ void CMailReader::Unload() {
     m_bOpened = 0;
     // Folders first: the accounts' entries point at them, and nothing may
     // follow those pointers once the folders are gone.
-    while (m_pOpenFolders != nullptr) {
-        CMailFolder* p = m_pOpenFolders;
-        m_pOpenFolders = p->m_pNextOpen;
-        p->ReleaseBox();
-        delete p;
-    }
-    while (m_pUsers != nullptr) {
-        CMailUser* pUser = m_pUsers;
-        m_pUsers = pUser->m_pNext;
-        while (pUser->m_pAccounts != nullptr) {
-            CMailAccount* pAccount = pUser->m_pAccounts;
-            pUser->m_pAccounts = pAccount->m_pNext;
-            pAccount->ReleaseBox();
-            delete pAccount;
-        }
-        delete pUser;
-    }
-    m_pUserTail = nullptr;
-    m_vUsers.clear();
-    m_nUsers = 0;
+    m_OpenFolders.Clear([](CMailFolder* p) { p->ReleaseBox(); });
+    m_Users.Clear([](CMailUser* p) { p->FreeAccounts(); });
     while (m_pTempFiles != nullptr) {
         TempFileEntry* p = m_pTempFiles;
         m_pTempFiles = p->pNext;

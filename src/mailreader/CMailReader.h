@@ -8,10 +8,10 @@
 #define QV_MAILREADER_CMAILREADER_H
 
 #include <cstdint>
-#include <vector>
 
 #include "mailreader/Discovery.h"
 #include "mailreader/MailBox.h"
+#include "mailreader/MailList.h"
 
 class CMailReader;
 
@@ -23,15 +23,14 @@ public:
     void LoadAccounts();
     // 0 and the account at nIndex, or -3 and null.
     int32_t GetAccount(int32_t nIndex, CMailAccount** ppAccount) const;
+    int32_t AccountCount() const { return m_Accounts.Count(); }
+    // Frees the accounts, each box released first.
+    void FreeAccounts();
 
-    CMailUser* m_pNext = nullptr;
-    int32_t m_nAccounts = 0;
-    CMailAccount* m_pAccounts = nullptr;
     char m_szDirectory[264];
 
 private:
-    CMailAccount* m_pAccountTail = nullptr;
-    std::vector<CMailAccount*> m_vAccounts;
+    CMailList<CMailAccount> m_Accounts;
 };
 
 // Reads the account's title and lists its folders. 0, -1, or -10 when
@@ -73,6 +72,7 @@ public:
     void Unload();
     // 0 and the user at nIndex, or -3 and null.
     int32_t GetUser(int32_t nIndex, CMailUser** ppUser) const;
+    int32_t UserCount() const { return m_Users.Count(); }
     // Makes one user and loads its accounts.
     void AddUser(const char* pszDirectory, const char* pszName);
     // Opens the child at nIndex of pParent on first demand and puts it at the
@@ -84,16 +84,15 @@ public:
     int32_t IsInstalled() const { return m_discovery.IsInstalled(); }
     const char* InstallDir() const { return m_discovery.InstallDir(); }
 
-    int32_t m_nUsers = 0;
-    CMailUser* m_pUsers = nullptr;
-    CMailFolder* m_pOpenFolders = nullptr;
     char m_szTempFile[260];
     TempFileEntry* m_pTempFiles = nullptr;
     int32_t m_bOpened = 0;
 
 private:
-    CMailUser* m_pUserTail = nullptr;
-    std::vector<CMailUser*> m_vUsers;
+    CMailList<CMailUser> m_Users;
+    // Every folder opened so far, in the order of opening; the folder
+    // entries of the accounts and folders point at them.
+    CMailList<CMailFolder> m_OpenFolders;
     CMailDiscovery m_discovery;
 };
 

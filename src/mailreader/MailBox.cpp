@@ -59,60 +59,23 @@ void CopyField(char* pField, size_t cbField, const char* pszText) {
 }
 
 CMailBox::CMailBox()
-    : CMailNamed{}, m_szPath{}, m_nMessages(0), m_nFolders(0), m_pFolderEntries(nullptr),
-      m_pMessageEntries(nullptr), m_pNextOpen(nullptr), m_aMainParts{}, m_aAttach{},
-      m_pText(nullptr), m_nTextSize(0), m_pParse(0), m_nMainParts(0), m_nAttachResult(0),
-      m_bMessagesOpen(0), m_nCurrent(-1), m_pFolderTail(nullptr), m_pMessageTail(nullptr) {}
+    : CMailNamed{}, m_szPath{}, m_aMainParts{}, m_aAttach{}, m_pText(nullptr), m_nTextSize(0), m_pParse(0),
+      m_nMainParts(0), m_nAttachResult(0), m_bMessagesOpen(0), m_nCurrent(-1) {}
 
 CMailBox::~CMailBox() {
     // ReleaseBox has run by now in every orderly close; this only frees what
-    // a failed construction path left.
+    // a failed construction path left. The entry lists free themselves.
     delete[] m_pText;
-    FreeEntries();
-}
-
-void CMailBox::FreeEntries() {
-    for (FolderEntry* p = m_pFolderEntries; p != nullptr;) {
-        FolderEntry* pNext = p->pNext;
-        delete p;
-        p = pNext;
-    }
-    for (MessageEntry* p = m_pMessageEntries; p != nullptr;) {
-        MessageEntry* pNext = p->pNext;
-        delete p;
-        p = pNext;
-    }
-    m_pFolderEntries = m_pFolderTail = nullptr;
-    m_pMessageEntries = m_pMessageTail = nullptr;
-    m_vFolders.clear();
-    m_vMessages.clear();
 }
 
 void CMailBox::AppendFolderEntry(const char* pszName) {
-    std::unique_ptr<FolderEntry> entry(new FolderEntry{nullptr, {}, nullptr});
+    std::unique_ptr<FolderEntry> entry(new FolderEntry{{}, nullptr});
     CopyField(entry->szName, sizeof entry->szName, pszName);
-    m_vFolders.push_back(entry.get());
-    FolderEntry* p = entry.release();
-    if (m_pFolderTail != nullptr) {
-        m_pFolderTail->pNext = p;
-    } else {
-        m_pFolderEntries = p;
-    }
-    m_pFolderTail = p;
-    ++m_nFolders;
+    m_Folders.Append(std::move(entry));
 }
 
 void CMailBox::AppendMessageEntry(const std::string& name) {
-    std::unique_ptr<MessageEntry> entry(new MessageEntry{nullptr, name});
-    m_vMessages.push_back(entry.get());
-    MessageEntry* p = entry.release();
-    if (m_pMessageTail != nullptr) {
-        m_pMessageTail->pNext = p;
-    } else {
-        m_pMessageEntries = p;
-    }
-    m_pMessageTail = p;
-    ++m_nMessages;
+    m_Messages.Append(std::unique_ptr<MessageEntry>(new MessageEntry{name}));
 }
 
 int32_t CMailBox::LoadFolderEntries() {
@@ -219,7 +182,7 @@ void CMailBox::ReleaseAttachments() {
 }
 
 int32_t CMailBox::SelectMessage(int32_t nIndex) {
-    if (nIndex < 0 || nIndex >= m_nMessages) return -1;
+    if (nIndex < 0 || nIndex >= m_Messages.Count()) return -1;
     // Until the new message stands, nothing is held: a failed load must not
     // let a later request take the previous message for this one.
     m_nCurrent = -1;
@@ -315,7 +278,6 @@ void CMailBox::ReleaseBox() {
         g_MessageLib.MT_Term(m_pParse);
         m_pParse = 0;
     }
-    FreeEntries();
-    m_nFolders = 0;
-    m_nMessages = 0;
+    m_Folders.Clear();
+    m_Messages.Clear();
 }

@@ -4,8 +4,7 @@
 // An account and a folder share one record, CMailBox. Its entries are either
 // sub-folder entries (an account, or a folder whose "Entry.ini" says
 // "Type=Subfolder") or message entries (a folder with a message list or an
-// index file). Each list is singly linked in file or listing order, with a
-// vector beside it so that a lookup by index does not walk the list.
+// index file), each a CMailList in file or listing order.
 //
 // A folder holds at most one message at a time: the whole file, parsed by
 // the message library on the folder's parse root.
@@ -14,8 +13,8 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
+#include "mailreader/MailList.h"
 #include "sNqxMsgNet.h"
 
 class CMailFolder;
@@ -28,13 +27,11 @@ struct CMailNamed {
 };
 
 struct FolderEntry {
-    FolderEntry* pNext;
     char szName[260];     // the listing's name, with ".box"
     CMailFolder* pFolder;  // the child once asked for; owned by the reader's chain
 };
 
 struct MessageEntry {
-    MessageEntry* pNext;
     std::string sName;  // file name with ".alm", relative to the box's path
 };
 
@@ -74,17 +71,13 @@ public:
     // the entries. The folders the entries point at are not touched.
     void ReleaseBox();
 
-    FolderEntry* FolderAt(int32_t nIndex) const { return m_vFolders[static_cast<size_t>(nIndex)]; }
-    const MessageEntry* MessageAt(int32_t nIndex) const {
-        return m_vMessages[static_cast<size_t>(nIndex)];
-    }
+    int32_t FolderCount() const { return m_Folders.Count(); }
+    int32_t MessageCount() const { return m_Messages.Count(); }
+    // The entry at that index, or null outside the list.
+    FolderEntry* FolderAt(int32_t nIndex) const { return m_Folders.At(nIndex); }
+    const MessageEntry* MessageAt(int32_t nIndex) const { return m_Messages.At(nIndex); }
 
     char m_szPath[260];
-    int32_t m_nMessages;
-    int32_t m_nFolders;
-    FolderEntry* m_pFolderEntries;
-    MessageEntry* m_pMessageEntries;
-    CMailFolder* m_pNextOpen;
     MainPartEntry m_aMainParts[kMainPartSlots];
     MT_WORD m_aAttach[kAttachSlots];
     char* m_pText;
@@ -96,22 +89,15 @@ public:
     int32_t m_nCurrent;
 
 private:
-    // Frees both entry lists and their indexes.
-    void FreeEntries();
     int32_t GetLibraryText(int32_t nIndex, bool bSubject, std::string& text);
     void ReleaseMainParts();
     void ReleaseAttachments();
 
-    FolderEntry* m_pFolderTail;
-    MessageEntry* m_pMessageTail;
-    std::vector<FolderEntry*> m_vFolders;
-    std::vector<MessageEntry*> m_vMessages;
+    CMailList<FolderEntry> m_Folders;
+    CMailList<MessageEntry> m_Messages;
 };
 
-class CMailAccount : public CMailBox {
-public:
-    CMailAccount* m_pNext = nullptr;
-};
+class CMailAccount : public CMailBox {};
 
 class CMailFolder : public CMailBox {
 public:

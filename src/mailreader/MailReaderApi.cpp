@@ -215,7 +215,7 @@ int32_t MailReader_GetDisplayName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE h
 int32_t MailReader_GetUserCount(MAILREADER_HANDLE hReader, int32_t* pnCount) {
     // The caller must pass a reader; a null one gets an answer all the same.
     if (hReader == nullptr) return -3;
-    *pnCount = AsHandle(hReader)->pReader->m_nUsers;
+    *pnCount = AsHandle(hReader)->pReader->UserCount();
     return 0;
 }
 
@@ -232,7 +232,7 @@ int32_t MailReader_GetUser(MAILREADER_HANDLE hReader, int32_t nIndex, MAILRECORD
 int32_t MailReader_GetAccountCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hUser, int32_t* pnCount) {
     if (hReader == nullptr) return -3;
     if (hUser == nullptr) return -2;
-    *pnCount = AsUser(hUser)->m_nAccounts;
+    *pnCount = AsUser(hUser)->AccountCount();
     return 0;
 }
 
@@ -254,7 +254,7 @@ int32_t MailReader_GetFolderCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE h
     hBox = TagTest(pHandle, hBox);
     // The root token names no box: it has no folders to count.
     if (hBox == nullptr || hBox == RootToken(pHandle)) return -3;
-    *pnCount = AsBox(hBox)->m_nFolders;
+    *pnCount = AsBox(hBox)->FolderCount();
     return 0;
 }
 
@@ -288,7 +288,7 @@ int32_t MailReader_CloseMessages(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hF
 int32_t MailReader_GetMessageCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hFolder, int32_t* pnCount) {
     if (hReader == nullptr) return -3;
     if (hFolder == nullptr) return -3;
-    *pnCount = AsBox(hFolder)->m_nMessages;
+    *pnCount = AsBox(hFolder)->MessageCount();
     return 0;
 }
 

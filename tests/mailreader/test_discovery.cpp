@@ -23,7 +23,7 @@ Users ReaderUsers() {
     EXPECT_EQ(0, OpenReader(&pReader));
     Users users;
     if (pReader == nullptr) return users;
-    for (int32_t i = 0; i < pReader->m_nUsers; ++i) {
+    for (int32_t i = 0; i < pReader->UserCount(); ++i) {
         CMailUser* pUser = nullptr;
         EXPECT_EQ(0, pReader->GetUser(i, &pUser));
         users.emplace_back(qvt::Utf8(pUser->m_szName), qvt::Utf8(pUser->m_szDirectory));

@@ -60,7 +60,7 @@ TEST(Tree, AccountsFoldersAndTheRoot) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.entry);
         int32_t index = 0;
-        while (index < box->m_nFolders && std::string(c.entry) != box->FolderAt(index)->szName) ++index;
+        while (index < box->FolderCount() && std::string(c.entry) != box->FolderAt(index)->szName) ++index;
         MAILRECORD_HANDLE folder = nullptr, again = nullptr;
         EXPECT_EQ(c.first, MailReader_GetFolder(h, acc, index, &folder));
         ASSERT_NE(nullptr, folder);
