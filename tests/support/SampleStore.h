@@ -45,6 +45,15 @@ void BuildSampleStore(WinePrefix& prefix);
 std::vector<std::string> SampleStoreVariants();
 bool BuildSampleStore(WinePrefix& prefix, const std::string& variant);
 
+// The machine of a prefix as a copied Windows system drive in hostDir:
+// drive C:'s files, HKLM\Software in the hive Windows\System32\config\SOFTWARE
+// and HKCU in the NTUSER.DAT of the profile `user`, under "Users" (layout
+// "vista") or "Documents and Settings" ("xp"), beside a default profile
+// without the client's keys. Throws on failure; false where the machine is
+// no prefix (on Windows) or the layout is unknown.
+bool WriteCopiedDrive(const WinePrefix& prefix, const std::string& hostDir, const std::string& layout,
+                      const std::string& user);
+
 }  // namespace qvt
 
 #endif  // QV_TESTS_SUPPORT_SAMPLESTORE_H

@@ -90,6 +90,9 @@ public:
         std::map<std::string, std::vector<std::pair<std::string, std::string>>> keys;
         std::vector<std::string> order;
     };
+    // The values set so far (for writing the same machine in another form).
+    const Hive& Registry(bool hklm) const { return hklm ? hklm_ : hkcu_; }
+    bool Win64() const { return win64_; }
 
 private:
     void Set(bool hklm, const std::string& key, const std::string& name, const std::string& value);

@@ -13,11 +13,13 @@
 namespace {
 
 const char kUsage[] =
-    "usage: samplestore DIR [VARIANT]\n"
+    "usage: samplestore [--drive xp|vista] DIR [VARIANT]\n"
     "       samplestore --list\n"
     "       samplestore --generate DIR --messages N [--folders F] [--size BYTES]\n"
     "  writes a Wine prefix with a sample AL-Mail32 store to DIR; VARIANT is one of the\n"
-    "  names --list prints (default: the sample store itself).\n"
+    "  names --list prints (default: the sample store itself). With --drive, DIR is\n"
+    "  the same machine as a copied Windows system drive, registry hives included,\n"
+    "  in the folder layout of Windows XP or of Vista and later.\n"
     "  --generate writes a large store instead: one user (C:\\AL-Mail\\Mailbox), one\n"
     "  account (Account1) with F folders (default 1) named 00000001.box ..., and N\n"
     "  messages spread evenly over them, each about BYTES bytes (default 2048) of\n"
@@ -78,6 +80,13 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (argc >= 2 && std::strcmp(argv[1], "--generate") == 0) return Generate(argc, argv);
+    // --drive LAYOUT: a copied Windows system drive instead of a prefix.
+    const char* layout = nullptr;
+    if (argc >= 3 && std::strcmp(argv[1], "--drive") == 0) {
+        layout = argv[2];
+        argc -= 2;
+        argv += 2;
+    }
     if (argc != 2 && argc != 3) {
         std::fprintf(stderr, "%s", kUsage);
         return 2;
@@ -88,7 +97,12 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "samplestore: no variant '%s'\n", argv[2]);
             return 2;
         }
-        prefix.CopyTo(argv[1]);
+        if (layout == nullptr) {
+            prefix.CopyTo(argv[1]);
+        } else if (!qvt::WriteCopiedDrive(prefix, argv[1], layout, "Taro")) {
+            std::fprintf(stderr, "samplestore: no drive layout '%s' on this machine\n", layout);
+            return 2;
+        }
     } catch (const std::exception& e) {
         std::fprintf(stderr, "samplestore: %s\n", e.what());
         return 1;

@@ -1,11 +1,12 @@
-// HostPath.cpp - Windows paths of the Wine prefix to host paths.
+// HostPath.cpp - Windows paths of the Wine prefix or a copied drive to host
+// paths.
 //
-// Drive X: is the link $WINEPREFIX/dosdevices/x: (c: -> ../drive_c,
-// z: -> /). A missing c: link falls back to drive_c, a missing z: link to
-// the host root, since the current and temporary folders are handed out
-// through Z:. A path without a drive is relative to the current directory;
-// one that starts with a backslash starts at the root of the current drive,
-// which is Z:.
+// In a prefix drive X: is the link $WINEPREFIX/dosdevices/x: (c: ->
+// ../drive_c, z: -> /), and a missing c: link falls back to drive_c. On a
+// copied drive C: is its folder. A missing Z: is the host root, since the
+// current and temporary folders are handed out through it. A path without a
+// drive is relative to the current directory; one that starts with a
+// backslash starts at the root of the current drive, which is Z:.
 //
 // Mapping a path one component at a time costs a stat per component, and a
 // walk opens every message of a folder by a path that differs only in its
@@ -46,11 +47,24 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
+std::string DriveVariable(char letter) {
+    return std::string("TQNRALM_DRIVE_") + static_cast<char>(letter - 'a' + 'A');
+}
+
 // The drive's folder on the host, or false when the drive is not there.
-// Everything below a drive is found from here.
+// Everything below a drive is found from here. On a copied drive C: is its
+// folder and any other letter the folder that TQNRALM_DRIVE_<LETTER> names
+// (a client whose data lay on D:); in a prefix a letter is its link in
+// dosdevices. Either way Z: without a mapping of its own is the host's root.
 bool DriveRoot(char letter, std::string* root) {
-    const std::string prefix = PrefixRoot();
-    if (!prefix.empty()) {
+    const std::string copied = WindowsRoot();
+    if (!copied.empty()) {
+        const char* mapped = letter == 'c' ? copied.c_str() : std::getenv(DriveVariable(letter).c_str());
+        if (mapped != nullptr && *mapped != 0) {
+            *root = mapped;
+            return IsDirectory(*root);
+        }
+    } else if (const std::string prefix = PrefixRoot(); !prefix.empty()) {
         const std::string link = prefix + "/dosdevices/" + letter + ":";
         if (NameExists(link)) {
             *root = link;
@@ -66,6 +80,16 @@ bool DriveRoot(char letter, std::string* root) {
         return true;
     }
     return false;
+}
+
+// What DriveRoot maps a letter through, without a look at the disk: the
+// cache's keys begin with it, so that the folders of one prefix or drive are
+// never taken for another's.
+std::string DriveSource(char letter) {
+    const std::string copied = WindowsRoot();
+    if (copied.empty()) return PrefixRoot();
+    const char* mapped = letter == 'c' ? "" : std::getenv(DriveVariable(letter).c_str());
+    return "drive " + copied + '|' + (mapped != nullptr ? mapped : "");
 }
 
 std::u16string Folded(const std::string& utf8) {
@@ -156,9 +180,9 @@ bool SplitPath(const std::string& windows, Split* split) {
 }
 
 // The cache's key of the folder made of the first `count` components, in
-// this prefix, and the spelling it was asked by.
+// this prefix or drive, and the spelling it was asked by.
 void FolderKey(const Split& split, size_t count, std::u16string* key, std::string* spelling) {
-    *spelling = PrefixRoot();
+    *spelling = DriveSource(split.drive);
     *spelling += '|';
     *spelling += split.drive != 0 ? split.drive : '.';
     for (size_t i = 0; i < count; ++i) {
@@ -218,6 +242,11 @@ std::string PrefixRoot() {
     const char* home = std::getenv("HOME");
     if (home != nullptr && *home != 0) return std::string(home) + "/.wine";
     return std::string();
+}
+
+std::string WindowsRoot() {
+    const char* root = std::getenv("TQNRALM_WINDOWS_ROOT");
+    return root != nullptr ? root : "";
 }
 
 int MapUtf8Path(const std::string& windows, std::string* host) {

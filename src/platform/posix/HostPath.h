@@ -1,7 +1,8 @@
-// HostPath.h - Windows paths of the Wine prefix to host paths.
+// HostPath.h - Windows paths of the Wine prefix or a copied drive to host paths.
 //
 // A path in code page 932 with a drive letter and backslashes names a file
-// below $WINEPREFIX/dosdevices/<drive>:. Wine names files in UTF-8 and the
+// below $WINEPREFIX/dosdevices/<drive>:, or below the folder that holds a
+// copied Windows system drive (TQNRALM_WINDOWS_ROOT). Wine names files in UTF-8 and the
 // client spells its own file names in different cases, so each component is
 // tried with its exact case first and then by a scan of its directory.
 #ifndef QV_PLATFORM_POSIX_HOSTPATH_H
@@ -16,6 +17,10 @@ namespace posix {
 
 // The prefix: WINEPREFIX, else $HOME/.wine; empty when neither is known.
 std::string PrefixRoot();
+
+// The copied Windows system drive: TQNRALM_WINDOWS_ROOT, which wins over the
+// prefix; empty when the machine is a Wine prefix.
+std::string WindowsRoot();
 
 // Results of a mapping, in the file cause codes of the library.
 enum MapResult { kMapFound = 0, kMapMissing = 2, kMapBadPath = 3 };

@@ -1,10 +1,14 @@
-// Registry.cpp - RegOpenKeyExA and RegQueryValueExA over the Wine prefix.
+// Registry.cpp - RegOpenKeyExA and RegQueryValueExA over the Wine prefix or
+// the hives of a copied drive.
 //
-// HKEY_LOCAL_MACHINE is system.reg, HKEY_CURRENT_USER is user.reg. Wine
-// rewrites both while it runs, so they are only ever read, and read afresh
-// at each open. The mail client is a 32-bit program: in a 64-bit prefix its
-// HKLM\Software lives under Software\Wow6432Node, which is looked at first.
+// In a prefix HKEY_LOCAL_MACHINE is system.reg, HKEY_CURRENT_USER is
+// user.reg. Wine rewrites both while it runs, so they are only ever read, and
+// read afresh at each open. A copied drive keeps hive files (DriveHives.h).
+// The mail client is a 32-bit program: on a 64-bit machine its HKLM\Software
+// lives under Software\Wow6432Node, which is looked at first.
 #include "platform/platform.h"
+#include "platform/posix/DriveHives.h"
+#include "platform/posix/HiveFile.h"
 #include "platform/posix/HostPath.h"
 #include "platform/posix/PosixText.h"
 #include "platform/posix/RegistryFile.h"
@@ -18,8 +22,9 @@
 namespace qvp {
 
 struct RegKey {
-    std::shared_ptr<posix::RegistryFile> file;
-    std::vector<std::u16string> paths;  // folded, in the order they are searched
+    std::unique_ptr<posix::RegistryFile> file;  // a prefix's text file, or
+    std::unique_ptr<posix::HiveFile> hive;      // a copied drive's hive
+    std::vector<std::u16string> paths;          // folded, in the order they are searched
 };
 
 namespace {
@@ -44,44 +49,75 @@ bool StartsWith(const std::u16string& text, const std::u16string& prefix) {
     return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
 }
 
-}  // namespace
+// The paths of a key as a 32-bit program sees it, `hasKey` telling which
+// exist: on a 64-bit machine HKLM\Software\X is Software\Wow6432Node\X
+// when that key exists. Windows opens one key: the 32-bit view's when it
+// exists, and a value missing there is missing, even when the native key
+// holds it.
+template <class HasKey>
+std::vector<std::u16string> KeyPaths(Hive hive, bool win64, const std::u16string& path, HasKey hasKey) {
+    static const std::u16string kSoftware = u"SOFTWARE\\";
+    static const std::u16string kWow = u"SOFTWARE\\WOW6432NODE";
+    if (hive == Hive::LocalMachine && win64 && StartsWith(path, kSoftware) &&
+        !(StartsWith(path, kWow) && (path.size() == kWow.size() || path[kWow.size()] == u'\\'))) {
+        const std::u16string redirected = kWow + path.substr(kSoftware.size() - 1);
+        if (hasKey(redirected)) return {redirected};
+    }
+    if (hasKey(path)) return {path};
+    return {};
+}
 
-bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
-    if (out == nullptr) return false;
-    *out = nullptr;
+bool OpenPrefixKey(Hive hive, const std::u16string& path, RegKey* key) {
     const std::string prefix = posix::PrefixRoot();
     if (prefix.empty()) return false;
     std::string bytes;
     const char* name = hive == Hive::LocalMachine ? "/system.reg" : "/user.reg";
     if (!posix::ReadWholeFile(prefix + name, kMaxRegistryBytes, &bytes)) return false;
-    auto file = std::make_shared<posix::RegistryFile>();
-    if (!file->Parse(bytes.data(), bytes.size())) return false;
+    key->file.reset(new (std::nothrow) posix::RegistryFile);
+    if (key->file == nullptr || !key->file->Parse(bytes.data(), bytes.size())) return false;
+    const posix::RegistryFile& file = *key->file;
+    key->paths = KeyPaths(hive, file.Win64(), path, [&](const std::u16string& p) { return file.HasKey(p); });
+    return !key->paths.empty();
+}
 
+// The SOFTWARE hive's root is HKLM\Software; NTUSER.DAT's root is HKCU.
+bool OpenDriveKey(Hive hive, const std::u16string& path, RegKey* key) {
+    key->hive = posix::OpenDriveHive(hive, path);
+    if (key->hive == nullptr) return false;
+    const posix::HiveFile& file = *key->hive;
+    const size_t skip = hive == Hive::LocalMachine ? 9 : 0;  // "SOFTWARE\\"
+    auto hasKey = [&](const std::u16string& p) { return file.HasKey(p.size() > skip ? p.substr(skip) : u""); };
+    key->paths = KeyPaths(hive, hive == Hive::LocalMachine && file.HasKey(u"WOW6432NODE"), path, hasKey);
+    for (std::u16string& p : key->paths) p = p.size() > skip ? p.substr(skip) : u"";
+    return !key->paths.empty();
+}
+
+}  // namespace
+
+bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
+    if (out == nullptr) return false;
+    *out = nullptr;
     const std::u16string path = KeyPath(subKey);
     if (!path.empty() && path.front() == u'\\') return false;
-    std::vector<std::u16string> paths;
-    static const std::u16string kSoftware = u"SOFTWARE\\";
-    static const std::u16string kWow = u"SOFTWARE\\WOW6432NODE";
-    if (hive == Hive::LocalMachine && file->Win64() && StartsWith(path, kSoftware) &&
-        !(StartsWith(path, kWow) && (path.size() == kWow.size() || path[kWow.size()] == u'\\'))) {
-        const std::u16string redirected = kWow + path.substr(kSoftware.size() - 1);
-        if (file->HasKey(redirected)) paths.push_back(redirected);
-    }
-    // Windows opens one key: the 32-bit view's when it exists, and a value
-    // missing there is missing, even when the native key holds it.
-    if (paths.empty() && file->HasKey(path)) paths.push_back(path);
-    if (paths.empty()) return false;
-    RegKey* key = new (std::nothrow) RegKey{std::move(file), std::move(paths)};
-    *out = key;
-    return key != nullptr;
+    std::unique_ptr<RegKey> key(new (std::nothrow) RegKey);
+    if (key == nullptr) return false;
+    const bool opened = posix::WindowsRoot().empty() ? OpenPrefixKey(hive, path, key.get())
+                                                     : OpenDriveKey(hive, path, key.get());
+    if (!opened) return false;
+    *out = key.release();
+    return true;
 }
 
 bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pcbData) {
     if (key == nullptr || pcbData == nullptr) return false;
     const std::u16string name = FoldedName(valueName);
     const posix::RegistryFile::Value* value = nullptr;
+    posix::RegistryFile::Value fromHive;
     for (const std::u16string& path : key->paths) {
-        value = key->file->Find(path, name);
+        if (key->hive != nullptr)
+            value = key->hive->Find(path, name, &fromHive) ? &fromHive : nullptr;
+        else
+            value = key->file->Find(path, name);
         if (value != nullptr) break;
     }
     if (value == nullptr) return false;
