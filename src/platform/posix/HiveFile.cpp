@@ -12,6 +12,8 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <type_traits>
 #include <memory>
 
 namespace qvp {
@@ -88,10 +90,13 @@ bool HiveFile::Find(const std::u16string& path, const std::u16string& name, Regi
     for (const hive_value_h* value = values.get(); value != nullptr && *value != 0; ++value) {
         std::unique_ptr<char, FreeDeleter> key(hivex_value_key(hive_, *value));
         if (!NameIs(key.get(), name)) continue;
-        hive_type type;
+        hive_type stored;
         size_t length = 0;
-        std::unique_ptr<char, FreeDeleter> data(hivex_value_value(hive_, *value, &type, &length));
+        std::unique_ptr<char, FreeDeleter> data(hivex_value_value(hive_, *value, &stored, &length));
         if (data == nullptr) return false;
+        // A damaged hive holds any number there, which is no hive_type.
+        std::underlying_type_t<hive_type> type;
+        std::memcpy(&type, &stored, sizeof type);
         out->name = name;
         out->text.clear();
         out->bytes.assign(data.get(), length);

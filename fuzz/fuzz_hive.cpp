@@ -1,0 +1,81 @@
+// fuzz_hive.cpp - registry hive bytes through hivex and the hive reader.
+//
+// Random bytes rarely pass a hive's first checks, so besides raw hives
+// ("regf" first) an input can be a list of changes to a valid hive that
+// holds the client's keys: three bytes each, an offset and a new byte. When
+// the input's first byte is odd the base block's checksum is made right
+// again, so that damage behind it is reached.
+#include "platform/posix/HiveFile.h"
+#include "support/posix/Hive.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+std::string g_base;
+std::string g_path;  // a memory file that holds the hive of one run
+int g_fd = -1;
+
+void FixChecksum(std::string& h) {
+    if (h.size() < 512) return;
+    uint32_t sum = 0;
+    for (size_t i = 0; i < 508; i += 4)
+        sum ^= static_cast<uint32_t>(static_cast<unsigned char>(h[i])) |
+               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 1])) << 8 |
+               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 2])) << 16 |
+               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 3])) << 24;
+    for (int i = 0; i < 4; ++i) h[508 + i] = static_cast<char>(sum >> (8 * i));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    g_fd = memfd_create("hive", 0);
+    if (g_fd < 0) std::abort();
+    g_path = "/proc/self/fd/" + std::to_string(g_fd);
+    char base[] = "/tmp/fuzz_hive_base.XXXXXX";
+    const int fd = mkstemp(base);
+    if (fd < 0) std::abort();
+    close(fd);
+    qvt::WriteHive(base, {{"Wow6432Node\\CREAR\\AL-Mail", {{"InstallPath", 1, qvt::RegSz("C:\\x\\a.exe")}}},
+                          {"CREAR\\AL-Mail",
+                           {{"InstallPath", 1, qvt::RegSz("C:\\日本語")},
+                            {"MailboxPath", 2, qvt::RegSz("%x%")},
+                            {"Size", 4, std::string("\x01\0\0\0", 4)}}}});
+    std::ifstream in(base, std::ios::binary);
+    g_base.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    std::remove(base);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::string hive;
+    if (size >= 4 && std::string(reinterpret_cast<const char*>(data), 4) == "regf") {
+        hive.assign(reinterpret_cast<const char*>(data), size);
+    } else {
+        hive = g_base;
+        for (size_t i = 1; i + 2 < size; i += 3)
+            hive[(data[i] | data[i + 1] << 8 | (i & 0x10) << 12) % hive.size()] = static_cast<char>(data[i + 2]);
+        if (size > 0 && (data[0] & 1)) FixChecksum(hive);
+    }
+    if (ftruncate(g_fd, 0) != 0 || pwrite(g_fd, hive.data(), hive.size(), 0) != static_cast<ssize_t>(hive.size()))
+        std::abort();
+    qvp::posix::HiveFile file;
+    if (!file.Open(g_path)) return 0;
+    qvp::posix::RegistryFile::Value value;
+    for (const char16_t* key : {u"CREAR\\AL-MAIL", u"WOW6432NODE\\CREAR\\AL-MAIL"}) {
+        for (const char16_t* name : {u"INSTALLPATH", u"MAILBOXPATH", u"SIZE", u""}) {
+            if (file.Find(key, name, &value) && value.isText && value.text.size() > hive.size()) __builtin_trap();
+        }
+    }
+    return 0;
+}

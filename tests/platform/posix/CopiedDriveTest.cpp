@@ -1,0 +1,168 @@
+// CopiedDriveTest.cpp - a copied Windows system drive as the machine: drive
+// letters, the registry from hive files, the choice of the profile, and
+// damaged hives.
+#include "platform/platform.h"
+#include "platform/RegistryQuery.h"
+#include "support/WinePrefix.h"
+#include "support/posix/Hive.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+using qvp::Hive;
+using qvt::HiveValue;
+using qvt::RegSz;
+
+const char kKey[] = "Software\\CREAR\\AL-Mail";
+
+// Sets an environment variable for the object's life.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const std::string& value) : name_(name) {
+        const char* old = std::getenv(name);
+        had_ = old != nullptr;
+        if (had_) old_ = old;
+        qvt::machine::SetEnvironment(name, value.c_str());
+    }
+    ~ScopedEnv() { qvt::machine::SetEnvironment(name_, had_ ? old_.c_str() : nullptr); }
+
+private:
+    const char* name_;
+    bool had_ = false;
+    std::string old_;
+};
+
+// A drive in a folder of the prefix, which it hides: the prefix's own files
+// and registry are no longer seen.
+class CopiedDrive : public ::testing::Test {
+protected:
+    void SetUp() override {
+        prefix.SetHklm(kKey, "InstallPath", "from the prefix");
+        prefix.SetHkcu(kKey, "MailboxPath", "from the prefix");
+        prefix.WriteFile("C:\\prefix.txt", "x");
+    }
+    std::string Host(const std::string& relative) const { return prefix.Root() + "/disk/" + relative; }
+    void WriteHive(const std::string& relative, const qvt::HiveKeys& keys) {
+        prefix.WriteFile("Z:" + Host(relative), "");
+        qvt::WriteHive(Host(relative), keys);
+    }
+    void Software(const qvt::HiveKeys& keys) { WriteHive("Windows/System32/config/SOFTWARE", keys); }
+    void User(const std::string& profile, bool withKey) {
+        WriteHive(profile + "/NTUSER.DAT", {{withKey ? kKey : "Software\\Other", {{"MailboxPath", 1, RegSz(profile)}}}});
+    }
+
+    qvt::WinePrefix prefix;
+    ScopedEnv root{"TQNRALM_WINDOWS_ROOT", prefix.Root() + "/disk"};
+};
+
+TEST_F(CopiedDrive, DriveLetters) {
+    prefix.WriteFile("Z:" + Host("Dir/File.txt"), "x");
+    prefix.WriteFile("Z:" + prefix.Root() + "/d/Shared/x.txt", "x");
+    ScopedEnv d("TQNRALM_DRIVE_D", prefix.Root() + "/d");
+    const struct {
+        std::string path;
+        bool exists;
+    } cases[] = {
+        {"C:\\dir\\FILE.TXT", true},        // C: is the drive's folder, in any case
+        {"C:\\prefix.txt", false},          // the prefix is out of the picture
+        {"d:\\shared\\X.txt", true},        // D: through TQNRALM_DRIVE_D
+        {"E:\\x.txt", false},               // a letter without a mapping
+        {"Z:" + Host("Dir/File.txt"), true},  // Z: is still the host's root
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.exists ? 0 : -1, qvp::Access(c.path.c_str())) << c.path;
+}
+
+TEST_F(CopiedDrive, ValuesFromTheHives) {
+    Software({{"Wow6432Node\\CREAR\\AL-Mail",
+               {{"InstallPath", 1, RegSz("wow")},
+                {"Sz", 1, RegSz("C:\\日本語")},
+                {"Expand", 2, RegSz("%TEMP%\\x")},
+                {"Unterminated", 1, RegSz("ab").substr(0, 4)},
+                {"Dword", 4, std::string("\x2a\0\0\0", 4)},
+                {"", 1, RegSz("default")}}},
+              {"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("plain")}, {"Only", 1, RegSz("plain")}}},
+              {"Other", {{"Sz", 1, RegSz("x")}}}});
+    User("Users/Taro", true);
+    const char kLower[] = "software\\crear\\al-mail";
+    const struct {
+        Hive hive;
+        const char* key;
+        const char* value;
+        uint32_t size;
+        std::string expected;
+    } cases[] = {
+        {Hive::LocalMachine, kKey, "InstallPath", 520, std::string("wow", 4)},  // the 32-bit view first
+        {Hive::LocalMachine, kKey, "Only", 520, "<no value>"},                  // and that key alone
+        {Hive::LocalMachine, kLower, "SZ", 520, qvt::Cp932("C:\\日本語") + '\0'},
+        {Hive::LocalMachine, kKey, "Expand", 520, std::string("%TEMP%\\x", 9)},
+        {Hive::LocalMachine, kKey, "Unterminated", 520, std::string("ab", 3)},
+        {Hive::LocalMachine, kKey, "Dword", 520, std::string("\x2a\0\0\0\0", 5)},
+        {Hive::LocalMachine, kKey, "", 520, std::string("default", 8)},
+        {Hive::LocalMachine, kKey, "Sz", 8, "<no value>"},             // does not fit with its NUL
+        {Hive::LocalMachine, "Software\\Other", "Sz", 520, "<no key>"},  // no user holds that key
+        {Hive::LocalMachine, "System\\CREAR", "Sz", 520, "<no key>"},    // only Software is on the disk
+        {Hive::CurrentUser, kKey, "MailboxPath", 520, std::string("Users/Taro", 11)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.key) + " " + c.value);
+        EXPECT_EQ(c.expected, qvt::Query(c.hive, c.key, c.value, c.size));
+    }
+}
+
+TEST_F(CopiedDrive, WhichProfile) {
+    Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("x")}}}});
+    const struct {
+        const char* name;
+        std::vector<std::pair<std::string, bool>> profiles;  // folder, holds the client's key
+        const char* user;                                    // TQNRALM_WINDOWS_USER
+        std::string mailbox;                                 // HKCU's value, or "<no key>"
+    } cases[] = {
+        {"the one with the key", {{"Users/Default", false}, {"Users/Taro", true}}, "", "Users/Taro"},
+        {"XP's profiles", {{"Documents and Settings/Owner", true}}, "", "Documents and Settings/Owner"},
+        {"several: nobody", {{"Users/Taro", true}, {"Documents and Settings/Old", true}}, "", "<no key>"},
+        {"several, one named", {{"Users/Taro", true}, {"Users/Hanako", true}}, "hanako", "Users/Hanako"},
+        {"none with the key", {{"Users/Taro", false}}, "", "<no key>"},
+        {"the named one missing", {{"Users/Taro", true}}, "Jiro", "<no key>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        prefix.Remove("Z:" + Host("Users"));
+        prefix.Remove("Z:" + Host("Documents and Settings"));
+        for (const auto& [folder, withKey] : c.profiles) User(folder, withKey);
+        ScopedEnv user("TQNRALM_WINDOWS_USER", c.user);
+        const std::string mailbox = qvt::Query(Hive::CurrentUser, kKey, "MailboxPath");
+        EXPECT_EQ(c.mailbox, mailbox == "<no key>" ? mailbox : mailbox.substr(0, mailbox.size() - 1));
+        // Without a user the machine's half of the installation is not read either.
+        EXPECT_EQ(c.mailbox == "<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath") == "<no key>");
+    }
+}
+
+// A damaged hive is no hive: no key, never a crash. Cut at every 256 bytes,
+// then bytes changed at random (the seed is printed).
+TEST_F(CopiedDrive, DamagedHives) {
+    User("Users/Taro", true);
+    Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("C:\\x")}}}});
+    const std::string path = Host("Windows/System32/config/SOFTWARE"), good = qvt::ReadHostFile(path);
+    for (size_t size = 0; size < good.size(); size += 256) {
+        qvt::WriteHostFile(path, good.substr(0, size));
+        EXPECT_EQ("<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath")) << size;
+    }
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (int i = 0; i < 300; ++i) {
+        std::string bad = good;
+        for (int k = 0; k < 4; ++k) bad[random() % bad.size()] = static_cast<char>(random());
+        qvt::WriteHostFile(path, bad);
+        const std::string value = qvt::Query(Hive::LocalMachine, kKey, "InstallPath");
+        EXPECT_TRUE(value.size() < 520) << "seed " << seed;
+    }
+    prefix.Remove("Z:" + path);
+    prefix.MakeDir("Z:" + path);
+    EXPECT_EQ("<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath")) << "a folder is no hive";
+}
+
+}  // namespace
