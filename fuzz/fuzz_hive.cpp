@@ -8,22 +8,20 @@
 #include "platform/posix/HiveFile.h"
 #include "support/posix/Hive.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 
 namespace {
 
 std::string g_base;
-std::string g_path;  // a memory file that holds the hive of one run
-int g_fd = -1;
+std::string g_path;  // the file that holds the hive of one run
 
 void FixChecksum(std::string& h) {
     if (h.size() < 512) return;
@@ -39,13 +37,10 @@ void FixChecksum(std::string& h) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    g_fd = memfd_create("hive", 0);
-    if (g_fd < 0) std::abort();
-    g_path = "/proc/self/fd/" + std::to_string(g_fd);
-    char base[] = "/tmp/fuzz_hive_base.XXXXXX";
-    const int fd = mkstemp(base);
-    if (fd < 0) std::abort();
-    close(fd);
+    g_path = (std::filesystem::temp_directory_path() /
+              ("fuzz_hive." + std::to_string(std::random_device{}()))).string();
+    const std::string base = g_path + ".base";
+    std::atexit([] { std::remove(g_path.c_str()); });
     qvt::WriteHive(base, {{"Wow6432Node\\CREAR\\AL-Mail", {{"InstallPath", 1, qvt::RegSz("C:\\x\\a.exe")}}},
                           {"CREAR\\AL-Mail",
                            {{"InstallPath", 1, qvt::RegSz("C:\\日本語")},
@@ -53,7 +48,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
                             {"Size", 4, std::string("\x01\0\0\0", 4)}}}});
     std::ifstream in(base, std::ios::binary);
     g_base.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    std::remove(base);
+    std::remove(base.c_str());
     return 0;
 }
 
@@ -67,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             hive[(data[i] | data[i + 1] << 8 | (i & 0x10) << 12) % hive.size()] = static_cast<char>(data[i + 2]);
         if (size > 0 && (data[0] & 1)) FixChecksum(hive);
     }
-    if (ftruncate(g_fd, 0) != 0 || pwrite(g_fd, hive.data(), hive.size(), 0) != static_cast<ssize_t>(hive.size()))
+    if (!std::ofstream(g_path, std::ios::binary | std::ios::trunc).write(hive.data(), std::streamsize(hive.size())))
         std::abort();
     qvp::posix::HiveFile file;
     if (!file.Open(g_path)) return 0;
