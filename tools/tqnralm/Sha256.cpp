@@ -1,7 +1,16 @@
-// SHA-256 (FIPS 180-4); see Sha256.h for why it is written here.
+// SHA-256 (FIPS 180-4); see Sha256.h for why it is written here. On x86
+// processors with the SHA extensions the blocks go through those
+// instructions (four to five times faster: hashing was a fifth of an
+// export's time), else through the portable rounds.
 #include "Sha256.h"
 
 #include <cstring>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <cpuid.h>
+#include <immintrin.h>
+#define TQNRALM_SHA_X86 1
+#endif
 
 namespace tqnralm {
 namespace {
@@ -18,7 +27,74 @@ const uint32_t kRound[64] = {
 
 inline uint32_t Rotr(uint32_t x, int n) { return (x >> n) | (x << (32 - n)); }
 
+#if TQNRALM_SHA_X86
+bool CpuHasSha() {
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    if (!__get_cpuid(1, &a, &b, &c, &d) || !(c & (1u << 9)) || !(c & (1u << 19))) return false;  // SSSE3, SSE4.1
+    return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & (1u << 29)) != 0;                    // SHA
+}
+
+// The state as ABEF and CDGH halves, four rounds per step: the layout the
+// instructions work on.
+__attribute__((target("sha,sse4.1,ssse3"))) void BlocksSha(uint32_t* state, const unsigned char* p, size_t n) {
+    const __m128i kBigEndian = _mm_set_epi64x(0x0c0d0e0f08090a0bULL, 0x0405060700010203ULL);
+    __m128i tmp = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state)), 0xB1);
+    __m128i state1 = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state + 4)), 0x1B);
+    __m128i state0 = _mm_alignr_epi8(tmp, state1, 8);
+    state1 = _mm_blend_epi16(state1, tmp, 0xF0);
+    for (; n > 0; --n, p += 64) {
+        const __m128i save0 = state0, save1 = state1;
+        __m128i w[4];
+        for (int quad = 0; quad < 16; ++quad) {
+            __m128i& words = w[quad % 4];
+            if (quad < 4) {
+                words = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * quad)), kBigEndian);
+            } else {
+                // W[t] from W[t-16], W[t-15], W[t-7] and W[t-2], four at a time.
+                const __m128i& last = w[(quad + 3) % 4];
+                words = _mm_sha256msg2_epu32(
+                    _mm_add_epi32(_mm_sha256msg1_epu32(words, w[(quad + 1) % 4]),
+                                  _mm_alignr_epi8(last, w[(quad + 2) % 4], 4)),
+                    last);
+            }
+            __m128i msg =
+                _mm_add_epi32(words, _mm_loadu_si128(reinterpret_cast<const __m128i*>(kRound + 4 * quad)));
+            state1 = _mm_sha256rnds2_epu32(state1, state0, msg);
+            state0 = _mm_sha256rnds2_epu32(state0, state1, _mm_shuffle_epi32(msg, 0x0E));
+        }
+        state0 = _mm_add_epi32(state0, save0);
+        state1 = _mm_add_epi32(state1, save1);
+    }
+    tmp = _mm_shuffle_epi32(state0, 0x1B);
+    state1 = _mm_shuffle_epi32(state1, 0xB1);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_blend_epi16(tmp, state1, 0xF0));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(state1, tmp, 8));
+}
+
+bool g_useSha = CpuHasSha();
+#endif
+
 }  // namespace
+
+bool Sha256::UseProcessorInstructions(bool use) {
+#if TQNRALM_SHA_X86
+    g_useSha = use && CpuHasSha();
+    return g_useSha;
+#else
+    (void)use;
+    return false;
+#endif
+}
+
+void Sha256::Blocks(const unsigned char* p, size_t n) {
+#if TQNRALM_SHA_X86
+    if (g_useSha) {
+        BlocksSha(state_, p, n);
+        return;
+    }
+#endif
+    for (; n > 0; --n, p += 64) Block(p);
+}
 
 void Sha256::Reset() {
     static const uint32_t kInitial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
@@ -73,10 +149,12 @@ void Sha256::Update(const void* data, size_t size) {
         p += take;
         size -= take;
         if (buffered_ < 64) return;
-        Block(buffer_);
+        Blocks(buffer_, 1);
         buffered_ = 0;
     }
-    for (; size >= 64; p += 64, size -= 64) Block(p);
+    Blocks(p, size / 64);
+    p += size / 64 * 64;
+    size %= 64;
     std::memcpy(buffer_, p, size);
     buffered_ = size;
 }

@@ -18,8 +18,14 @@ public:
     // The digest as 64 lower-case hexadecimal digits; the object starts over.
     std::string HexDigest();
 
+    // Whether blocks go through the processor's SHA instructions where it
+    // has them (the default); false forces the portable rounds (tests).
+    // Returns whether the instructions are used.
+    static bool UseProcessorInstructions(bool use);
+
 private:
     void Block(const unsigned char* block);
+    void Blocks(const unsigned char* blocks, size_t count);
 
     uint32_t state_[8];
     unsigned char buffer_[64];
