@@ -3,6 +3,7 @@
 #include "Library.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include "Utf.h"
@@ -83,10 +84,15 @@ int Session::Open() {
     int32_t code = QV_IsMailerInstalled(&installed);
     initialised_ = true;  // QV_ExitLibrary also ends the log, as before any failed start
     if (code != QV_S_OK || !installed || QV_InitLibrary() != QV_S_OK) {
-        std::fprintf(stderr,
-                     "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "
-                     "prefix that holds it.\n",
-                     static_cast<int>(code));
+        const char* drive = std::getenv("TQNRALM_WINDOWS_ROOT");
+        if (drive != nullptr && *drive != 0)
+            std::fprintf(stderr, "tqnralm: AL-Mail32 was not found on the Windows drive '%s' (code %d).\n", drive,
+                         static_cast<int>(code));
+        else
+            std::fprintf(stderr,
+                         "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "
+                         "prefix that holds it, or --windows at a copied Windows drive.\n",
+                         static_cast<int>(code));
         return kExitNotInstalled;
     }
     if (QV_GetRootObject(root_.out()) != QV_S_OK) return kExitIncomplete;

@@ -21,6 +21,8 @@ enum Exit {
 // Options that stand before or after any command.
 struct GlobalOptions {
     std::string logFile;  // the library's trace log, UTF-16LE; empty: none
+    std::string windowsRoot;  // a copied Windows system drive; empty: the Wine prefix
+    std::string windowsUser;  // its profile; empty: the one that used the mail client
 };
 
 enum class MailFormat { kMbox, kMaildir, kEml };

@@ -14,6 +14,7 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <hivex.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -143,6 +144,14 @@ bool IsInside(const std::string& path, const std::string& folder) {
            folder.back() == '\\';
 }
 
+void SetEnvironment(const char* name, const std::string& value) { _putenv_s(name, value.c_str()); }
+
+// The Windows build reads the running machine's own registry.
+Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
+    *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
+    return Hive::kUnsupported;
+}
+
 #else
 
 namespace {
@@ -242,20 +251,61 @@ bool RenameNew(const std::string& from, const std::string& to, std::string* erro
 
 void RemoveFile(const std::string& path) { unlink(path.c_str()); }
 
-std::string SourceDescription() { return "Wine prefix " + AbsolutePath(WinePrefix()); }
+std::string SourceDescription() {
+    if (const char* drive = std::getenv("TQNRALM_WINDOWS_ROOT"); drive != nullptr && *drive != 0)
+        return "copied Windows drive " + AbsolutePath(drive);
+    return "Wine prefix " + AbsolutePath(WinePrefix());
+}
 
 std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders) {
     // The prefix holds the whole Windows machine; an account on another drive
-    // ("D:\Mail") lies where that drive's link in dosdevices points.
-    const std::string prefix = WinePrefix();
+    // ("D:\Mail") lies where that drive's link in dosdevices points. A copied
+    // drive is C:, and other letters are where TQNRALM_DRIVE_<LETTER> says.
+    const char* copied = std::getenv("TQNRALM_WINDOWS_ROOT");
+    const bool drive = copied != nullptr && *copied != 0;
+    const std::string prefix = drive ? copied : WinePrefix();
     std::vector<std::string> out{prefix};
     for (const std::string& folder : accountFolders) {
         if (folder.size() < 3 || folder[1] != ':') continue;
-        std::string path = prefix + "/dosdevices/" + static_cast<char>(std::tolower(folder[0])) + ":";
+        const char letter = static_cast<char>(std::tolower(folder[0]));
+        const char* mapped = std::getenv((std::string("TQNRALM_DRIVE_") + static_cast<char>(std::toupper(letter))).c_str());
+        std::string path = !drive ? prefix + "/dosdevices/" + letter + ":"
+                           : letter == 'c' ? prefix
+                                           : std::string(mapped != nullptr ? mapped : "");
+        if (path.empty()) continue;
         for (size_t i = 2; i < folder.size(); ++i) path += folder[i] == '\\' ? '/' : folder[i];
         out.push_back(path);
     }
     return out;
+}
+
+void SetEnvironment(const char* name, const std::string& value) { setenv(name, value.c_str(), 1); }
+
+Hive ProbeHive(const std::string& path, const std::string& key, std::string* error) {
+    // Only a regular file: a pipe or a device would block the read.
+    struct stat st;
+    if (stat(path.c_str(), &st) != 0) {
+        *error = Describe(path, Errno());
+        return Hive::kUnreadable;
+    }
+    if (!S_ISREG(st.st_mode)) {
+        *error = Describe(path, "not a file");
+        return Hive::kUnreadable;
+    }
+    hive_h* hive = hivex_open(path.c_str(), 0);
+    if (hive == nullptr) {
+        *error = Describe(path, errno == EACCES || errno == EPERM ? Errno() : "not a registry hive (damaged or cut short)");
+        return Hive::kUnreadable;
+    }
+    hive_node_h node = hivex_root(hive);
+    for (size_t start = 0; node != 0 && start <= key.size();) {
+        size_t end = key.find('\\', start);
+        if (end == std::string::npos) end = key.size();
+        node = hivex_node_get_child(hive, node, key.substr(start, end - start).c_str());  // ASCII in any case
+        start = end + 1;
+    }
+    hivex_close(hive);
+    return node != 0 ? Hive::kHasKey : Hive::kNoKey;
 }
 
 bool IsInside(const std::string& path, const std::string& folder) {

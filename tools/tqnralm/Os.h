@@ -1,6 +1,7 @@
 // The host's one seam to the operating system: the terminal test, files
-// created only when new, directories, the rename that never replaces, and
-// where the mail client's store lies. Paths are UTF-8 with '/' (Windows
+// created only when new, directories, the rename that never replaces,
+// where the mail client's store lies, and the registry hives of a copied
+// Windows drive (read with hivex, on Linux only). Paths are UTF-8 with '/' (Windows
 // also takes '\'); nothing else in the tool knows the platform.
 #ifndef TQNRALM_TOOL_OS_H
 #define TQNRALM_TOOL_OS_H
@@ -70,6 +71,16 @@ std::string SourceDescription();
 // client names them, "C:\AL-Mail\Mailbox\Account1") and, on a Wine prefix,
 // the prefix itself. An export must not write below any of them.
 std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders);
+
+// Sets a variable of the process's environment (the library reads the
+// copied drive's settings from there).
+void SetEnvironment(const char* name, const std::string& value);
+
+// Whether a registry hive file holds a key (a path of names separated by
+// backslashes, matched in any case). kUnreadable: the file cannot be read or
+// is no hive, `error` says why; kUnsupported: this build reads no hive files.
+enum class Hive { kHasKey, kNoKey, kUnreadable, kUnsupported };
+Hive ProbeHive(const std::string& path, const std::string& key, std::string* error);
 
 }  // namespace os
 }  // namespace tqnralm

@@ -5,16 +5,19 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "Commands.h"
 #include "Options.h"
+#include "WindowsDrive.h"
 
 namespace {
 
 const char* const kDescription =
     "Reads the mail, accounts and address books of AL-Mail32 and prints or exports them.\n"
-    "The mail client's machine is the Wine prefix named by WINEPREFIX (default ~/.wine).";
+    "The mail client's machine is the Wine prefix named by WINEPREFIX (default ~/.wine), or a copied\n"
+    "Windows system drive (--windows DIR, or TQNRALM_WINDOWS_ROOT).";
 
 const char* const kExitCodes =
     "Exit codes: 0 everything was done; 1 some messages or folders could not be read (the rest was\n"
@@ -31,6 +34,15 @@ int main(int argc, char** argv) {
     app.fallthrough();
     GlobalOptions global;
     app.add_option("--log", global.logFile, "Write the library's trace log to FILE (UTF-16LE)")->type_name("FILE");
+    app.add_option("--windows", global.windowsRoot,
+                   "Read a copied Windows system drive (an old disk, mounted read-only) instead of a Wine "
+                   "prefix; drive letters other than C: map through TQNRALM_DRIVE_<LETTER>")
+        ->type_name("DIR")
+        ->envname("TQNRALM_WINDOWS_ROOT");
+    app.add_option("--windows-user", global.windowsUser,
+                   "The Windows user whose mail to read on that drive (default: the one who used AL-Mail32)")
+        ->type_name("NAME")
+        ->envname("TQNRALM_WINDOWS_USER");
 
     CLI::App* version = app.add_subcommand("version", "Print the interface version");
     CLI::App* tree = app.add_subcommand("tree", "Print the whole tree: users, accounts, folders, messages, "
@@ -84,6 +96,10 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     if (*version) return RunVersion(global);
+    if (!global.windowsRoot.empty()) {
+        const int code = UseWindowsDrive(global.windowsRoot, global.windowsUser);
+        if (code != kExitOk) return code;
+    }
     if (*tree) return RunTree(global);
     if (*cat) return RunCat(global, catPath);
     exportOptions.format = format == "maildir" ? MailFormat::kMaildir
