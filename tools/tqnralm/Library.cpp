@@ -29,7 +29,7 @@ int32_t GetName(QV_OBJ obj, bool display, std::string* out) {
     // Most names fit a small buffer, and one call gives them (a subject is
     // decoded anew by every call); only a text that fills it is asked for
     // its length first.
-    QV_WCHAR small[256];
+    QV_WCHAR small[256] = {};  // traced as it is when the call fails
     uint32_t len = 255;
     int32_t code = get(obj, small, &len);
     if (code != QV_S_OK) return code;
