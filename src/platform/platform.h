@@ -19,6 +19,21 @@
 
 namespace qvp {
 
+// The file cause codes that failures come back as (those of CFileException).
+// A file that is there but is no regular file (a directory, a FIFO, a socket,
+// a device) is refused as access denied, as Windows refuses a directory.
+enum FileCause : int {
+    kCauseNone = 0,
+    kCauseGeneric = 1,
+    kCauseFileNotFound = 2,
+    kCauseBadPath = 3,
+    kCauseTooManyOpenFiles = 4,
+    kCauseAccessDenied = 5,
+    kCauseHardIo = 10,
+    kCauseSharingViolation = 11,
+    kCauseDiskFull = 13,
+};
+
 // ---------------------------------------------------------------- text ----
 
 // Code page numbers as Windows knows them. The message library also converts
@@ -118,8 +133,12 @@ void FindClose(FindHandle* handle);
 
 struct File;
 // fopen with mode "rt" (CR LF read as LF, Ctrl-Z ends the file) or "rb".
-// Returns nullptr on failure.
-File* FileOpen(const char* path, const char* mode);
+// Only a regular file opens, and the open never waits (a FIFO in the store
+// would wait for a writer forever). Returns nullptr on failure and, when
+// `cause` is given, why: kCauseFileNotFound for a file that is not there,
+// kCauseBadPath for a folder on the way that is not, kCauseAccessDenied for
+// one that may not be read or is no regular file, others for I/O and limits.
+File* FileOpen(const char* path, const char* mode, int* cause = nullptr);
 // fgets: at most n-1 bytes, the newline kept. nullptr at the end.
 char* FileGets(char* buffer, int n, File* file);
 // fread of bytes.
@@ -128,7 +147,7 @@ size_t FileRead(void* buffer, size_t bytes, File* file);
 bool FileEof(File* file);
 // rewind.
 void FileRewind(File* file);
-// _filelength: the size on disk, -1 on failure.
+// _filelength: the size on disk when the file was opened, -1 on failure.
 long FileLength(File* file);
 // fclose.
 void FileClose(File* file);

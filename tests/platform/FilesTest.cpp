@@ -154,9 +154,21 @@ TEST(Files, TextAndBinaryMode) {
         qvp::FileClose(file);
     }
     prefix.MakeDir("C:\\Dir");
-    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\Dir", "rb")) << "a directory";
-    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\none.txt", "rt"));
-    EXPECT_EQ(nullptr, qvp::FileOpen("C:\\t.txt", "w")) << "nothing is written";
+    const struct {
+        const char* path;
+        const char* mode;
+        int cause;
+    } refused[] = {
+        {"C:\\Dir", "rb", qvp::kCauseAccessDenied},
+        {"C:\\none.txt", "rt", qvp::kCauseFileNotFound},
+        {"C:\\No\\t.txt", "rt", qvp::kCauseBadPath},
+        {"C:\\t.txt", "w", qvp::kCauseGeneric},  // nothing is written
+    };
+    for (const auto& r : refused) {
+        int cause = -1;
+        EXPECT_EQ(nullptr, qvp::FileOpen(r.path, r.mode, &cause)) << r.path;
+        EXPECT_EQ(r.cause, cause) << r.path;
+    }
 }
 
 TEST(Files, TenMegabyteLineArrivesInPieces) {

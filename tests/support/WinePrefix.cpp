@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <random>
 #include <stdexcept>
 
@@ -110,6 +111,20 @@ void WinePrefix::CopyTo(const std::string& hostDir) const {
     fs::remove_all(to);
     fs::create_directories(to.parent_path());
     fs::copy(HostFile(root_), to, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+}
+
+std::vector<std::string> WinePrefix::StoreFiles() const {
+    std::set<std::string> files;
+    std::vector<fs::path> tops(created_);
+    tops.push_back(HostFile(root_));
+    for (const fs::path& top : tops) {
+        std::error_code ec;
+        if (fs::is_regular_file(fs::symlink_status(top, ec))) files.insert(top.u8string());
+        if (!fs::is_directory(fs::symlink_status(top, ec))) continue;
+        for (fs::recursive_directory_iterator it(top, ec), end; !ec && it != end; it.increment(ec))
+            if (it->is_regular_file(ec) && !it->is_symlink(ec)) files.insert(it->path().u8string());
+    }
+    return std::vector<std::string>(files.begin(), files.end());
 }
 
 void WinePrefix::Set(bool hklm, const std::string& key, const std::string& name, const std::string& value) {

@@ -81,6 +81,9 @@ public:
     void MakeDir(const std::string& winPathUtf8);
     // Removes a file or a whole folder.
     void Remove(const std::string& winPathUtf8);
+    // The host paths of every regular file written so far (the registry
+    // files too where they are files), sorted.
+    std::vector<std::string> StoreFiles() const;
     // Copies the whole prefix, drive links included, to a folder that stays
     // (the folder is replaced).
     void CopyTo(const std::string& hostDir) const;

@@ -13,6 +13,7 @@
 #include "platform/posix/PosixText.h"
 
 #include <dirent.h>
+#include <errno.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +29,7 @@ namespace qvp {
 
 struct File {
     FILE* stream;
+    long long size;  // taken by the fstat of the open
     bool text;
     bool eof;    // a read has met the end
     bool ctrlZ;  // text mode: the end was a Ctrl-Z byte
@@ -175,19 +177,31 @@ int Remove(const char* path) {
     return unlink(host.c_str()) == 0 ? 0 : -1;
 }
 
-File* FileOpen(const char* path, const char* mode) {
+File* FileOpen(const char* path, const char* mode, int* cause) {
+    int ignored;
+    int& why = cause != nullptr ? *cause : ignored;
+    why = kCauseGeneric;
     if (mode == nullptr || mode[0] != 'r' || std::strpbrk(mode, "wa+") != nullptr) return nullptr;
-    std::string host;
-    if (MapPath(path, &host) != posix::kMapFound) return nullptr;
-    FILE* stream = std::fopen(host.c_str(), "rbe");
-    if (stream == nullptr) return nullptr;
-    struct stat st;
-    if (fstat(fileno(stream), &st) != 0 || S_ISDIR(st.st_mode)) {
+    int mapped = posix::kMapBadPath;
+    const int fd = posix::OpenMapped(path, posix::OpenForReading, &mapped);
+    if (fd < 0) {
+        why = mapped == posix::kMapFound ? posix::CauseFromErrno(errno) : mapped;
+        return nullptr;
+    }
+    long long size = 0;
+    if (!posix::KeepRegular(fd, &size, &why)) return nullptr;
+    FILE* stream = fdopen(fd, "rb");
+    if (stream == nullptr) {
+        why = posix::CauseFromErrno(errno);
+        close(fd);
+        return nullptr;
+    }
+    File* file = new (std::nothrow) File{stream, size, std::strchr(mode, 'b') == nullptr, false, false};
+    if (file == nullptr) {
         std::fclose(stream);
         return nullptr;
     }
-    File* file = new (std::nothrow) File{stream, std::strchr(mode, 'b') == nullptr, false, false};
-    if (file == nullptr) std::fclose(stream);
+    why = kCauseNone;
     return file;
 }
 
@@ -235,11 +249,7 @@ void FileRewind(File* file) {
     file->ctrlZ = false;
 }
 
-long FileLength(File* file) {
-    struct stat st;
-    if (file == nullptr || fstat(fileno(file->stream), &st) != 0) return -1;
-    return static_cast<long>(st.st_size);
-}
+long FileLength(File* file) { return file == nullptr ? -1 : static_cast<long>(file->size); }
 
 void FileClose(File* file) {
     if (file == nullptr) return;

@@ -305,38 +305,90 @@ int OpenMapped(const char* windowsCp932, const std::function<int(const std::stri
     return *mapped == kMapFound ? open(host) : -1;
 }
 
-bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes) {
-    bytes->clear();
+int CauseFromErrno(int error, bool creating) {
+    switch (error) {
+        case ENOENT: return creating ? kCauseBadPath : kCauseFileNotFound;
+        case ENOTDIR:
+        case ENAMETOOLONG:
+        case ELOOP: return kCauseBadPath;
+        case EMFILE:
+        case ENFILE: return kCauseTooManyOpenFiles;
+        case EACCES:
+        case EPERM:
+        case EISDIR:
+        case ENXIO:  // a socket, or a device without its driver
+        case EROFS: return kCauseAccessDenied;
+        case EIO: return kCauseHardIo;
+        case ENOSPC:
+        case EDQUOT: return kCauseDiskFull;
+        default: return kCauseGeneric;
+    }
+}
+
+int OpenForReading(const std::string& host) {
     int fd;
     do {
-        fd = open(host.c_str(), O_RDONLY | O_CLOEXEC);
+        fd = open(host.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     } while (fd < 0 && errno == EINTR);
-    if (fd < 0) return false;
+    return fd;
+}
+
+bool KeepRegular(int fd, long long* size, int* cause) {
     struct stat st;
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || static_cast<unsigned long long>(st.st_size) > maxBytes) {
+    if (fstat(fd, &st) != 0) {
+        *cause = CauseFromErrno(errno);
+    } else if (!S_ISREG(st.st_mode)) {
+        *cause = kCauseAccessDenied;
+    } else {
+        *size = static_cast<long long>(st.st_size);
+        *cause = kCauseNone;
+        return true;
+    }
+    close(fd);
+    return false;
+}
+
+int OpenRegular(const std::string& host, long long* size, int* cause) {
+    const int fd = OpenForReading(host);
+    if (fd < 0) {
+        *cause = CauseFromErrno(errno);
+        return -1;
+    }
+    return KeepRegular(fd, size, cause) ? fd : -1;
+}
+
+bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes, int* cause) {
+    int ignored;
+    int& why = cause != nullptr ? *cause : ignored;
+    bytes->clear();
+    long long size = 0;
+    const int fd = OpenRegular(host, &size, &why);
+    if (fd < 0) return false;
+    if (static_cast<unsigned long long>(size) > maxBytes) {
         close(fd);
+        why = kCauseAccessDenied;
         return false;
     }
-    bytes->reserve(static_cast<size_t>(st.st_size));
+    bytes->reserve(static_cast<size_t>(size));
     char buffer[65536];
-    bool ok = true;
+    why = kCauseNone;
     for (;;) {
         const ssize_t got = read(fd, buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) continue;
-            ok = false;
+            why = CauseFromErrno(errno);
             break;
         }
         if (got == 0) break;
         if (bytes->size() + static_cast<size_t>(got) > maxBytes) {
-            ok = false;  // the file grew past the limit while being read
+            why = kCauseAccessDenied;  // the file grew past the limit while being read
             break;
         }
         bytes->append(buffer, static_cast<size_t>(got));
     }
     close(fd);
-    if (!ok) bytes->clear();
-    return ok;
+    if (why != kCauseNone) bytes->clear();
+    return why == kCauseNone;
 }
 
 }  // namespace posix

@@ -12,6 +12,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/platform.h"
+
 namespace qvp {
 namespace posix {
 
@@ -42,8 +44,23 @@ int MapPath(const char* windowsCp932, std::string* host);
 // then stands), else why the path names nothing.
 int OpenMapped(const char* windowsCp932, const std::function<int(const std::string&)>& open, int* mapped);
 
-// Reads a whole regular file of at most maxBytes bytes.
-bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes);
+
+// errno to a file cause code (platform.h). `creating`: the open had O_CREAT,
+// so ENOENT means a folder on the way is missing.
+int CauseFromErrno(int error, bool creating = false);
+
+// Opens a host file for reading with O_NONBLOCK, so that a FIFO does not
+// wait for a writer: the descriptor, or -1 with errno set.
+int OpenForReading(const std::string& host);
+// fstat of a descriptor just opened: only a regular file stays open. true
+// and its size, else the descriptor is closed and *cause says why.
+bool KeepRegular(int fd, long long* size, int* cause);
+// Both: the descriptor and its size, or -1 and the cause.
+int OpenRegular(const std::string& host, long long* size, int* cause);
+
+// Reads a whole regular file of at most maxBytes bytes. On failure, *cause
+// (when given) says why; a file over the limit is kCauseAccessDenied.
+bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes, int* cause = nullptr);
 
 }  // namespace posix
 }  // namespace qvp

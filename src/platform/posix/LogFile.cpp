@@ -5,6 +5,7 @@
 // host loses no record that was appended. Every append seeks to the end
 // first, since another process may share the file.
 #include "platform/platform.h"
+#include "platform/posix/HostPath.h"
 #include "platform/posix/PosixText.h"
 
 #include <errno.h>
@@ -22,30 +23,7 @@ struct LogFile {
     int fd;
 };
 
-namespace {
-
-// errno to the file cause codes that Windows reports. The file is always
-// opened with O_CREAT, so ENOENT means a folder on the way is missing: the
-// "bad path" of Windows.
-int CauseFromErrno(int error, bool creating) {
-    switch (error) {
-        case ENOENT: return creating ? 3 : 2;
-        case ENOTDIR:
-        case ENAMETOOLONG:
-        case ELOOP: return 3;
-        case EMFILE:
-        case ENFILE: return 4;
-        case EACCES:
-        case EPERM:
-        case EISDIR:
-        case EROFS: return 5;
-        case ENOSPC:
-        case EDQUOT: return 13;
-        default: return 1;
-    }
-}
-
-}  // namespace
+using posix::CauseFromErrno;
 
 int LogFileOpen(const char16_t* path, LogFile** out) {
     if (out == nullptr) return 1;

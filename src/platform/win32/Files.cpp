@@ -8,6 +8,7 @@
 #include <direct.h>
 #include <io.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -42,13 +43,29 @@ int Access(const char* path) { return path != nullptr && ::_access(path, 0) == 0
 
 int Remove(const char* path) { return path != nullptr && std::remove(path) == 0 ? 0 : -1; }
 
-File* FileOpen(const char* path, const char* mode) {
+File* FileOpen(const char* path, const char* mode, int* cause) {
+    int ignored;
+    int& why = cause != nullptr ? *cause : ignored;
+    why = kCauseGeneric;
     if (path == nullptr || mode == nullptr || mode[0] != 'r' || std::strpbrk(mode, "wa+") != nullptr)
         return nullptr;
     FILE* stream = std::fopen(path, mode);
-    if (stream == nullptr) return nullptr;
+    if (stream == nullptr) {
+        switch (errno) {
+            case ENOENT: why = kCauseFileNotFound; break;
+            case EMFILE: why = kCauseTooManyOpenFiles; break;
+            case EACCES: why = kCauseAccessDenied; break;  // a directory too
+            case EINVAL: why = kCauseBadPath; break;
+            default: break;
+        }
+        return nullptr;
+    }
     File* file = new (std::nothrow) File{stream};
-    if (file == nullptr) std::fclose(stream);
+    if (file == nullptr) {
+        std::fclose(stream);
+        return nullptr;
+    }
+    why = kCauseNone;
     return file;
 }
 
