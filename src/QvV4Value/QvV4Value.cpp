@@ -11,7 +11,19 @@
 
 namespace {
 // Both fills hand out malloc'd texts; free accepts 0 as well.
-void FreeText(void* p) { std::free(p); }
+void FreeText(void* p) { qvp::Free(p); }
+
+// A text being filled: freed unless kept, so that a conversion that throws
+// (out of memory) leaves nothing behind.
+struct PendingText {
+    void* p;
+    ~PendingText() { qvp::Free(p); }
+    void* Keep() {
+        void* kept = p;
+        p = nullptr;
+        return kept;
+    }
+};
 }  // namespace
 
 void QvV4Value_Init(QvV4Value* pValue) {
@@ -35,7 +47,7 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
     if (pValue->nKind == QV_V4_KIND_TEXT8) {
         size_t n = std::strlen(pszText) + 1;
         pValue->nSize = static_cast<uint32_t>(n);
-        void* p = std::malloc(n);
+        void* p = qvp::Malloc(n);
         if (p == nullptr) return -1;
         std::memcpy(p, pszText, n);
         pValue->pData = p;
@@ -46,11 +58,12 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
         int nWide = qvp::MultiByteToWideChar(qvp::kCpAcp, 0, pszText, -1, nullptr, 0);
         if (nWide <= 0) nWide = 1;
         pValue->nSize = static_cast<uint32_t>(nWide) * 2;
-        char16_t* p = static_cast<char16_t*>(std::malloc(pValue->nSize));
+        PendingText text{qvp::Malloc(pValue->nSize)};
+        char16_t* p = static_cast<char16_t*>(text.p);
         if (p == nullptr) return -1;
         int nDone = qvp::MultiByteToWideChar(qvp::kCpAcp, 0, pszText, -1, p, nWide);
         p[nDone > 0 ? nDone - 1 : 0] = 0;
-        pValue->pData = p;
+        pValue->pData = text.Keep();
         return 0;
     }
     pValue->nSize = 0;
@@ -61,7 +74,7 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
 int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
     const size_t nLength = str.size();
     if (nLength == 0) {
-        void* p = std::calloc(2, 1);
+        void* p = qvp::Calloc(2, 1);
         if (p == nullptr) return -1;
         pValue->pfnFree = FreeText;
         pValue->nSize = 2;
@@ -69,23 +82,21 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
         return 0;
     }
     if (pValue->nKind == QV_V4_KIND_TEXT16) {
-        char16_t* p = static_cast<char16_t*>(std::calloc(2 * nLength + 2, 1));
+        PendingText text{qvp::Calloc(2 * nLength + 2, 1)};
+        char16_t* p = static_cast<char16_t*>(text.p);
         if (p == nullptr) return -1;
         // Strict: an invalid sequence fails the whole text. The source is
         // read up to its first zero byte.
         int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, str.c_str(), -1, p,
                                              static_cast<int>(nLength + 1));
-        if (nDone == 0) {
-            std::free(p);
-            return -3;
-        }
+        if (nDone == 0) return -3;
         pValue->pfnFree = FreeText;
         pValue->nSize = static_cast<uint32_t>(2 * nLength);
-        pValue->pData = p;
+        pValue->pData = text.Keep();
         return 0;
     }
     // Kind 1, and any other kind alike.
-    char* p = static_cast<char*>(std::calloc(nLength + 2, 1));
+    char* p = static_cast<char*>(qvp::Calloc(nLength + 2, 1));
     if (p == nullptr) return -1;
     std::memcpy(p, str.data(), nLength);
     pValue->pfnFree = FreeText;

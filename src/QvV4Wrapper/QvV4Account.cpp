@@ -9,6 +9,7 @@
 #include "QvV4Wrapper/QvV4User.h"
 #include "addressreader/AddrReader.h"
 #include "mailreader/MailReader.h"
+#include "platform/platform.h"
 
 CQvV4Account::CQvV4Account(CQvIObject* pParent) : CQvIAccount(pParent) {
     for (QvV4Value* pVal : {&m_valName, &m_valDisplayName}) {
@@ -33,9 +34,9 @@ template <typename ReaderName>
 int32_t CQvV4Account::FetchName(QvV4Value& val, QV_WCHAR* lpszName, uint32_t* lpcNameLen, ReaderName readerName) {
     if (val.pData == nullptr && m_hAccount == nullptr) {
         // The account that stands for the user has an empty name and title.
-        void* p = std::calloc(1, sizeof(char16_t));
+        void* p = qvp::Calloc(1, sizeof(char16_t));
         if (p == nullptr) throw std::bad_alloc();
-        val.pfnFree = std::free;
+        val.pfnFree = qvp::Free;
         val.nSize = sizeof(char16_t);
         val.pData = p;
     }

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "addressreader/AddrReader.h"
+#include "platform/platform.h"
 
 const char16_t* const g_apszQvV4PropertyKeys[QV_V4_PROPERTY_COUNT] = {
     u"FN",             u"N-1",            u"N-2",          u"N-S1",           u"N-S2",
@@ -72,13 +73,13 @@ const char16_t s_szEmpty[1] = {0};
 
 void QvV4ReleaseAddressData(QV_ADDRESS_DATA* pAddressData) {
     if (pAddressData == nullptr) return;
-    for (auto pField : kTextFields) std::free(pAddressData->*pField);
+    for (auto pField : kTextFields) qvp::Free(pAddressData->*pField);
     if (pAddressData->pExtra != nullptr) {
         for (int32_t i = 0; i < pAddressData->nExtraCount; ++i) {
-            std::free(pAddressData->pExtra[2 * i]);
-            std::free(pAddressData->pExtra[2 * i + 1]);
+            qvp::Free(pAddressData->pExtra[2 * i]);
+            qvp::Free(pAddressData->pExtra[2 * i + 1]);
         }
-        std::free(pAddressData->pExtra);
+        qvp::Free(pAddressData->pExtra);
     }
 }
 
@@ -321,7 +322,7 @@ int32_t CQvV4Address::GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) {
 }
 
 void CQvV4Address::FetchField(QV_WCHAR*& pszField, int32_t nKeyIndex) {
-    std::free(pszField);
+    qvp::Free(pszField);
     pszField = nullptr;
     QvV4Value val = FreshText16();
     int32_t nProperty = m_pBook->GetPropertyIndex(nKeyIndex);
@@ -332,7 +333,7 @@ void CQvV4Address::FetchField(QV_WCHAR*& pszField, int32_t nKeyIndex) {
         const char16_t* pszText = static_cast<const char16_t*>(val.pData);
         size_t n = 0;
         while (pszText[n] != 0) ++n;
-        auto* pszCopy = static_cast<QV_WCHAR*>(std::malloc((n + 1) * sizeof(QV_WCHAR)));
+        auto* pszCopy = static_cast<QV_WCHAR*>(qvp::Malloc((n + 1) * sizeof(QV_WCHAR)));
         if (pszCopy == nullptr) {
             QvV4Value_Release(&val);
             throw std::bad_alloc();

@@ -6,11 +6,12 @@
 #include <cstring>
 
 #include "mailreader/MailReader.h"
+#include "platform/platform.h"
 
 namespace {
 // The release function that a mail data record carries: the reader's texts
 // are plain heap blocks, and 0 is accepted.
-void QvV4FreeMailText(char* pszMailText) { std::free(pszMailText); }
+void QvV4FreeMailText(char* pszMailText) { qvp::Free(pszMailText); }
 }  // namespace
 
 CQvV4MailFolder::CQvV4MailFolder(CQvIObject* pParent) : CQvIMailFolder(pParent) {

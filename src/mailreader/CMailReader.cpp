@@ -159,7 +159,12 @@ void CMailReader::Unload() {
     while (m_pTempFiles != nullptr) {
         TempFileEntry* p = m_pTempFiles;
         m_pTempFiles = p->pNext;
-        qvp::Remove(p->pszPath);
+        try {
+            qvp::Remove(p->pszPath);
+        } catch (...) {
+            // Out of memory while the path was mapped: the temp file stays;
+            // the entry goes all the same, so that unloading never fails.
+        }
         delete[] p->pszPath;
         delete p;
     }
@@ -194,11 +199,8 @@ int32_t OpenReader(CMailReader** ppReader) {
 }
 
 int32_t CloseReader(CMailReader* pReader) {
-    try {
-        pReader->Unload();
-        delete pReader;
-        return UnbindMessageLibrary();
-    } catch (...) {
-        return -2;
-    }
+    // Unload gives everything back without throwing; the library's count
+    // goes back even when the reader's close met a failure.
+    delete pReader;
+    return UnbindMessageLibrary();
 }

@@ -140,14 +140,26 @@ void CDiscovery::FreeShortcuts() {
     m_pShortcutHead = m_pShortcutTail = nullptr;
 }
 
+namespace {
+
+// Reads one string value and closes the key, also when the read throws.
+bool QueryAndClose(qvp::RegKey* hKey, const char* pszValue, char* pData, uint32_t* pcb) {
+    struct Closer {
+        qvp::RegKey* h;
+        ~Closer() { qvp::RegCloseKey(h); }
+    } closer{hKey};
+    return qvp::RegQueryString(hKey, pszValue, pData, pcb);
+}
+
+}  // namespace
+
 int32_t CDiscovery::DiscoverInstallPath() {
     qvp::RegKey* hKey = nullptr;
     if (!qvp::RegOpen(qvp::Hive::LocalMachine, kClientKey, &hKey)) return m_profile.nKeyFailure;
     char szPath[kInstallDirSize] = {};
     uint32_t cb = m_profile.nInstallPathSize;
     if (cb > sizeof szPath) cb = sizeof szPath;
-    bool bRead = qvp::RegQueryString(hKey, "InstallPath", szPath, &cb);
-    qvp::RegCloseKey(hKey);
+    bool bRead = QueryAndClose(hKey, "InstallPath", szPath, &cb);
     if (!bRead) return m_profile.nValueFailure;
     szPath[sizeof szPath - 1] = '\0';
 
@@ -182,8 +194,7 @@ int32_t CDiscovery::DiscoverUsers() {
     if (qvp::RegOpen(qvp::Hive::CurrentUser, kClientKey, &hKey)) {
         char szMailbox[kMailboxPathSize] = {};
         uint32_t cb = kMailboxPathSize;
-        bHaveRegistryUser = qvp::RegQueryString(hKey, "MailboxPath", szMailbox, &cb);
-        qvp::RegCloseKey(hKey);
+        bHaveRegistryUser = QueryAndClose(hKey, "MailboxPath", szMailbox, &cb);
         if (bHaveRegistryUser) {
             szMailbox[kMailboxPathSize - 1] = '\0';
             size_t n = std::strlen(szMailbox);

@@ -1,9 +1,16 @@
 // LineSource.cpp - the file and memory line sources.
 #include "mailreader/LineSource.h"
 
+#include "QvImplCommon/QvExceptions.h"
+
 #include "platform/platform.h"
 
-char* CFileLineSource::Gets(char* pBuffer, int n) { return qvp::FileGets(pBuffer, n, m_pFile); }
+char* CFileLineSource::Gets(char* pBuffer, int n) {
+    char* p = qvp::FileGets(pBuffer, n, m_pFile);
+    // A failed read is not the end of the list: what follows it is unknown.
+    if (p == nullptr && qvp::FileError(m_pFile)) throw CFileException(qvp::kCauseHardIo);
+    return p;
+}
 
 char* CMemoryLineSource::Gets(char* pBuffer, int n) {
     if (n <= 0) return nullptr;

@@ -197,6 +197,8 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     size_t nSize = static_cast<size_t>(nLength);
     std::unique_ptr<char[]> text(new char[nSize + 1]);
     size_t nRead = qvp::FileRead(text.get(), nSize, file.pFile);
+    // A read that failed gives nothing: half a message is not the message.
+    if (qvp::FileError(file.pFile)) throw CFileException(qvp::kCauseHardIo);
     // A file that shrank since its length was taken gives what is there.
     text[nRead] = '\0';
     qvp::FileClose(file.pFile);

@@ -170,7 +170,7 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
             return -3;
         }
         size_t nTag = sizeof kMailHandleTag - 1;
-        char* pszTag = static_cast<char*>(std::calloc(nTag + 5, 1));
+        char* pszTag = static_cast<char*>(qvp::Calloc(nTag + 5, 1));
         if (pszTag == nullptr) {
             CloseReader(pReader);
             return -1;
@@ -178,7 +178,7 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
         std::memcpy(pszTag, kMailHandleTag, nTag);
         MailReaderHandle* pHandle = new (std::nothrow) MailReaderHandle{pReader, pszTag, -1};
         if (pHandle == nullptr) {
-            std::free(pszTag);
+            qvp::Free(pszTag);
             CloseReader(pReader);
             return -3;
         }
@@ -192,7 +192,7 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
 int32_t MailReader_Close(MAILREADER_HANDLE hReader) {
     MailReaderHandle* pHandle = AsHandle(hReader);
     if (pHandle == nullptr) return -3;
-    std::free(pHandle->pszTag);
+    qvp::Free(pHandle->pszTag);
     pHandle->pszTag = nullptr;
     int32_t nResult = CloseReader(pHandle->pReader);
     delete pHandle;

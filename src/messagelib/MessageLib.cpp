@@ -311,25 +311,42 @@ int32_t UnloadMessageLibrary(qvp::Module* hModule) {
     return qvp::ModuleFree(hModule) ? 1 : 0;
 }
 
+// Every table entry back to its fallback: no entry may point into a module
+// that is gone.
+static void ResetFunctions() {
+    for (void*& p : g_apfnMessageLib) p = AsEntry(MissingFunction);
+    g_MessageLib = MessageLibFunctions{
+        MissingInit,          MissingTerm,        MissingFree,      MissingParseMailText,
+        MissingGetMainHeadPosition, MissingGetMainNext, MissingGetAttach, MissingGetText,
+        MissingGetText,
+    };
+}
+
 int32_t BindMessageLibrary() {
-    if (AddLibraryRef(+1) != 1) return 0;
-    qvp::Module* hModule = LoadMessageLibrary();
-    if (hModule == nullptr) {
-        AddLibraryRef(-1);
-        return -3;
+    if (g_hModule != nullptr) {
+        AddLibraryRef(+1);
+        return 0;
     }
-    g_hModule = hModule;
+    // Nothing is counted or kept until the module stands with its table
+    // filled: a load that throws (out of memory) or fails leaves the binding
+    // as it was, and the next reader tries again.
+    qvp::Module* hModule = LoadMessageLibrary();
+    if (hModule == nullptr) return -3;
     ResolveHousekeeping(hModule);
     ResolveFunctions(hModule);
+    g_hModule = hModule;
+    g_nLibraryCount = 1;
     return 0;
 }
 
 int32_t UnbindMessageLibrary() {
-    if (AddLibraryRef(-1) != 0) return 0;
-    // The table keeps its entries; the next load fills it anew. The module is
-    // forgotten either way: a module that failed to unload is not used again.
+    if (g_hModule == nullptr || AddLibraryRef(-1) > 0) return 0;
+    // The module is forgotten either way: a module that failed to unload is
+    // not used again.
     qvp::Module* hModule = g_hModule;
     g_hModule = nullptr;
+    g_nLibraryCount = 0;
+    ResetFunctions();
     return UnloadMessageLibrary(hModule) != 0 ? 0 : -3;
 }
 

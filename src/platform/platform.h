@@ -10,7 +10,7 @@
 // (0 none, 1 generic, 2 file not found, 3 bad path, 4 too many open files,
 // 5 access denied, 11 sharing violation, 13 disk full, ...).
 //
-// Nothing here throws. Names that are macros in <windows.h> are avoided.
+// Nothing here throws but std::bad_alloc. Names that are macros in <windows.h> are avoided.
 #ifndef QV_PLATFORM_PLATFORM_H
 #define QV_PLATFORM_PLATFORM_H
 
@@ -33,6 +33,14 @@ enum FileCause : int {
     kCauseSharingViolation = 11,
     kCauseDiskFull = 13,
 };
+
+// -------------------------------------------------------------- memory ----
+
+// The library's C heap: malloc, calloc and free. Texts handed to a host and
+// given back through a record's free function come from here.
+void* Malloc(size_t bytes);
+void* Calloc(size_t count, size_t size);
+void Free(void* p);
 
 // ---------------------------------------------------------------- text ----
 
@@ -145,6 +153,9 @@ char* FileGets(char* buffer, int n, File* file);
 size_t FileRead(void* buffer, size_t bytes, File* file);
 // feof.
 bool FileEof(File* file);
+// ferror: a read failed, so what was read is not the whole file. Rewind
+// clears it.
+bool FileError(File* file);
 // rewind.
 void FileRewind(File* file);
 // _filelength: the size on disk when the file was opened, -1 on failure.

@@ -2,7 +2,12 @@
 // reads, in turn, missing or replaced.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <random>
 
 #include "e2e/StoreWalk.h"
 #include "support/SampleStore.h"
@@ -10,6 +15,84 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+// A walk costs a few milliseconds, several times that under a sanitizer: the
+// truncation loop takes every second length (every eighth under a
+// sanitizer), from an offset that varies from run to run (printed), so that
+// runs together cover every length.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr unsigned kTruncationStride = 8;
+#else
+constexpr unsigned kTruncationStride = 2;
+#endif
+
+unsigned long EnvOr(const char* name, unsigned long fallback) {
+    const char* text = std::getenv(name);
+    return text != nullptr && *text != 0 ? std::strtoul(text, nullptr, 10) : fallback;
+}
+
+unsigned long Clock() {
+    return static_cast<unsigned long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
+}
+
+// A walk of a damaged store: documented codes only, every object given back.
+void ExpectCleanWalk(const std::string& what) {
+    const qvt::WalkResult walk = qvt::StoreWalker().Run();
+    for (int32_t code : walk.codes) EXPECT_TRUE(qvt::DocumentedCode(code)) << what << ": " << code;
+    EXPECT_FALSE(walk.leftAlive) << what;
+}
+
+// Every file the library reads, cut at every length up to 4 KB and at a
+// few lengths beyond; each cut store walked whole.
+TEST(DamagedStore, EveryFileCutAtEveryLength) {
+    qvt::WinePrefix prefix;
+    qvt::BuildSampleStore(prefix);
+    const unsigned long offset = EnvOr("QV_DAMAGE_OFFSET", Clock()) % kTruncationStride;
+    std::printf("truncation: every %u lengths from QV_DAMAGE_OFFSET=%lu\n", kTruncationStride, offset);
+    size_t walks = 0;
+    for (const std::string& file : prefix.StoreFiles()) {
+        const std::string bytes = qvt::ReadHostFile(file);
+        std::vector<size_t> lengths;
+        for (size_t n = offset; n < std::min<size_t>(bytes.size(), 4096); n += kTruncationStride) lengths.push_back(n);
+        for (size_t n = 4096; n < bytes.size(); n += bytes.size() / 8 + 1) lengths.push_back(n);
+        for (size_t n : lengths) {
+            qvt::WriteHostFile(file, bytes.substr(0, n));
+            ExpectCleanWalk(file + " cut at " + std::to_string(n));
+            ++walks;
+        }
+        qvt::WriteHostFile(file, bytes);
+        if (HasFailure()) break;
+    }
+    std::printf("truncation: %zu damaged stores walked\n", walks);
+}
+
+// Seeded byte flips in each file (QV_DAMAGE_SEED gives a seed back).
+TEST(DamagedStore, SeededByteFlips) {
+    qvt::WinePrefix prefix;
+    qvt::BuildSampleStore(prefix);
+    const unsigned long seed = EnvOr("QV_DAMAGE_SEED", Clock());
+    std::printf("byte flips: QV_DAMAGE_SEED=%lu\n", seed);
+    std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
+    for (const std::string& file : prefix.StoreFiles()) {
+        const std::string bytes = qvt::ReadHostFile(file);
+        if (bytes.empty()) continue;
+        for (int round = 0; round < 16; ++round) {
+            std::string damaged = bytes;
+            const int flips = 1 + static_cast<int>(random() % 8);
+            for (int i = 0; i < flips; ++i) {
+                const size_t at = random() % damaged.size();
+                // Half the flips write a byte the formats give a meaning to.
+                static const char kMeaningful[] = "\r\n\x1A\0=[];\\\x81\xFF:\"<>";
+                damaged[at] = random() % 2 ? kMeaningful[random() % (sizeof kMeaningful - 1)]
+                                           : static_cast<char>(random());
+            }
+            qvt::WriteHostFile(file, damaged);
+            ExpectCleanWalk(file + " round " + std::to_string(round));
+        }
+        qvt::WriteHostFile(file, bytes);
+        if (HasFailure()) break;
+    }
+}
 
 // A folder where a file was expected reads as the file missing, or, where
 // the file is only looked for, as one with nothing in it; on every machine

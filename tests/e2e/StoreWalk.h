@@ -29,62 +29,79 @@ inline bool DocumentedCode(int32_t code) {
 
 class StoreWalker {
 public:
+    // Called with true before each call into the library and false after it
+    // (the fault countdowns count only the library's allocations).
+    static void SetAround(void (*around)(bool inLibrary)) { Around() = around; }
+
     WalkResult Run() {
         r_ = WalkResult{};
         QV_BOOL installed = 0;
-        Note("installed", QV_IsMailerInstalled(&installed));
+        Note("installed", Call([&] { return QV_IsMailerInstalled(&installed); }));
         r_.lines.push_back("installed " + std::to_string(installed));
-        if (Note("init", QV_InitLibrary()) == QV_S_OK) {
+        if (Note("init", Call([&] { return QV_InitLibrary(); })) == QV_S_OK) {
             QV_OBJ root = nullptr;
-            if (Note("root", QV_GetRootObject(&root)) == QV_S_OK) {
+            if (Note("root", Call([&] { return QV_GetRootObject(&root); })) == QV_S_OK) {
                 Object(root, 0);
                 Dispose(root);
             }
         }
-        Note("exit", QV_ExitLibrary());
+        Note("exit", Call([&] { return QV_ExitLibrary(); }));
         return r_;
     }
 
 private:
+    static void (*&Around())(bool) {
+        static void (*around)(bool) = nullptr;
+        return around;
+    }
+    // One call into the library.
+    template <typename F>
+    static int32_t Call(F f) {
+        if (Around() != nullptr) Around()(true);
+        const int32_t code = f();
+        if (Around() != nullptr) Around()(false);
+        return code;
+    }
+
     int32_t Note(const std::string& what, int32_t code) {
         r_.codes.insert(code);
         if (code != QV_S_OK) r_.lines.push_back("  " + what + " !" + std::to_string(code));
         return code;
     }
     void Dispose(QV_OBJ obj) {
-        const int32_t code = QV_Object_Dispose(obj);
+        const int32_t code = Call([&] { return QV_Object_Dispose(obj); });
         r_.codes.insert(code);
         if (code != QV_S_OK) r_.leftAlive = true;
     }
     std::string Text(QV_OBJ obj, bool display) {
         auto get = display ? QV_Object_GetDisplayName : QV_Object_GetName;
         uint32_t len = 0;
-        if (Note("len", get(obj, nullptr, &len)) != QV_S_OK) return "?";
+        if (Note("len", Call([&] { return get(obj, nullptr, &len); })) != QV_S_OK) return "?";
         std::vector<QV_WCHAR> buf(len + 1, 0);
-        if (Note("name", get(obj, buf.data(), &len)) != QV_S_OK) return "?";
+        if (Note("name", Call([&] { return get(obj, buf.data(), &len); })) != QV_S_OK) return "?";
         std::string out;
         for (size_t i = 0; i < len && buf[i] != 0; ++i) out += std::to_string(buf[i]) + ".";
         return out;
     }
     void Object(QV_OBJ obj, int depth) {
         int32_t nClass = 0;
-        Note("class", QV_Object_GetClass(obj, &nClass));
+        Note("class", Call([&] { return QV_Object_GetClass(obj, &nClass); }));
         uint32_t attr = 0;
-        Note("attr", QV_Object_GetAttributes(obj, &attr));
+        Note("attr", Call([&] { return QV_Object_GetAttributes(obj, &attr); }));
         std::string line = std::to_string(depth) + " " + std::to_string(nClass) + " " + Text(obj, false) + " | " +
                            Text(obj, true) + " " + std::to_string(attr);
         if (nClass == QV_CLASS_MAILMESSAGE) {
             QV_MAIL_DATA data{};
-            if (Note("mail", QV_MailMessage_GetData(obj, &data)) == QV_S_OK) {
+            if (Note("mail", Call([&] { return QV_MailMessage_GetData(obj, &data); })) == QV_S_OK) {
                 line += " text " + std::to_string(data.nMailTextLen);
-                data.pfnFree(data.pszMailText);
+                Call([&] { data.pfnFree(data.pszMailText); return 0; });
             }
         } else if (nClass == QV_CLASS_ADDRESS) {
             QV_ADDRESS_DATA data{};
-            if (Note("address", QV_Address_GetData(obj, &data)) == QV_S_OK) {
+            if (Note("address", Call([&] { return QV_Address_GetData(obj, &data); })) == QV_S_OK) {
                 if (data.lpszEmailInternet != nullptr)
                     line += " mail " + std::to_string(std::char_traits<QV_WCHAR>::length(data.lpszEmailInternet));
-                data.pfnRelease(&data);
+                Call([&] { data.pfnRelease(&data); return 0; });
             }
         }
         r_.lines.push_back(line);
@@ -92,12 +109,12 @@ private:
         if (nClass < 0 || nClass > 9) return;
         for (int32_t child : kChildren[nClass]) {
             int32_t count = -1;
-            Note("count", QV_Object_GetChildCount(obj, child, &count));
+            Note("count", Call([&] { return QV_Object_GetChildCount(obj, child, &count); }));
             r_.lines.push_back(std::string(depth + 1, ' ') + "count " + std::to_string(count));
             QV_OBJ objs = nullptr, item = nullptr;
-            if (Note("children", QV_Object_GetChildObjects(obj, child, &objs)) != QV_S_OK) continue;
+            if (Note("children", Call([&] { return QV_Object_GetChildObjects(obj, child, &objs); })) != QV_S_OK) continue;
             for (;;) {
-                const int32_t code = QV_Objects_GetNext(objs, &item);
+                const int32_t code = Call([&] { return QV_Objects_GetNext(objs, &item); });
                 if (code == QV_E_NO_MORE_ITEMS) break;
                 if (Note("next", code) != QV_S_OK) break;
                 Object(item, depth + 1);

@@ -10,6 +10,7 @@
 // direct.
 #include "platform/platform.h"
 #include "platform/Cp932Jis.h"
+#include "platform/Faults.h"
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -28,7 +29,6 @@ std::atomic<uint32_t> g_encode[65536];  // UTF-16 unit -> (length << 16) | bytes
 std::mutex g_iconvMutex;
 iconv_t g_toUtf16 = reinterpret_cast<iconv_t>(-1);
 iconv_t g_fromUtf16 = reinterpret_cast<iconv_t>(-1);
-bool g_opened = false;
 
 // The converters go with the module: at exit, or when a library that holds
 // this code is unloaded.
@@ -41,21 +41,30 @@ struct ConverterCloser {
     }
 } g_closer;
 
-// Asks glibc once; the caller holds g_iconvMutex.
+iconv_t OpenConverter(const char* to, const char* from) {
+    faults::IoError ignored;
+    if (faults::IoFails(&ignored)) return reinterpret_cast<iconv_t>(-1);
+    return iconv_open(to, from);
+}
+
+// Opens what is not open yet; the caller holds g_iconvMutex. A converter
+// that fails to open (no memory, no descriptor) is asked for again next
+// time: one failure costs the conversion that met it, nothing after it.
 bool OpenConverters() {
-    if (!g_opened) {
-        g_opened = true;
-        g_toUtf16 = iconv_open("UTF-16LE", "CP932");
-        g_fromUtf16 = iconv_open("CP932", "UTF-16LE");
-    }
+    if (g_toUtf16 == reinterpret_cast<iconv_t>(-1)) g_toUtf16 = OpenConverter("UTF-16LE", "CP932");
+    if (g_fromUtf16 == reinterpret_cast<iconv_t>(-1)) g_fromUtf16 = OpenConverter("CP932", "UTF-16LE");
     return g_toUtf16 != reinterpret_cast<iconv_t>(-1) &&
            g_fromUtf16 != reinterpret_cast<iconv_t>(-1);
 }
 
-// One character, two bytes in, through glibc: the bytes out, or 0.
+// Convert's answer when glibc could not be asked: nothing is learnt.
+constexpr size_t kUnasked = static_cast<size_t>(-1);
+
+// One character, two bytes in, through glibc: the bytes out, 0 when it has
+// no form, or kUnasked.
 size_t Convert(iconv_t& converter, const char (&in)[2], unsigned char* out, size_t size) {
     std::lock_guard<std::mutex> lock(g_iconvMutex);
-    if (!OpenConverters()) return 0;
+    if (!OpenConverters()) return kUnasked;
     char* inPtr = const_cast<char*>(in);
     char* outPtr = reinterpret_cast<char*>(out);
     size_t inLeft = 2, outLeft = size;
@@ -110,7 +119,9 @@ uint32_t DecodeDouble(unsigned lead, unsigned trail) {
     if (entry != kUnknown) return entry;
     const char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
     unsigned char out[8];
-    entry = Convert(g_toUtf16, in, out, sizeof out) == 2 ? kKnown | (out[0] | (out[1] << 8)) : kNone;
+    const size_t length = Convert(g_toUtf16, in, out, sizeof out);
+    if (length == kUnasked) return kNone;  // not kept: the next call asks again
+    entry = length == 2 ? kKnown | (out[0] | (out[1] << 8)) : kNone;
     g_decode[code].store(entry, std::memory_order_relaxed);
     return entry;
 }
@@ -129,6 +140,7 @@ uint32_t EncodeUnit(char16_t unit) {
         const char in[2] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
         unsigned char out[8];
         const size_t length = Convert(g_fromUtf16, in, out, sizeof out);
+        if (length == kUnasked) return kNone;
         if (length == 1) entry = kKnown | (1u << 16) | out[0];
         if (length == 2) entry = kKnown | (2u << 16) | (out[0] << 8) | out[1];
     }

@@ -8,6 +8,7 @@
 // folder again. Both maps are bounded: past the limits they start afresh.
 #include "platform/posix/DirCache.h"
 
+#include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
 #include <dirent.h>
@@ -76,16 +77,17 @@ DirCache::Lookup DirCache::FindName(const std::string& hostDir, const std::u16st
     index.nanoseconds = st.st_mtim.tv_nsec;
     index.device = st.st_dev;
     index.inode = st.st_ino;
-    DIR* dir = opendir(hostDir.c_str());
-    if (dir == nullptr) return kFolderGone;
+    DirStream dir(hostDir);
     std::u16string wide;
-    while (struct dirent* entry = readdir(dir)) {
-        const size_t length = std::strlen(entry->d_name);
-        Utf8ToUtf16(entry->d_name, length, false, &wide);
+    while (const char* name = dir.Next()) {
+        const size_t length = std::strlen(name);
+        Utf8ToUtf16(name, length, false, &wide);
         std::string& slot = index.names[Fold(std::move(wide))];
-        if (slot.empty() || std::strcmp(entry->d_name, slot.c_str()) < 0) slot.assign(entry->d_name, length);
+        if (slot.empty() || std::strcmp(name, slot.c_str()) < 0) slot.assign(name, length);
     }
-    closedir(dir);
+    // A listing that could not be read whole is not kept, nor taken to say
+    // that a name is missing: the caller resolves the path afresh.
+    if (dir.Failed()) return kFolderGone;
     struct timespec now;
     clock_gettime(CLOCK_REALTIME, &now);
     index.racy = now.tv_sec - index.seconds < kRacySeconds;

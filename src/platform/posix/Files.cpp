@@ -9,6 +9,7 @@
 // CP932 form (each half of a surrogate pair, a byte that is no UTF-8) becomes
 // '?', so such a name is listed but names nothing when opened.
 #include "platform/platform.h"
+#include "platform/posix/DirStream.h"
 #include "platform/posix/HostPath.h"
 #include "platform/posix/PosixText.h"
 
@@ -21,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -31,6 +33,7 @@ struct File {
     FILE* stream;
     long long size;  // taken by the fstat of the open
     bool text;
+    bool error;  // a read failed: what was read is not the whole file
     bool eof;    // a read has met the end
     bool ctrlZ;  // text mode: the end was a Ctrl-Z byte
 };
@@ -196,7 +199,7 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
         close(fd);
         return nullptr;
     }
-    File* file = new (std::nothrow) File{stream, size, std::strchr(mode, 'b') == nullptr, false, false};
+    File* file = new (std::nothrow) File{stream, size, std::strchr(mode, 'b') == nullptr, false, false, false};
     if (file == nullptr) {
         std::fclose(stream);
         return nullptr;
@@ -205,8 +208,17 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     return file;
 }
 
+// A read that fails ends the file there and is noted.
+bool ReadFails(File* file) {
+    if (file->error || ferror(file->stream) != 0 || posix::InjectedFailure()) {
+        file->error = file->eof = true;
+        return true;
+    }
+    return false;
+}
+
 char* FileGets(char* buffer, int n, File* file) {
-    if (buffer == nullptr || file == nullptr || n <= 0) return nullptr;
+    if (buffer == nullptr || file == nullptr || n <= 0 || ReadFails(file)) return nullptr;
     int stored = 0;
     bool ended = false;
     while (stored < n - 1) {
@@ -224,10 +236,11 @@ char* FileGets(char* buffer, int n, File* file) {
 }
 
 size_t FileRead(void* buffer, size_t bytes, File* file) {
-    if (buffer == nullptr || file == nullptr) return 0;
+    if (buffer == nullptr || file == nullptr || ReadFails(file)) return 0;
     if (!file->text) {
         const size_t got = std::fread(buffer, 1, bytes, file->stream);
         if (got < bytes) file->eof = true;
+        if (ferror(file->stream) != 0) file->error = true;
         return got;
     }
     char* out = static_cast<char*>(buffer);
@@ -242,10 +255,12 @@ size_t FileRead(void* buffer, size_t bytes, File* file) {
 
 bool FileEof(File* file) { return file == nullptr || file->eof; }
 
+bool FileError(File* file) { return file == nullptr || file->error || ferror(file->stream) != 0; }
+
 void FileRewind(File* file) {
     if (file == nullptr) return;
     std::rewind(file->stream);
-    file->eof = false;
+    file->eof = file->error = false;
     file->ctrlZ = false;
 }
 
@@ -271,8 +286,8 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
 
     std::string hostDir;
     if (posix::MapUtf8Path(dirPart, &hostDir) != posix::kMapFound) return nullptr;
-    DIR* dir = opendir(hostDir.c_str());
-    if (dir == nullptr) return nullptr;
+    posix::DirStream dir(hostDir);
+    if (!dir.IsOpen()) return nullptr;
 
     struct Entry {
         std::u16string folded;
@@ -280,8 +295,8 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
     };
     const std::u16string folded = FoldedWide(namePattern);
     std::vector<Entry> entries;
-    while (struct dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
+    while (const char* entryName = dir.Next()) {
+        const std::string name = entryName;
         if (name == "." || name == "..") continue;
         std::u16string wide;
         posix::Utf8ToUtf16(name.data(), name.size(), false, &wide);
@@ -297,14 +312,15 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
         std::memcpy(e.data.name, cp932.c_str(), cp932.size() + 1);
         entries.push_back(std::move(e));
     }
-    closedir(dir);
+    // A listing cut short by a failed read is no listing: what it would
+    // leave out must not read as gone.
+    if (dir.Failed()) return nullptr;
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (a.folded != b.folded) return a.folded < b.folded;
         return std::strcmp(a.data.name, b.data.name) < 0;
     });
 
-    FindHandle* handle = new (std::nothrow) FindHandle;
-    if (handle == nullptr) return nullptr;
+    std::unique_ptr<FindHandle> handle(new FindHandle);
     handle->next = 0;
     for (const char* dot : {".", ".."}) {
         if (!MatchName(folded, FoldedWide(dot))) continue;
@@ -315,13 +331,10 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
     }
     handle->entries.reserve(handle->entries.size() + entries.size());
     for (const Entry& e : entries) handle->entries.push_back(e.data);
-    if (handle->entries.empty()) {
-        delete handle;
-        return nullptr;
-    }
+    if (handle->entries.empty()) return nullptr;
     *data = handle->entries[0];
     handle->next = 1;
-    return handle;
+    return handle.release();
 }
 
 bool FindNext(FindHandle* handle, FindData* data) {

@@ -21,6 +21,7 @@
 #include "platform/posix/HostPath.h"
 
 #include "platform/posix/DirCache.h"
+#include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
 #include <dirent.h>
@@ -103,17 +104,16 @@ std::u16string Folded(const std::string& utf8) {
 // every machine picks the same one.
 bool FindShortName(const std::string& dir, const std::u16string& folded, std::string* found) {
     if (folded.size() > 12 || folded.find(u'~') == std::u16string::npos) return false;
-    DIR* d = opendir(dir.c_str());
-    if (d == nullptr) return false;
+    DirStream d(dir);
     found->clear();
     std::u16string candidate;
-    while (struct dirent* entry = readdir(d)) {
-        const size_t length = std::strlen(entry->d_name);
-        Utf8ToUtf16(entry->d_name, length, false, &candidate);
+    while (const char* name = d.Next()) {
+        const size_t length = std::strlen(name);
+        Utf8ToUtf16(name, length, false, &candidate);
         if (IsDosName(candidate) || Fold(ShortName(candidate)) != folded) continue;
-        if (found->empty() || std::strcmp(entry->d_name, found->c_str()) < 0) found->assign(entry->d_name, length);
+        if (found->empty() || std::strcmp(name, found->c_str()) < 0) found->assign(name, length);
     }
-    closedir(d);
+    if (d.Failed()) found->clear();
     return !found->empty();
 }
 
@@ -326,6 +326,7 @@ int CauseFromErrno(int error, bool creating) {
 }
 
 int OpenForReading(const std::string& host) {
+    if (InjectedFailure()) return -1;
     int fd;
     do {
         fd = open(host.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -373,7 +374,7 @@ bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes,
     char buffer[65536];
     why = kCauseNone;
     for (;;) {
-        const ssize_t got = read(fd, buffer, sizeof buffer);
+        const ssize_t got = InjectedFailure() ? -1 : read(fd, buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) continue;
             why = CauseFromErrno(errno);

@@ -6,6 +6,7 @@
 // runtime that intercepts dlopen hides the caller's RUNPATH), then by the
 // normal search.
 #include "platform/platform.h"
+#include "platform/posix/DirStream.h"
 
 #include <dlfcn.h>
 #include <strings.h>
@@ -53,7 +54,7 @@ std::string OwnFolder() {
 }  // namespace
 
 Module* ModuleLoad(const char* fileName) {
-    if (fileName == nullptr || *fileName == 0) return nullptr;
+    if (fileName == nullptr || *fileName == 0 || posix::InjectedFailure()) return nullptr;
     const std::string name = SharedObjectName(fileName);
     void* handle = nullptr;
     if (name.find('/') == std::string::npos) {

@@ -81,6 +81,8 @@ size_t FileRead(void* buffer, size_t bytes, File* file) {
 
 bool FileEof(File* file) { return file == nullptr || std::feof(file->stream) != 0; }
 
+bool FileError(File* file) { return file == nullptr || std::ferror(file->stream) != 0; }
+
 void FileRewind(File* file) {
     if (file != nullptr) std::rewind(file->stream);
 }

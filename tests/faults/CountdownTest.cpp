@@ -1,0 +1,81 @@
+// Fault countdowns over whole walks of the sample store through the exports:
+// the Nth allocation fails, or the Nth file, folder, module or code page
+// call of the platform layer, for N = 1, 2, 3, ... until a walk meets no
+// fault left to inject. Each faulted walk returns only documented codes and
+// gives every object back, and the walk after it, in the same process, finds
+// the whole tree again. Leaks show under the sanitizer build.
+//
+// The walks of all N take long under a sanitizer, so N advances by a stride
+// (QV_FAULT_STRIDE, 1 walks every N) from an offset that varies from run to
+// run and is printed (QV_FAULT_OFFSET gives one back).
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "e2e/StoreWalk.h"
+#include "messagelib/MessageLib.h"
+#include "platform/Faults.h"
+#include "support/SampleStore.h"
+
+namespace {
+
+namespace faults = qvp::faults;
+
+long EnvOr(const char* name, long fallback) {
+    const char* text = std::getenv(name);
+    return text != nullptr && *text != 0 ? std::strtol(text, nullptr, 10) : fallback;
+}
+
+// Runs the countdown; arm(n) arms the nth fault, fired() tells whether it
+// was injected. Returns the number of faulted walks.
+long Countdown(const char* what, long defaultStride, const std::function<void(long)>& arm,
+               const std::function<bool()>& fired) {
+    // The message library by its path: a sanitizer's runtime hides the
+    // program's run path from a load by bare name.
+    static const std::string library = std::string(QV_TEST_LIBRARY_DIR) + "/sNqxMsgNet.dll";
+    SetMessageLibraryNameForTests(library.c_str());
+    qvt::WinePrefix prefix;
+    qvt::BuildSampleStore(prefix);
+    const qvt::WalkResult reference = qvt::StoreWalker().Run();
+    EXPECT_GT(reference.lines.size(), 40u);
+    const long stride = std::max(1L, EnvOr("QV_FAULT_STRIDE", defaultStride));
+    const long seed = static_cast<long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
+    const long offset = EnvOr("QV_FAULT_OFFSET", seed) % stride;
+    std::printf("%s countdown: QV_FAULT_STRIDE=%ld QV_FAULT_OFFSET=%ld\n", what, stride, offset);
+    long walks = 0, n = offset + 1;
+    for (;; n += stride) {
+        arm(n);
+        const qvt::WalkResult faulted = qvt::StoreWalker().Run();
+        const bool hit = fired();
+        arm(0);
+        for (int32_t code : faulted.codes) EXPECT_TRUE(qvt::DocumentedCode(code)) << what << " N=" << n << ": " << code;
+        EXPECT_FALSE(faulted.leftAlive) << what << " N=" << n;
+        const qvt::WalkResult again = qvt::StoreWalker().Run();
+        EXPECT_EQ(reference.lines, again.lines) << what << " N=" << n;
+        if (!hit || ::testing::Test::HasFailure()) break;
+        ++walks;
+    }
+    std::printf("%s countdown: %ld faulted walks, the last N=%ld\n", what, walks, n);
+    return walks;
+}
+
+TEST(Countdown, Allocation) {
+    // Only the library's allocations count: the walker's own are paused.
+    qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
+    const long walks = Countdown("allocation", 7, [](long n) { faults::ArmAllocation(n); }, faults::AllocationFired);
+    qvt::StoreWalker::SetAround(nullptr);
+    faults::PauseAllocation(false);
+    EXPECT_GT(walks, 0);
+}
+
+TEST(Countdown, Io) {
+    const faults::IoError kErrors[] = {faults::IoError::kHardIo, faults::IoError::kTooManyFiles,
+                                       faults::IoError::kDenied};
+    Countdown("I/O", 1, [&](long n) { faults::ArmIo(n, kErrors[n % 3]); }, faults::IoFired);
+}
+
+}  // namespace
