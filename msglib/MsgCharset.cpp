@@ -190,14 +190,23 @@ void AppendConverted(uint32_t codePage, std::string_view bytes, std::u16string* 
         return;
     }
     const int len = static_cast<int>(bytes.size());
+    const size_t old = out->size();
+    // No code page we name gives more units than bytes: one call into room
+    // for that many, and the measuring call only when it is refused.
+    out->resize(old + bytes.size());
+    int got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], len);
+    if (got > 0) {
+        out->resize(old + static_cast<size_t>(got));
+        return;
+    }
+    out->resize(old);
     int need = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, nullptr, 0);
     if (need <= 0) {
         AppendWidened(bytes, out);
         return;
     }
-    const size_t old = out->size();
     out->resize(old + static_cast<size_t>(need));
-    int got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], need);
+    got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], need);
     if (got <= 0) {
         out->resize(old);
         AppendWidened(bytes, out);
@@ -223,6 +232,13 @@ std::string WideToCp932(std::u16string_view wide) {
         return out;
     }
     const int len = static_cast<int>(wide.size());
+    // At most two bytes a unit: one call, and the measuring one only when refused.
+    out.resize(wide.size() * 2);
+    const int once = qvp::WideCharToMultiByte(qvp::kCp932, wide.data(), len, &out[0], len * 2);
+    if (once > 0) {
+        out.resize(static_cast<size_t>(once));
+        return out;
+    }
     int need = qvp::WideCharToMultiByte(qvp::kCp932, wide.data(), len, nullptr, 0);
     if (need > 0) {
         out.resize(static_cast<size_t>(need));
