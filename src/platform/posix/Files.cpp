@@ -29,13 +29,19 @@
 
 namespace qvp {
 
+// A file read through its descriptor: a binary read goes straight into the
+// caller's buffer (a message of known size costs one read), and only lines
+// and text mode go through a buffer of the file's own, taken on first need
+// and no larger than the file.
 struct File {
-    FILE* stream;
+    int fd;
     long long size;  // taken by the fstat of the open
     bool text;
     bool error;  // a read failed: what was read is not the whole file
     bool eof;    // a read has met the end
     bool ctrlZ;  // text mode: the end was a Ctrl-Z byte
+    char* buffer;
+    size_t capacity, pos, end;  // buffer[pos, end) is read and not yet given out
 };
 
 struct FindHandle {
@@ -48,28 +54,56 @@ namespace {
 constexpr int kEnd = -1;
 constexpr int kCtrlZ = 0x1A;
 
+constexpr size_t kMaxBuffer = 65536;
+
+// read(2), again when interrupted: the bytes read, 0 at the end, -1 on error.
+ssize_t ReadFd(int fd, void* out, size_t bytes) {
+    ssize_t got;
+    do {
+        got = read(fd, out, bytes);
+    } while (got < 0 && errno == EINTR);
+    return got;
+}
+
+// The next byte, or kEnd at the end; a failed read (or no buffer to be had)
+// is noted as an error and ends the file there.
+int NextByte(File* file) {
+    if (file->pos == file->end) {
+        if (file->buffer == nullptr) {
+            // One more than the file's size, so that its end shows in the first read.
+            const unsigned long long wanted = static_cast<unsigned long long>(file->size) + 1;
+            file->capacity = wanted < kMaxBuffer ? static_cast<size_t>(wanted) : kMaxBuffer;
+            file->buffer = static_cast<char*>(Malloc(file->capacity));
+        }
+        const ssize_t got = file->buffer == nullptr ? -1 : ReadFd(file->fd, file->buffer, file->capacity);
+        if (got <= 0) {
+            if (got < 0) file->error = true;
+            return kEnd;
+        }
+        file->pos = 0;
+        file->end = static_cast<size_t>(got);
+    }
+    return static_cast<unsigned char>(file->buffer[file->pos++]);
+}
+
 int TextGet(File* file) {
     if (file->ctrlZ) return kEnd;
-    const int c = getc_unlocked(file->stream);
-    if (c == EOF) return kEnd;
+    const int c = NextByte(file);
     if (c == kCtrlZ) {
         file->ctrlZ = true;
         return kEnd;
     }
     if (c == '\r') {
-        const int next = getc_unlocked(file->stream);
+        const int next = NextByte(file);
         if (next == '\n') return '\n';
-        if (next != EOF) ungetc(next, file->stream);
+        if (next != kEnd) --file->pos;  // the byte stays in the buffer
     }
     return c;
 }
 
 int Get(File* file) {
-    const int c = file->text ? TextGet(file) : getc_unlocked(file->stream);
-    if (c == EOF || c == kEnd) {
-        file->eof = true;
-        return kEnd;
-    }
+    const int c = file->text ? TextGet(file) : NextByte(file);
+    if (c == kEnd) file->eof = true;
     return c;
 }
 
@@ -193,15 +227,10 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     }
     long long size = 0;
     if (!posix::KeepRegular(fd, &size, &why)) return nullptr;
-    FILE* stream = fdopen(fd, "rb");
-    if (stream == nullptr) {
-        why = posix::CauseFromErrno(errno);
-        close(fd);
-        return nullptr;
-    }
-    File* file = new (std::nothrow) File{stream, size, std::strchr(mode, 'b') == nullptr, false, false, false};
+    File* file = new (std::nothrow)
+        File{fd, size, std::strchr(mode, 'b') == nullptr, false, false, false, nullptr, 0, 0, 0};
     if (file == nullptr) {
-        std::fclose(stream);
+        close(fd);
         return nullptr;
     }
     why = kCauseNone;
@@ -210,7 +239,7 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
 
 // A read that fails ends the file there and is noted.
 bool ReadFails(File* file) {
-    if (file->error || ferror(file->stream) != 0 || posix::InjectedFailure()) {
+    if (file->error || posix::InjectedFailure()) {
         file->error = file->eof = true;
         return true;
     }
@@ -237,29 +266,41 @@ char* FileGets(char* buffer, int n, File* file) {
 
 size_t FileRead(void* buffer, size_t bytes, File* file) {
     if (buffer == nullptr || file == nullptr || ReadFails(file)) return 0;
-    if (!file->text) {
-        const size_t got = std::fread(buffer, 1, bytes, file->stream);
-        if (got < bytes) file->eof = true;
-        if (ferror(file->stream) != 0) file->error = true;
-        return got;
-    }
     char* out = static_cast<char*>(buffer);
     size_t got = 0;
+    if (file->text) {
+        while (got < bytes) {
+            const int c = Get(file);
+            if (c == kEnd) break;
+            out[got++] = static_cast<char>(c);
+        }
+        return got;
+    }
+    // What lines left in the buffer first, then straight from the file.
+    const size_t buffered = std::min(bytes, file->end - file->pos);
+    if (buffered > 0) std::memcpy(out, file->buffer + file->pos, buffered);
+    file->pos += buffered;
+    got = buffered;
     while (got < bytes) {
-        const int c = Get(file);
-        if (c == kEnd) break;
-        out[got++] = static_cast<char>(c);
+        const ssize_t n = ReadFd(file->fd, out + got, bytes - got);
+        if (n <= 0) {
+            if (n < 0) file->error = true;
+            file->eof = true;
+            break;
+        }
+        got += static_cast<size_t>(n);
     }
     return got;
 }
 
 bool FileEof(File* file) { return file == nullptr || file->eof; }
 
-bool FileError(File* file) { return file == nullptr || file->error || ferror(file->stream) != 0; }
+bool FileError(File* file) { return file == nullptr || file->error; }
 
 void FileRewind(File* file) {
     if (file == nullptr) return;
-    std::rewind(file->stream);
+    lseek(file->fd, 0, SEEK_SET);
+    file->pos = file->end = 0;
     file->eof = file->error = false;
     file->ctrlZ = false;
 }
@@ -268,7 +309,8 @@ long FileLength(File* file) { return file == nullptr ? -1 : static_cast<long>(fi
 
 void FileClose(File* file) {
     if (file == nullptr) return;
-    std::fclose(file->stream);
+    close(file->fd);
+    Free(file->buffer);
     delete file;
 }
 
