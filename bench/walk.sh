@@ -4,7 +4,8 @@
 #     through the exports) against `cat` of all the message files;
 #   - system calls per message (strace -c -f);
 #   - the walk's peak resident set;
-#   - the time per message with 1,000 and with 100,000 messages in one folder.
+#   - the time per message with 1,000 and with 100,000 messages in one folder
+#     (the small folder walked 100 times for each walk of the large one).
 # Each time is the best of REPEAT runs, with the files in the page cache.
 #
 #   bench/walk.sh [MESSAGES [REPEAT]]      (default 100000 and 3)
@@ -36,17 +37,33 @@ best_of() {
   done
   printf '%.3f' "$best"
 }
+# The least CPU time (user and system) of the command in seconds, over $repeat runs:
+# steadier than wall time on a machine that others share.
+cpu_of() {
+  local best="" t TIMEFORMAT='%U %S'
+  for _ in $(seq "$repeat"); do
+    t=$( { time "$@" >/dev/null 2>&1; } 2>&1 | awk '{ print $1 + $2 }')
+    if [ -z "$best" ] || [ "$(calc "$t < $best")" = 1 ]; then best=$t; fi
+  done
+  printf '%.3f' "$best"
+}
 # A field of the host's line: field NAME LINE.
 field() { sed -n "s/.* $1=\([0-9.]*\).*/\1/p;s/^$1=\([0-9.]*\).*/\1/p" <<<"$2"; }
 walk() { WINEPREFIX=$1 "$host"; }
-# The best message_seconds of $repeat walks of the prefix, per message in microseconds.
+# Microseconds per message in a folder's message list: the best of $repeat
+# rounds, a round being walks of the prefix until 100,000 messages are read,
+# so that the small folder and the large one meet the same machine load.
 per_message_us() {
-  local best="" line t
+  local best="" sum line t
   for _ in $(seq "$repeat"); do
-    line=$(walk "$1"); t=$(field message_seconds "$line")
+    sum=0
+    for _ in $(seq $((100000 / $2))); do
+      line=$(walk "$1"); sum=$(calc "$sum + $(field message_seconds "$line")")
+    done
+    t=$(calc "$sum * 1000000 / 100000")
     if [ -z "$best" ] || [ "$(calc "$t < $best")" = 1 ]; then best=$t; fi
   done
-  calc "$best * 1000000 / $2"
+  echo "$best"
 }
 
 echo "store: $messages messages of about 2048 bytes in 10 folders ($work/store)"
@@ -60,6 +77,9 @@ line=$(walk "$work/store")
 [ "$(field failed "$line")" = 0 ] || { echo "walk.sh: the walk failed: $line" >&2; exit 1; }
 printf 'cat of every message file: %s s; walk: %s s = %.2f x cat (goal <= 1.1)\n' \
   "$cat_s" "$walk_s" "$(calc "$walk_s / $cat_s")"
+cat_cpu=$(cpu_of xargs -0 -a "$work/files" cat)
+walk_cpu=$(cpu_of walk "$work/store")
+printf 'CPU time (user + system): cat %s s; walk %s s = %.2f x cat\n' "$cat_cpu" "$walk_cpu" "$(calc "$walk_cpu / $cat_cpu")"
 printf 'peak RSS of the walk: %.1f MiB (goal <= 64)\n' "$(calc "$(field peak_rss_kb "$line") / 1024")"
 
 WINEPREFIX=$work/store strace -c -f -o "$work/strace" "$host" >/dev/null
