@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "mailreader/LineSource.h"
 #include "platform/platform.h"
 
 namespace {
@@ -140,6 +141,41 @@ void CDiscovery::FreeShortcuts() {
     m_pShortcutHead = m_pShortcutTail = nullptr;
 }
 
+namespace qvdisc {
+
+void ReadShortcutLines(CLineSource& source, const std::string& prefix,
+                       const std::function<void(const char*)>& onLink) {
+    char szLine[kShortcutLineSize];
+    while (source.Gets(szLine, kShortcutLineSize) != nullptr) {
+        size_t n = std::strlen(szLine);
+        // "<windows>\ｽﾀｰﾄ ﾒﾆｭｰ\...\<name>.lnk=" and a line end.
+        if (n < prefix.size() || n < 5) continue;
+        if (StrNICmp(szLine, prefix.c_str(), prefix.size()) != 0) continue;
+        if (StrNICmp(szLine + n - 5, "lnk", 3) != 0) continue;
+        szLine[n - 2] = '\0';
+        onLink(szLine);
+    }
+}
+
+int32_t ReadMailboxLines(CLineSource& source, const std::function<void(const char*)>& onDirectory) {
+    char szLine[kSectionLineSize];
+    for (;;) {
+        if (source.Gets(szLine, kSectionLineSize) == nullptr) return 100;
+        if (std::strncmp(szLine, kMailboxes, sizeof kMailboxes - 1) == 0) break;
+    }
+    // Each line of the section is "<directory>\Mailbox=" and a line end; the
+    // first line of any other shape ends the section for good.
+    while (source.Gets(szLine, kSectionLineSize) != nullptr) {
+        size_t n = std::strlen(szLine);
+        if (n < 10 || StrNICmp(szLine + n - 10, "\\Mailbox=", 9) != 0) break;
+        szLine[n - 2] = '\0';
+        onDirectory(szLine);
+    }
+    return 0;
+}
+
+}  // namespace qvdisc
+
 namespace {
 
 // Reads one string value and closes the key, also when the read throws.
@@ -207,24 +243,13 @@ int32_t CDiscovery::DiscoverUsers() {
 
     if (file.pFile == nullptr) return 0;
 
-    char szLine[kSectionLineSize];
-    for (;;) {
-        if (qvp::FileGets(szLine, kSectionLineSize, file.pFile) == nullptr) return 100;
-        if (std::strncmp(szLine, kMailboxes, sizeof kMailboxes - 1) == 0) break;
-    }
-    // Each line of the section is "<directory>\Mailbox=" and a line end; the
-    // first line of any other shape ends the section for good.
-    std::string candidate;
-    while (qvp::FileGets(szLine, kSectionLineSize, file.pFile) != nullptr) {
-        size_t n = std::strlen(szLine);
-        if (n < 10 || qvdisc::StrNICmp(szLine + n - 10, "\\Mailbox=", 9) != 0) break;
-        szLine[n - 2] = '\0';
-        if (bHaveRegistryUser && qvdisc::StrICmp(szLine, registryDir.c_str()) == 0) continue;
-        candidate = szLine;
+    CFileLineSource source(file.pFile);
+    return qvdisc::ReadMailboxLines(source, [&](const char* pszDirectory) {
+        if (bHaveRegistryUser && qvdisc::StrICmp(pszDirectory, registryDir.c_str()) == 0) return;
+        std::string candidate = pszDirectory;
         candidate += "\\Mailbox.ini";
-        if (qvp::Access(candidate.c_str()) == 0) AddUser(szLine);
-    }
-    return 0;
+        if (qvp::Access(candidate.c_str()) == 0) AddUser(pszDirectory);
+    });
 }
 
 int32_t CDiscovery::ScanShortcuts(qvp::File* pStream) {
@@ -239,25 +264,18 @@ int32_t CDiscovery::ScanShortcuts(qvp::File* pStream) {
     m_pShellLink = qvp::ShellLinkCreate();
     if (m_pShellLink == nullptr) return -1;
 
-    char szLine[kShortcutLineSize];
-    while (!qvp::FileEof(pStream)) {
-        if (qvp::FileGets(szLine, kShortcutLineSize, pStream) == nullptr) break;
-        size_t n = std::strlen(szLine);
-        // "<windows>\ｽﾀｰﾄ ﾒﾆｭｰ\...\<name>.lnk=" and a line end.
-        if (n < prefix.size() || n < 5) continue;
-        if (qvdisc::StrNICmp(szLine, prefix.c_str(), prefix.size()) != 0) continue;
-        if (qvdisc::StrNICmp(szLine + n - 5, "lnk", 3) != 0) continue;
-        szLine[n - 2] = '\0';
+    CFileLineSource source(pStream);
+    qvdisc::ReadShortcutLines(source, prefix, [this](const char* pszLink) {
         char* pszDirectory = nullptr;
-        if (ResolveShortcut(szLine, &pszDirectory) != 0) continue;
+        if (ResolveShortcut(pszLink, &pszDirectory) != 0) return;
         std::unique_ptr<char[]> directory(pszDirectory);
         char szTitle[256];
-        qvdisc::FileTitle(szLine, szTitle, sizeof szTitle);
+        qvdisc::FileTitle(pszLink, szTitle, sizeof szTitle);
         std::unique_ptr<char[]> name(NewText(szTitle));
         AppendShortcut(name.get(), directory.get());
         name.release();
         directory.release();
-    }
+    });
     return 0;
 }
 

@@ -34,6 +34,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <string>
+
+class CLineSource;
 
 namespace qvp {
 struct File;
@@ -127,6 +131,15 @@ int StrNICmp(const char* a, const char* b, size_t n);
 const char* LastBackslash(const char* psz);
 // _splitpath's file name without directory and extension.
 void FileTitle(const char* pszPath, char* pszOut, size_t cbOut);
+
+// The uninstall file's two passes, over any line source. The shortcut lines
+// under the Start menu folder `prefix` ("<prefix>\...\<name>.lnk=" and a
+// line end), each handed over as the .lnk path; and the directories of the
+// "[Mailboxes]" section ("<directory>\Mailbox=" lines; the first line of
+// another shape ends it): 0, or 100 when there is no such section.
+void ReadShortcutLines(CLineSource& source, const std::string& prefix,
+                       const std::function<void(const char*)>& onLink);
+int32_t ReadMailboxLines(CLineSource& source, const std::function<void(const char*)>& onDirectory);
 }  // namespace qvdisc
 
 #endif  // QV_MAILREADER_DISCOVERY_H
