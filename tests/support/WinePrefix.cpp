@@ -96,7 +96,7 @@ WinePrefix::WinePrefix() {
         else if (attempt > 100) throw std::runtime_error("cannot create a temporary prefix");
     }
     machine::Open(root_, &hadPrefix_, &oldPrefix_);
-    SetWin64(false);
+    SetArch(Arch::Win32);
 }
 
 WinePrefix::~WinePrefix() {
@@ -134,7 +134,7 @@ void WinePrefix::Set(bool hklm, const std::string& key, const std::string& name,
     auto found = std::find_if(values.begin(), values.end(), [&](const auto& v) { return v.first == name; });
     if (found == values.end()) found = values.insert(found, {name, value});
     found->second = value;
-    machine::WriteRegistry(root_, hklm, win64_, hive);
+    machine::WriteRegistry(root_, hklm, arch_, hive);
 }
 
 void WinePrefix::SetHklm(const std::string& key, const std::string& name, const std::string& utf8Value) {
@@ -145,10 +145,10 @@ void WinePrefix::SetHkcu(const std::string& key, const std::string& name, const 
     Set(false, key, name, utf8Value);
 }
 
-void WinePrefix::SetWin64(bool win64) {
-    win64_ = win64;
-    machine::WriteRegistry(root_, true, win64_, hklm_);
-    machine::WriteRegistry(root_, false, win64_, hkcu_);
+void WinePrefix::SetArch(Arch arch) {
+    arch_ = arch;
+    machine::WriteRegistry(root_, true, arch_, hklm_);
+    machine::WriteRegistry(root_, false, arch_, hkcu_);
 }
 
 bool WinePrefix::SetRawRegistry(bool hklm, const std::string& content) {

@@ -66,9 +66,15 @@ public:
     // A REG_SZ value written in Wine's text format; the file is rewritten at once.
     void SetHklm(const std::string& key, const std::string& name, const std::string& utf8Value);
     void SetHkcu(const std::string& key, const std::string& name, const std::string& utf8Value);
-    // "#arch=win64": HKLM values under Software are written below Software\Wow6432Node.
-    // (A running Windows machine is what it is: there this changes nothing.)
-    void SetWin64(bool win64);
+    // The Windows that the registry files describe: 32-bit ("#arch=win32"), or
+    // 64-bit ("#arch=win64") with the HKLM values under Software written below
+    // Software\Wow6432Node, where the installer of a 32-bit program puts them
+    // (Wow64), or at their own path, where a 64-bit installer puts them (Win64).
+    // HKCU is never moved. (A running Windows machine is what it is: there
+    // this changes nothing.)
+    enum class Arch { Win32, Wow64, Win64 };
+    void SetArch(Arch arch);
+    void SetWin64(bool win64) { SetArch(win64 ? Arch::Wow64 : Arch::Win32); }
     // The raw bytes of system.reg (hklm) or user.reg; later Set calls overwrite
     // them. false where the registry is no file (tests then skip).
     bool SetRawRegistry(bool hklm, const std::string& content);
@@ -95,7 +101,8 @@ public:
     };
     // The values set so far (for writing the same machine in another form).
     const Hive& Registry(bool hklm) const { return hklm ? hklm_ : hkcu_; }
-    bool Win64() const { return win64_; }
+    // The HKLM values under Software lie below Software\Wow6432Node (Arch::Wow64).
+    bool Win64() const { return arch_ == Arch::Wow64; }
 
 private:
     void Set(bool hklm, const std::string& key, const std::string& name, const std::string& value);
@@ -105,7 +112,7 @@ private:
     std::string root_;
     Hive hklm_;
     Hive hkcu_;
-    bool win64_ = false;
+    Arch arch_ = Arch::Win32;
     bool hadPrefix_ = false;
     std::string oldPrefix_;
     std::vector<std::filesystem::path> created_;
@@ -118,7 +125,7 @@ void Open(const std::string& root, bool* hadPrefix, std::string* oldPrefix);
 // Takes the machine's registry values away and restores what Open changed.
 void Close(const std::string& root, bool hadPrefix, const std::string& oldPrefix);
 // Writes all values of one hive.
-void WriteRegistry(const std::string& root, bool hklm, bool win64, const WinePrefix::Hive& hive);
+void WriteRegistry(const std::string& root, bool hklm, WinePrefix::Arch arch, const WinePrefix::Hive& hive);
 bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& content);
 std::string HostPath(const std::string& root, const std::string& winPathUtf8);
 std::string WindowsPath(const std::string& hostPathUtf8);

@@ -12,14 +12,25 @@
 
 namespace {
 
+// The Windows the prefix stands for (--machine).
+const struct {
+    const char* name;
+    qvt::WinePrefix::Arch arch;
+} kMachines[] = {{"win32", qvt::WinePrefix::Arch::Win32},
+                 {"wow64", qvt::WinePrefix::Arch::Wow64},
+                 {"win64", qvt::WinePrefix::Arch::Win64}};
+
 const char kUsage[] =
-    "usage: samplestore [--drive xp|vista] DIR [VARIANT]\n"
+    "usage: samplestore [--machine win32|wow64|win64 | --drive xp|vista] DIR [VARIANT]\n"
     "       samplestore --list\n"
     "       samplestore --generate DIR --messages N [--folders F] [--size BYTES]\n"
     "  writes a Wine prefix with a sample AL-Mail32 store to DIR; VARIANT is one of the\n"
     "  names --list prints (default: the sample store itself). With --drive, DIR is\n"
     "  the same machine as a copied Windows system drive, registry hives included,\n"
-    "  in the folder layout of Windows XP or of Vista and later.\n"
+    "  in the folder layout of Windows XP or of Vista and later. --machine writes the\n"
+    "  registry of a 32-bit Windows, of a 64-bit one whose HKLM values a 32-bit\n"
+    "  installer put below Software\\Wow6432Node, or of a 64-bit one with the values\n"
+    "  at their own path (default: as the variant has it).\n"
     "  --generate writes a large store instead: one user (C:\\AL-Mail\\Mailbox), one\n"
     "  account (Account1) with F folders (default 1) named 00000001.box ..., and N\n"
     "  messages spread evenly over them, each about BYTES bytes (default 2048) of\n"
@@ -82,8 +93,16 @@ int main(int argc, char** argv) {
     if (argc >= 2 && std::strcmp(argv[1], "--generate") == 0) return Generate(argc, argv);
     // --drive LAYOUT: a copied Windows system drive instead of a prefix.
     const char* layout = nullptr;
+    const qvt::WinePrefix::Arch* arch = nullptr;
     if (argc >= 3 && std::strcmp(argv[1], "--drive") == 0) {
         layout = argv[2];
+        argc -= 2;
+        argv += 2;
+    } else if (argc >= 3 && std::strcmp(argv[1], "--machine") == 0) {
+        for (const auto& m : kMachines) {
+            if (std::strcmp(argv[2], m.name) == 0) arch = &m.arch;
+        }
+        if (arch == nullptr) return std::fprintf(stderr, "%s", kUsage), 2;
         argc -= 2;
         argv += 2;
     }
@@ -97,6 +116,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "samplestore: no variant '%s'\n", argv[2]);
             return 2;
         }
+        if (arch != nullptr) prefix.SetArch(*arch);
         if (layout == nullptr) {
             prefix.CopyTo(argv[1]);
         } else if (!qvt::WriteCopiedDrive(prefix, argv[1], layout, "Taro")) {

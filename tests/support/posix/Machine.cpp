@@ -69,14 +69,14 @@ bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& con
     return true;
 }
 
-void WriteRegistry(const std::string& root, bool hklm, bool win64, const WinePrefix::Hive& hive) {
+void WriteRegistry(const std::string& root, bool hklm, WinePrefix::Arch arch, const WinePrefix::Hive& hive) {
     std::string text = "WINE REGISTRY Version 2\n";
     text += hklm ? ";; All keys relative to \\\\Machine\n"
                  : ";; All keys relative to \\\\User\\\\S-1-5-21-0-0-0-1000\n";
-    text += win64 ? "\n#arch=win64\n" : "\n#arch=win32\n";
+    text += arch == WinePrefix::Arch::Win32 ? "\n#arch=win32\n" : "\n#arch=win64\n";
     for (const std::string& key : hive.order) {
         std::string path = key;
-        if (hklm && win64 && ::strncasecmp(key.c_str(), "software\\", 9) == 0)
+        if (hklm && arch == WinePrefix::Arch::Wow64 && ::strncasecmp(key.c_str(), "software\\", 9) == 0)
             path = key.substr(0, 9) + "Wow6432Node\\" + key.substr(9);
         text += "\n[" + Escape(path, ']') + "] 1700000000\n#time=1d9f0c2a3b4c5d6\n";
         for (const auto& value : hive.keys.at(key)) {

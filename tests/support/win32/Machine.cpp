@@ -53,7 +53,7 @@ void Close(const std::string&, bool, const std::string&) {
     DeleteKey(false, L"Software\\CREAR");
 }
 
-void WriteRegistry(const std::string&, bool hklm, bool, const WinePrefix::Hive& hive) {
+void WriteRegistry(const std::string&, bool hklm, WinePrefix::Arch, const WinePrefix::Hive& hive) {
     for (const std::string& key : hive.order) {
         const std::wstring wideKey = Wide(key);
         HKEY handle = nullptr;
