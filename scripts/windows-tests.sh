@@ -30,8 +30,9 @@ check_exports() {  # objdump dll
 }
 
 # The whole test suite of a build under Wine: a throw-away prefix of the
-# build's own, WINEARCH as given, the Japanese locale.
-run_suite() {  # build winearch
+# build's own, made by the build's loader (/usr/bin/wine would pick the
+# 32-bit one wherever it is installed), the Japanese locale.
+run_suite() {  # build winearch loader
   local env_dir="$1/wine" rc=0
   mkdir -p "$env_dir/locale"
   [ -d "$env_dir/locale/ja_JP.UTF-8" ] || localedef -i ja_JP -f UTF-8 "$env_dir/locale/ja_JP.UTF-8"
@@ -39,7 +40,7 @@ run_suite() {  # build winearch
   (
     export WINEPREFIX="$env_dir/prefix" WINEARCH="$2" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
     export LOCPATH="$env_dir/locale" LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8
-    wineboot -i >/dev/null 2>&1 || true
+    "$3" wineboot -i >/dev/null 2>&1 || true
     ctest --test-dir "$1" --output-on-failure || rc=$?
     wineserver -k || true
     exit $rc
@@ -62,7 +63,7 @@ if i686-w64-mingw32-objdump -p "$root/build-win32/bin/tqnralm.exe" | grep -q ' Q
   echo "tqnralm.exe imports decorated names"; exit 1
 fi
 if [ -x $wine32 ]; then
-  run_suite "$root/build-win32" win32 || status=$?
+  run_suite "$root/build-win32" win32 $wine32 || status=$?
 fi
 echo "-- i686: $((SECONDS - start)) s"
 
@@ -72,7 +73,7 @@ cmake -S "$src" -B "$root/build-win64" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolch
   -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build "$root/build-win64" -j"$jobs"
 check_exports x86_64-w64-mingw32-objdump "$root/build-win64/bin/TQNRALM.dll"
-run_suite "$root/build-win64" win64 || status=$?
+run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 || status=$?
 echo "-- x86_64: $((SECONDS - start)) s"
 
 echo "== differential: the sample stores walked by the Linux build and under Wine"
