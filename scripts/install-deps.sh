@@ -33,7 +33,9 @@ SUDO=""
 [ "$(id -u)" = 0 ] || SUDO=sudo
 if [ ${#need[@]} -gt 0 ]; then
   echo "installing: ${need[*]}"
-  $SUDO apt-get update
+  # With wine32 installed the i386 architecture stays, and the security
+  # suite's i386 index may fail to download: the amd64 indexes still update.
+  $SUDO apt-get update || [ -n "$(dpkg --print-foreign-architectures)" ]
   DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${need[@]}"
 fi
 
