@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -51,12 +52,24 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
         return nullptr;
     FILE* stream = std::fopen(path, mode);
     if (stream == nullptr) {
-        switch (errno) {
-            case ENOENT: why = kCauseFileNotFound; break;
-            case EMFILE: why = kCauseTooManyOpenFiles; break;
-            case EACCES: why = kCauseAccessDenied; break;  // a directory too
-            case EINVAL: why = kCauseBadPath; break;
-            default: break;
+        // The runtime keeps the system's own reason beside errno: ENOENT
+        // stands for a missing file and for a missing folder on the way.
+        switch (_doserrno) {
+            case ERROR_FILE_NOT_FOUND: why = kCauseFileNotFound; break;
+            case ERROR_PATH_NOT_FOUND:
+            case ERROR_INVALID_NAME:
+            case ERROR_BAD_PATHNAME: why = kCauseBadPath; break;
+            case ERROR_TOO_MANY_OPEN_FILES: why = kCauseTooManyOpenFiles; break;
+            case ERROR_ACCESS_DENIED: why = kCauseAccessDenied; break;  // a directory too
+            case ERROR_SHARING_VIOLATION: why = kCauseSharingViolation; break;
+            default:
+                switch (errno) {
+                    case ENOENT: why = kCauseFileNotFound; break;
+                    case EMFILE: why = kCauseTooManyOpenFiles; break;
+                    case EACCES: why = kCauseAccessDenied; break;
+                    case EINVAL: why = kCauseBadPath; break;
+                    default: break;
+                }
         }
         return nullptr;
     }
