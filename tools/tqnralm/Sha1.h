@@ -5,27 +5,19 @@
 #ifndef TQNRALM_TOOL_SHA1_H
 #define TQNRALM_TOOL_SHA1_H
 
-#include <cstddef>
-#include <cstdint>
-#include <string>
+#include "BlockHash.h"
 
 namespace tqnralm {
 
-class Sha1 {
+class Sha1 : public BlockHash {
 public:
-    Sha1() { Reset(); }
-    void Reset();
-    void Update(const void* data, size_t size);
-    // The digest as 40 lower-case hexadecimal digits; the object starts over.
-    std::string HexDigest();
+    Sha1();
 
 private:
+    void Blocks(const unsigned char* blocks, size_t count) override;
     void Block(const unsigned char* block);
 
-    uint32_t state_[5];
-    unsigned char buffer_[64];
-    size_t buffered_;
-    uint64_t length_;
+    uint32_t words_[5];
 };
 
 }  // namespace tqnralm

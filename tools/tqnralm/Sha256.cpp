@@ -86,6 +86,11 @@ bool Sha256::UseProcessorInstructions(bool use) {
 #endif
 }
 
+static const uint32_t kInitial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                     0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+
+Sha256::Sha256() : BlockHash(words_, kInitial, 8) { Reset(); }
+
 void Sha256::Blocks(const unsigned char* p, size_t n) {
 #if TQNRALM_SHA_X86
     if (g_useSha) {
@@ -96,20 +101,10 @@ void Sha256::Blocks(const unsigned char* p, size_t n) {
     for (; n > 0; --n, p += 64) Block(p);
 }
 
-void Sha256::Reset() {
-    static const uint32_t kInitial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                         0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    std::memcpy(state_, kInitial, sizeof state_);
-    buffered_ = 0;
-    length_ = 0;
-}
 
 void Sha256::Block(const unsigned char* p) {
     uint32_t w[64];
-    for (int i = 0; i < 16; ++i) {
-        w[i] = (uint32_t(p[4 * i]) << 24) | (uint32_t(p[4 * i + 1]) << 16) | (uint32_t(p[4 * i + 2]) << 8) |
-               uint32_t(p[4 * i + 3]);
-    }
+    for (int i = 0; i < 16; ++i) w[i] = LoadBigEndian32(p + 4 * i);
     for (int i = 16; i < 64; ++i) {
         uint32_t s0 = Rotr(w[i - 15], 7) ^ Rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
         uint32_t s1 = Rotr(w[i - 2], 17) ^ Rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
@@ -139,39 +134,5 @@ void Sha256::Block(const unsigned char* p) {
     state_[7] += h;
 }
 
-void Sha256::Update(const void* data, size_t size) {
-    const unsigned char* p = static_cast<const unsigned char*>(data);
-    length_ += size;
-    if (buffered_ > 0) {
-        size_t take = 64 - buffered_ < size ? 64 - buffered_ : size;
-        std::memcpy(buffer_ + buffered_, p, take);
-        buffered_ += take;
-        p += take;
-        size -= take;
-        if (buffered_ < 64) return;
-        Blocks(buffer_, 1);
-        buffered_ = 0;
-    }
-    Blocks(p, size / 64);
-    p += size / 64 * 64;
-    size %= 64;
-    std::memcpy(buffer_, p, size);
-    buffered_ = size;
-}
-
-std::string Sha256::HexDigest() {
-    const uint64_t bits = length_ * 8;
-    unsigned char pad[72] = {0x80};
-    size_t padLength = (buffered_ < 56 ? 56 : 120) - buffered_;
-    for (int i = 0; i < 8; ++i) pad[padLength + i] = static_cast<unsigned char>(bits >> (56 - 8 * i));
-    Update(pad, padLength + 8);
-    static const char kHex[] = "0123456789abcdef";
-    std::string out;
-    for (uint32_t word : state_) {
-        for (int shift = 28; shift >= 0; shift -= 4) out.push_back(kHex[(word >> shift) & 0xF]);
-    }
-    Reset();
-    return out;
-}
 
 }  // namespace tqnralm

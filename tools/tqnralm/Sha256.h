@@ -4,19 +4,13 @@
 #ifndef TQNRALM_TOOL_SHA256_H
 #define TQNRALM_TOOL_SHA256_H
 
-#include <cstddef>
-#include <cstdint>
-#include <string>
+#include "BlockHash.h"
 
 namespace tqnralm {
 
-class Sha256 {
+class Sha256 : public BlockHash {
 public:
-    Sha256() { Reset(); }
-    void Reset();
-    void Update(const void* data, size_t size);
-    // The digest as 64 lower-case hexadecimal digits; the object starts over.
-    std::string HexDigest();
+    Sha256();
 
     // Whether blocks go through the processor's SHA instructions where it
     // has them (the default); false forces the portable rounds (tests).
@@ -24,13 +18,10 @@ public:
     static bool UseProcessorInstructions(bool use);
 
 private:
+    void Blocks(const unsigned char* blocks, size_t count) override;
     void Block(const unsigned char* block);
-    void Blocks(const unsigned char* blocks, size_t count);
 
-    uint32_t state_[8];
-    unsigned char buffer_[64];
-    size_t buffered_;
-    uint64_t length_;
+    uint32_t words_[8];
 };
 
 }  // namespace tqnralm
