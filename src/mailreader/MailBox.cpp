@@ -190,7 +190,7 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
     if (file.pFile == nullptr) return kUnreadable;
     long nLength = qvp::FileLength(file.pFile);
-    if (nLength < 0) throw CFileException(1);
+    if (nLength < 0) throw CFileException(qvp::kCauseGeneric);
     if (static_cast<unsigned long>(nLength) >= static_cast<unsigned long>(std::numeric_limits<int32_t>::max())) {
         throw CMemoryException();
     }

@@ -29,9 +29,12 @@ enum FileCause : int {
     kCauseBadPath = 3,
     kCauseTooManyOpenFiles = 4,
     kCauseAccessDenied = 5,
+    kCauseInvalidFile = 6,
     kCauseHardIo = 10,
     kCauseSharingViolation = 11,
+    kCauseLockViolation = 12,
     kCauseDiskFull = 13,
+    kCauseEndOfFile = 14,
 };
 
 // -------------------------------------------------------------- memory ----

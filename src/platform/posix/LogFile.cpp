@@ -26,9 +26,9 @@ struct LogFile {
 using posix::CauseFromErrno;
 
 int LogFileOpen(const char16_t* path, LogFile** out) {
-    if (out == nullptr) return 1;
+    if (out == nullptr) return kCauseGeneric;
     *out = nullptr;
-    if (path == nullptr) return 3;
+    if (path == nullptr) return kCauseBadPath;
     size_t length = 0;
     while (path[length] != 0) ++length;
     const std::string hostPath = posix::Utf16ToUtf8(path, length);
@@ -40,14 +40,14 @@ int LogFileOpen(const char16_t* path, LogFile** out) {
     LogFile* file = new (std::nothrow) LogFile{fd};
     if (file == nullptr) {
         close(fd);
-        return 1;
+        return kCauseGeneric;
     }
     *out = file;
     return 0;
 }
 
 int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
-    if (file == nullptr) return 1;
+    if (file == nullptr) return kCauseGeneric;
     if (lseek(file->fd, 0, SEEK_END) < 0) return CauseFromErrno(errno, false);
     const char* p = static_cast<const char*>(data);
     while (bytes > 0) {
@@ -56,7 +56,7 @@ int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
             if (errno == EINTR) continue;
             return CauseFromErrno(errno, false);
         }
-        if (written == 0) return 13;
+        if (written == 0) return kCauseDiskFull;
         p += written;
         bytes -= static_cast<size_t>(written);
     }
@@ -65,11 +65,11 @@ int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
 
 int LogFileFlush(LogFile* file) {
     // Every append went straight to the system; there is nothing to push.
-    return file == nullptr ? 1 : 0;
+    return file == nullptr ? kCauseGeneric : kCauseNone;
 }
 
 int LogFileClose(LogFile* file) {
-    if (file == nullptr) return 1;
+    if (file == nullptr) return kCauseGeneric;
     const int result = close(file->fd) == 0 ? 0 : CauseFromErrno(errno, false);
     delete file;
     return result;

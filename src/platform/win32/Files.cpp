@@ -3,6 +3,7 @@
 // These are the C runtime's and the system's own calls: text mode, the
 // listing order and the matching of patterns are whatever Windows does.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 
 #include <windows.h>
 #include <direct.h>
@@ -54,23 +55,8 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     if (stream == nullptr) {
         // The runtime keeps the system's own reason beside errno: ENOENT
         // stands for a missing file and for a missing folder on the way.
-        switch (_doserrno) {
-            case ERROR_FILE_NOT_FOUND: why = kCauseFileNotFound; break;
-            case ERROR_PATH_NOT_FOUND:
-            case ERROR_INVALID_NAME:
-            case ERROR_BAD_PATHNAME: why = kCauseBadPath; break;
-            case ERROR_TOO_MANY_OPEN_FILES: why = kCauseTooManyOpenFiles; break;
-            case ERROR_ACCESS_DENIED: why = kCauseAccessDenied; break;  // a directory too
-            case ERROR_SHARING_VIOLATION: why = kCauseSharingViolation; break;
-            default:
-                switch (errno) {
-                    case ENOENT: why = kCauseFileNotFound; break;
-                    case EMFILE: why = kCauseTooManyOpenFiles; break;
-                    case EACCES: why = kCauseAccessDenied; break;
-                    case EINVAL: why = kCauseBadPath; break;
-                    default: break;
-                }
-        }
+        why = win32::CauseFromError(static_cast<DWORD>(_doserrno));
+        if (why == kCauseNone) why = errno == EMFILE ? kCauseTooManyOpenFiles : kCauseGeneric;
         return nullptr;
     }
     File* file = new (std::nothrow) File{stream};

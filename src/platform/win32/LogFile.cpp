@@ -4,6 +4,7 @@
 // if missing and never truncated; every append moves to the end first.
 // System errors become the cause codes that a file exception carries.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 
 #include <windows.h>
 
@@ -15,36 +16,12 @@ struct LogFile {
     HANDLE handle;
 };
 
-namespace {
-
-int CauseFromError(DWORD error) {
-    switch (error) {
-        case ERROR_SUCCESS: return 0;
-        case ERROR_FILE_NOT_FOUND: return 2;
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_INVALID_NAME:
-        case ERROR_BAD_PATHNAME:
-        case ERROR_INVALID_DRIVE:
-        case ERROR_DIRECTORY: return 3;
-        case ERROR_TOO_MANY_OPEN_FILES: return 4;
-        case ERROR_ACCESS_DENIED:
-        case ERROR_WRITE_PROTECT: return 5;
-        case ERROR_INVALID_HANDLE: return 6;
-        case ERROR_SHARING_VIOLATION: return 11;
-        case ERROR_LOCK_VIOLATION: return 12;
-        case ERROR_HANDLE_DISK_FULL:
-        case ERROR_DISK_FULL: return 13;
-        case ERROR_HANDLE_EOF: return 14;
-        default: return 1;
-    }
-}
-
-}  // namespace
+using win32::CauseFromError;
 
 int LogFileOpen(const char16_t* path, LogFile** out) {
-    if (out == nullptr) return 1;
+    if (out == nullptr) return kCauseGeneric;
     *out = nullptr;
-    if (path == nullptr) return 3;
+    if (path == nullptr) return kCauseBadPath;
     const HANDLE handle = ::CreateFileW(reinterpret_cast<const wchar_t*>(path), GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -59,7 +36,7 @@ int LogFileOpen(const char16_t* path, LogFile** out) {
 }
 
 int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
-    if (file == nullptr) return 1;
+    if (file == nullptr) return kCauseGeneric;
     LARGE_INTEGER zero;
     zero.QuadPart = 0;
     if (!::SetFilePointerEx(file->handle, zero, nullptr, FILE_END)) return CauseFromError(::GetLastError());
@@ -76,12 +53,12 @@ int LogFileAppend(LogFile* file, const void* data, size_t bytes) {
 }
 
 int LogFileFlush(LogFile* file) {
-    if (file == nullptr) return 1;
+    if (file == nullptr) return kCauseGeneric;
     return ::FlushFileBuffers(file->handle) ? 0 : CauseFromError(::GetLastError());
 }
 
 int LogFileClose(LogFile* file) {
-    if (file == nullptr) return 1;
+    if (file == nullptr) return kCauseGeneric;
     const int result = ::CloseHandle(file->handle) ? 0 : CauseFromError(::GetLastError());
     delete file;
     return result;
