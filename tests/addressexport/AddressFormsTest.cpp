@@ -1,4 +1,4 @@
-// AddressFormsTest.cpp - the address export's pure parts: hashes and UIDs,
+// AddressFormsTest.cpp - the address export's pure parts: name-based UIDs,
 // text cleaning, vCard folding and escaping, LDIF values, CSV cells, where
 // each field lands in the three forms, and how groups nest and merge. The
 // sample store's export is read back by Python's own readers (export_check.py).
@@ -10,27 +10,13 @@
 #include "AddressModel.h"
 #include "AddressWriters.h"
 #include "NameUuid.h"
-#include "Sha1.h"
 
 namespace {
 
 using namespace tqnralm;
 
-TEST(AddressForms, Sha1AndNameUuid) {
-    struct { std::string input, digest; } sha[] = {
-        {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
-        {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
-        {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq", "84983e441c3bd26ebaae4aa1f95129e5e54670f1"},
-        {std::string(1000000, 'a'), "34aa973cd4c4daa4f61eeb2bdbad27316534016f"},
-    };
-    for (const auto& c : sha) {
-        Sha1 digest;
-        // In two parts, so that the buffered path runs too.
-        digest.Update(c.input.data(), c.input.size() / 3);
-        digest.Update(c.input.data() + c.input.size() / 3, c.input.size() - c.input.size() / 3);
-        EXPECT_EQ(c.digest, digest.HexDigest()) << c.input.size();
-    }
-    // Python's uuid.uuid5 gives the same.
+// Python's uuid.uuid5 gives the same.
+TEST(AddressForms, NameUuid) {
     EXPECT_EQ("886313e1-3b8a-5372-9b90-0c9aee199e5d", NameUuid("6ba7b810-9dad-11d1-80b4-00c04fd430c8", "python.org"));
     EXPECT_EQ("7d340f48-c165-55f5-8ac5-8d642da1c20d", NameUuid("6ba7b811-9dad-11d1-80b4-00c04fd430c8", "日本語"));
 }
