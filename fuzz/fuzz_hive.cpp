@@ -23,17 +23,6 @@ namespace {
 std::string g_base;
 std::string g_path;  // the file that holds the hive of one run
 
-void FixChecksum(std::string& h) {
-    if (h.size() < 512) return;
-    uint32_t sum = 0;
-    for (size_t i = 0; i < 508; i += 4)
-        sum ^= static_cast<uint32_t>(static_cast<unsigned char>(h[i])) |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 1])) << 8 |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 2])) << 16 |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 3])) << 24;
-    for (int i = 0; i < 4; ++i) h[508 + i] = static_cast<char>(sum >> (8 * i));
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -60,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         hive = g_base;
         for (size_t i = 1; i + 2 < size; i += 3)
             hive[(data[i] | data[i + 1] << 8 | (i & 0x10) << 12) % hive.size()] = static_cast<char>(data[i + 2]);
-        if (size > 0 && (data[0] & 1)) FixChecksum(hive);
+        if (size > 0 && (data[0] & 1)) qvt::FixHiveChecksum(hive);
     }
     if (!std::ofstream(g_path, std::ios::binary | std::ios::trunc).write(hive.data(), std::streamsize(hive.size())))
         std::abort();

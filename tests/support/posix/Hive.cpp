@@ -55,6 +55,13 @@ std::string RegSz(const std::string& utf8) {
     return data;
 }
 
+void FixHiveChecksum(std::string& hive) {
+    if (hive.size() < 512) return;
+    uint32_t sum = 0;
+    for (size_t i = 0; i < 508; ++i) sum ^= static_cast<uint32_t>(static_cast<unsigned char>(hive[i])) << (8 * (i % 4));
+    Put(hive, 508, sum);
+}
+
 std::string EmptyHive() {
     std::string h(8192, '\0');
     h.replace(0, 4, "regf");
@@ -66,13 +73,7 @@ std::string EmptyHive() {
     Put(h, 0x24, 0x20);    // root cell, from the first bin
     Put(h, 0x28, 0x1000);  // bytes of bins
     Put(h, 0x2C, 1);       // clustering factor
-    uint32_t sum = 0;
-    for (size_t i = 0; i < 508; i += 4)
-        sum ^= static_cast<uint32_t>(static_cast<unsigned char>(h[i])) |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 1])) << 8 |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 2])) << 16 |
-               static_cast<uint32_t>(static_cast<unsigned char>(h[i + 3])) << 24;
-    Put(h, 508, sum);
+    FixHiveChecksum(h);
 
     const size_t bin = 0x1000, nk = 0x20, sk = 0x78, free = 0xA8;
     h.replace(bin, 4, "hbin");

@@ -24,6 +24,8 @@ using HiveKeys = std::vector<std::pair<std::string, std::vector<HiveValue>>>;
 // A REG_SZ value's data: UTF-16LE with its terminator.
 std::string RegSz(const std::string& utf8);
 
+// The XOR of the base block's first 127 words, at 508.
+void FixHiveChecksum(std::string& hive);
 // The empty hive's bytes.
 std::string EmptyHive();
 // Writes the hive with the keys; throws on failure.
