@@ -141,6 +141,11 @@ TEST(Messages, LibraryWithOnlyFree) {
     EXPECT_EQ("-3:", o.Subject(0));
     EXPECT_EQ("-3:", o.Id(0));
     EXPECT_EQ("0:" + one, o.Whole(0));
+    // The functions the library lacks are bound to fallbacks that give 0 and touch nothing.
+    char* text = nullptr;
+    MT_WORD length = 77;
+    EXPECT_EQ(0, g_MessageLib.MT_Term(0) + g_MessageLib.MT_GetSubjectD(0, &text, &length));
+    EXPECT_TRUE(text == nullptr && length == 77);
 }
 
 }  // namespace
