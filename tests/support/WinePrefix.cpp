@@ -151,10 +151,6 @@ void WinePrefix::SetArch(Arch arch) {
     machine::WriteRegistry(root_, false, arch_, hkcu_);
 }
 
-bool WinePrefix::SetRawRegistry(bool hklm, const std::string& content) {
-    return machine::WriteRawRegistry(root_, hklm, content);
-}
-
 std::string WinePrefix::HostPath(const std::string& winPathUtf8) const { return machine::HostPath(root_, winPathUtf8); }
 
 void WinePrefix::NoteCreated(const fs::path& path) {

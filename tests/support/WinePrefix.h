@@ -75,9 +75,6 @@ public:
     enum class Arch { Win32, Wow64, Win64 };
     void SetArch(Arch arch);
     void SetWin64(bool win64) { SetArch(win64 ? Arch::Wow64 : Arch::Win32); }
-    // The raw bytes of system.reg (hklm) or user.reg; later Set calls overwrite
-    // them. false where the registry is no file (tests then skip).
-    bool SetRawRegistry(bool hklm, const std::string& content);
 
     // The host path of a Windows path: "C:\\A\\b.txt" -> <root>/drive_c/A/b.txt,
     // "Z:\\x" -> /x under the emulation; the path itself on Windows.
@@ -126,7 +123,6 @@ void Open(const std::string& root, bool* hadPrefix, std::string* oldPrefix);
 void Close(const std::string& root, bool hadPrefix, const std::string& oldPrefix);
 // Writes all values of one hive.
 void WriteRegistry(const std::string& root, bool hklm, WinePrefix::Arch arch, const WinePrefix::Hive& hive);
-bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& content);
 std::string HostPath(const std::string& root, const std::string& winPathUtf8);
 std::string WindowsPath(const std::string& hostPathUtf8);
 // Sets (value not null) or removes a variable of the process's environment.

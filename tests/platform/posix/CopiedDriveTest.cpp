@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 namespace {
@@ -113,36 +112,32 @@ TEST_F(CopiedDrive, ValuesFromTheHives) {
     }
 }
 
-TEST_F(CopiedDrive, WhichProfile) {
+// No profile is chosen where several hold the client's key, none does, or the
+// named one is missing, and then the machine's half is not read either.
+// (copied_drive reads the one profile with the key in both layouts, and one
+// named among several.)
+TEST_F(CopiedDrive, NoProfileChosen) {
     Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("x")}}}});
     const struct {
-        const char* name;
         std::vector<std::pair<std::string, bool>> profiles;  // folder, holds the client's key
         const char* user;                                    // TQNRALM_WINDOWS_USER
-        std::string mailbox;                                 // HKCU's value, or "<no key>"
     } cases[] = {
-        {"the one with the key", {{"Users/Default", false}, {"Users/Taro", true}}, "", "Users/Taro"},
-        {"XP's profiles", {{"Documents and Settings/Owner", true}}, "", "Documents and Settings/Owner"},
-        {"several: nobody", {{"Users/Taro", true}, {"Documents and Settings/Old", true}}, "", "<no key>"},
-        {"several, one named", {{"Users/Taro", true}, {"Users/Hanako", true}}, "hanako", "Users/Hanako"},
-        {"none with the key", {{"Users/Taro", false}}, "", "<no key>"},
-        {"the named one missing", {{"Users/Taro", true}}, "Jiro", "<no key>"},
+        {{{"Users/Taro", true}, {"Documents and Settings/Old", true}}, ""},
+        {{{"Users/Taro", false}}, ""},
+        {{{"Users/Taro", true}}, "Jiro"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
         prefix.Remove("Z:" + Host("Users"));
         prefix.Remove("Z:" + Host("Documents and Settings"));
         for (const auto& [folder, withKey] : c.profiles) User(folder, withKey);
         ScopedEnv user("TQNRALM_WINDOWS_USER", c.user);
-        const std::string mailbox = qvt::Query(Hive::CurrentUser, kKey, "MailboxPath");
-        EXPECT_EQ(c.mailbox, mailbox == "<no key>" ? mailbox : mailbox.substr(0, mailbox.size() - 1));
-        // Without a user the machine's half of the installation is not read either.
-        EXPECT_EQ(c.mailbox == "<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath") == "<no key>");
+        EXPECT_EQ("<no key>", qvt::Query(Hive::CurrentUser, kKey, "MailboxPath")) << c.profiles.size() << c.user;
+        EXPECT_EQ("<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath")) << c.profiles.size() << c.user;
     }
 }
 
-// A damaged hive is no hive: no key, never a crash. Cut at every 256 bytes,
-// then bytes changed at random (the seed is printed).
+// A cut hive is no hive: no key. (fuzz_hive changes the bytes of a hive
+// that holds the client's keys.)
 TEST_F(CopiedDrive, DamagedHives) {
     User("Users/Taro", true);
     Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("C:\\x")}}}});
@@ -150,15 +145,6 @@ TEST_F(CopiedDrive, DamagedHives) {
     for (size_t size = 0; size < good.size(); size += 256) {
         qvt::WriteHostFile(path, good.substr(0, size));
         EXPECT_EQ("<no key>", qvt::Query(Hive::LocalMachine, kKey, "InstallPath")) << size;
-    }
-    const unsigned seed = std::random_device{}();
-    std::mt19937 random(seed);
-    for (int i = 0; i < 300; ++i) {
-        std::string bad = good;
-        for (int k = 0; k < 4; ++k) bad[random() % bad.size()] = static_cast<char>(random());
-        qvt::WriteHostFile(path, bad);
-        const std::string value = qvt::Query(Hive::LocalMachine, kKey, "InstallPath");
-        EXPECT_TRUE(value.size() < 520) << "seed " << seed;
     }
     prefix.Remove("Z:" + path);
     prefix.MakeDir("Z:" + path);

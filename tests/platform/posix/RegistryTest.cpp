@@ -1,6 +1,5 @@
-// RegistryTest.cpp - Wine's registry files: the parser on its own, then the
-// RegOpen/RegQueryString calls over a prefix built by WinePrefix.
-#include "platform/platform.h"
+// RegistryTest.cpp - Wine's registry files: the parser on its own, then a
+// 64-bit prefix through the RegOpen/RegQueryString calls.
 #include "platform/RegistryQuery.h"
 #include "platform/posix/RegistryFile.h"
 #include "support/WinePrefix.h"
@@ -80,23 +79,18 @@ TEST(RegistryFile, LargeFile) {
     EXPECT_NE(nullptr, file.Find(u"K199999", u"N"));
 }
 
-TEST(Registry, Win64PrefixAndBrokenOrMissingFiles) {
+// HKLM's 32-bit view first, and its key alone; HKCU is not redirected.
+TEST(Registry, Win64Prefix) {
+    const char kKey[] = "Software\\CREAR\\AL-Mail";
     qvt::WinePrefix prefix;
-    prefix.SetWin64(true);
-    prefix.SetHkcu("Software\\CREAR\\AL-Mail", "MailboxPath", "C:\\M");
-    EXPECT_EQ(std::string("C:\\M", 5), qvt::Query(qvp::Hive::CurrentUser, "Software\\CREAR\\AL-Mail", "MailboxPath"))
-        << "HKCU is not redirected";
-    prefix.SetRawRegistry(true, "WINE REGISTRY Version 2\n#arch=win64\n"
-                                "[Software\\\\CREAR\\\\AL-Mail]\n\"InstallPath\"=\"plain\"\n\"Only\"=\"plain\"\n"
-                                "[Software\\\\Wow6432Node\\\\CREAR\\\\AL-Mail]\n\"InstallPath\"=\"wow\"\n");
-    EXPECT_EQ(std::string("wow", 4), qvt::Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "InstallPath"));
-    EXPECT_EQ("<no value>", qvt::Query(qvp::Hive::LocalMachine, "Software\\CREAR\\AL-Mail", "Only"))
-        << "Wine opens the 32-bit view's key alone";
-
-    prefix.SetRawRegistry(true, "REGEDIT4\n[Software\\\\A]\n\"N\"=\"v\"\n");
-    EXPECT_EQ("<no key>", qvt::Query(qvp::Hive::LocalMachine, "Software\\A", "N"));
-    prefix.Remove("Z:" + prefix.Root() + "/user.reg");
-    EXPECT_EQ("<no key>", qvt::Query(qvp::Hive::CurrentUser, "Software", "N"));
+    prefix.SetArch(qvt::WinePrefix::Arch::Win64);
+    prefix.SetHklm(kKey, "InstallPath", "plain");
+    prefix.SetHklm(kKey, "Only", "plain");
+    prefix.SetHklm("Software\\Wow6432Node\\CREAR\\AL-Mail", "InstallPath", "wow");
+    prefix.SetHkcu(kKey, "MailboxPath", "C:\\M");
+    EXPECT_EQ(std::string("wow", 4), qvt::Query(qvp::Hive::LocalMachine, kKey, "InstallPath"));
+    EXPECT_EQ("<no value>", qvt::Query(qvp::Hive::LocalMachine, kKey, "Only"));
+    EXPECT_EQ(std::string("C:\\M", 5), qvt::Query(qvp::Hive::CurrentUser, kKey, "MailboxPath"));
 }
 
 }  // namespace

@@ -64,11 +64,6 @@ void Close(const std::string&, bool hadPrefix, const std::string& oldPrefix) {
     SetEnvironment("WINEPREFIX", hadPrefix ? oldPrefix.c_str() : nullptr);
 }
 
-bool WriteRawRegistry(const std::string& root, bool hklm, const std::string& content) {
-    WriteHostFile(root + (hklm ? "/system.reg" : "/user.reg"), content);
-    return true;
-}
-
 void WriteRegistry(const std::string& root, bool hklm, WinePrefix::Arch arch, const WinePrefix::Hive& hive) {
     std::string text = "WINE REGISTRY Version 2\n";
     text += hklm ? ";; All keys relative to \\\\Machine\n"
@@ -84,7 +79,7 @@ void WriteRegistry(const std::string& root, bool hklm, WinePrefix::Arch arch, co
             text += "=\"" + Escape(value.second, '"') + "\"\n";
         }
     }
-    WriteRawRegistry(root, hklm, text);
+    WriteHostFile(root + (hklm ? "/system.reg" : "/user.reg"), text);
 }
 
 std::string HostPath(const std::string& root, const std::string& winPathUtf8) {

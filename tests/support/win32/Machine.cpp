@@ -71,8 +71,6 @@ void WriteRegistry(const std::string&, bool hklm, WinePrefix::Arch, const WinePr
     }
 }
 
-bool WriteRawRegistry(const std::string&, bool, const std::string&) { return false; }
-
 std::string HostPath(const std::string&, const std::string& winPathUtf8) { return winPathUtf8; }
 
 std::string WindowsPath(const std::string& hostPathUtf8) { return hostPathUtf8; }
