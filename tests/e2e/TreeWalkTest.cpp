@@ -10,6 +10,7 @@
 #include <tuple>
 #include <vector>
 
+#include "e2e/StoreWalk.h"
 #include "support/SampleStore.h"
 #include "tqnralm.h"
 
@@ -270,16 +271,6 @@ TEST(EndToEndLog, ShortWalk) {
 
 }  // namespace
 
-// The whole tree, walked by a library started for it.
-std::vector<std::string> WalkStore() {
-    std::vector<std::string> lines;
-    QV_OBJ root = nullptr;
-    if (QV_InitLibrary() == QV_S_OK && QV_GetRootObject(&root) == QV_S_OK) Walk(root, 0, lines);
-    if (root != nullptr) QV_Object_Dispose(root);
-    QV_ExitLibrary();
-    return lines;
-}
-
 void Rename(qvt::WinePrefix& prefix, const std::string& from, const std::string& to) {
     std::filesystem::rename(qvt::HostFile(prefix.HostPath(from)), qvt::HostFile(prefix.HostPath(to)));
 }
@@ -313,13 +304,13 @@ TEST(EndToEndChangedStore, SecondWalkReadsTheStoreAsItIs) {
             qvt::WinePrefix fresh;
             qvt::BuildSampleStore(fresh);
             c.change(fresh);
-            expected = WalkStore();
+            expected = qvt::StoreWalker().Run().lines;
         }
         qvt::WinePrefix walked;
         qvt::BuildSampleStore(walked);
-        WalkStore();  // the process now knows its folders
+        qvt::StoreWalker().Run();  // the process now knows its folders
         c.change(walked);
-        after = WalkStore();
+        after = qvt::StoreWalker().Run().lines;
         EXPECT_EQ(expected, after) << c.name;
         EXPECT_GT(after.size(), 30u) << c.name;
     }
