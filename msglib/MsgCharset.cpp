@@ -258,6 +258,8 @@ std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
     if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
     if (codePage == qvp::kCp932) return std::string(bytes);
     std::string out;
+    // The charsets built on code page 932 go there in one pass.
+    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), &out)) return out;
     out.reserve(bytes.size());
     std::u16string wide;
     const auto convert = [&](std::string_view piece) {

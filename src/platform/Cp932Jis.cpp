@@ -3,6 +3,7 @@
 
 #include "platform/platform.h"
 
+#include <atomic>
 #include <climits>
 #include <cstring>
 
@@ -32,15 +33,28 @@ uint32_t DecodeJis(unsigned j1, unsigned j2) {
     return DecodeDouble(sjis >> 8, sjis & 0xFF);
 }
 
-
-}  // namespace
-
-bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+// The two decoders hand each character to a sink: Put with a table entry
+// (kNone for an invalid sequence), Jis with a JIS X 0208 row and cell. A sink
+// that returns false ends the conversion.
+template <typename Sink>
+bool DecodeIso2022Jp(const unsigned char* p, size_t n, Sink& sink) {
     enum { kAscii, kJis0208, kKana } mode = kAscii;
     bool shifted = false;  // SO ... SI: half-width katakana
-    Decoder d(strict, kDefaultChar, out);
     size_t i = 0;
     while (i < n) {
+        // The runs that make up most mail: pairs after "ESC $ B", and ASCII
+        // bytes other than ESC, SO and SI after "ESC ( B", each read as the
+        // steps below would.
+        if (!shifted && mode == kJis0208) {
+            for (; i + 1 < n && p[i] >= 0x21 && p[i] <= 0x7E; i += 2) {
+                if (!sink.Jis(p[i], p[i + 1])) return false;
+            }
+        } else if (!shifted && mode == kAscii) {
+            const size_t start = i;
+            while (i < n && p[i] < 0x80 && p[i] != 0x1B && p[i] != 0x0E && p[i] != 0x0F) ++i;
+            if (!sink.Ascii(p + start, i - start)) return false;
+        }
+        if (i >= n) break;
         const unsigned char b = p[i];
         if (b == 0x1B) {
             if (i + 2 < n && p[i + 1] == '(' && (p[i + 2] == 'B' || p[i + 2] == 'J')) {
@@ -57,7 +71,7 @@ bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16str
                 mode = kJis0208;
                 i += 4;
             } else {
-                if (!d.Put(Unit(b))) return false;
+                if (!sink.Put(Unit(b))) return false;
                 ++i;
             }
             continue;
@@ -65,66 +79,163 @@ bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16str
         if (b == 0x0E) { shifted = true; ++i; continue; }
         if (b == 0x0F) { shifted = false; ++i; continue; }
         if (b >= 0x80) {
-            if (!d.Bad()) return false;
+            if (!sink.Put(kNone)) return false;
             ++i;
             continue;
         }
         if ((shifted || mode == kKana) && b >= 0x21 && b <= 0x5F) {
-            if (!d.Put(Unit(0xFF61 + (b - 0x21)))) return false;
+            if (!sink.Put(Unit(0xFF61 + (b - 0x21)))) return false;
             ++i;
             continue;
         }
         if (mode == kJis0208 && b >= 0x21 && b <= 0x7E) {
             if (i + 1 >= n) {
-                if (!d.Bad()) return false;
+                if (!sink.Put(kNone)) return false;
                 ++i;
                 continue;
             }
-            if (!d.Put(DecodeJis(b, p[i + 1]))) return false;
+            if (!sink.Jis(b, p[i + 1])) return false;
             i += 2;
             continue;
         }
-        if (!d.Put(Unit(b))) return false;
+        if (!sink.Put(Unit(b))) return false;
         ++i;
     }
     return true;
 }
 
-bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
-    Decoder d(strict, kDefaultChar, out);
+template <typename Sink>
+bool DecodeEucJp(const unsigned char* p, size_t n, Sink& sink) {
     size_t i = 0;
     while (i < n) {
         const unsigned char b = p[i];
         if (b < 0x80) {
-            if (!d.Put(Unit(b))) return false;
+            if (!sink.Put(Unit(b))) return false;
             ++i;
         } else if (b == 0x8E) {
             if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xDF) {
-                if (!d.Put(Unit(0xFF61 + (p[i + 1] - 0xA1)))) return false;
+                if (!sink.Put(Unit(0xFF61 + (p[i + 1] - 0xA1)))) return false;
                 i += 2;
             } else {
-                if (!d.Bad()) return false;
+                if (!sink.Put(kNone)) return false;
                 i += (i + 1 < n && p[i + 1] >= 0x80) ? 2 : 1;
             }
         } else if (b == 0x8F) {
             // JIS X 0212: three bytes, no CP932 form.
-            if (!d.Bad()) return false;
+            if (!sink.Put(kNone)) return false;
             size_t take = 1;
             while (take < 3 && i + take < n && p[i + take] >= 0xA1) ++take;
             i += take;
         } else if (b >= 0xA1 && b <= 0xFE) {
             if (i + 1 < n && p[i + 1] >= 0xA1 && p[i + 1] <= 0xFE) {
-                if (!d.Put(DecodeJis(b & 0x7F, p[i + 1] & 0x7F))) return false;
+                if (!sink.Jis(b & 0x7F, p[i + 1] & 0x7F)) return false;
                 i += 2;
             } else {
-                if (!d.Bad()) return false;
+                if (!sink.Put(kNone)) return false;
                 ++i;
             }
         } else {
-            if (!d.Bad()) return false;
+            if (!sink.Put(kNone)) return false;
             ++i;
         }
     }
+    return true;
+}
+
+// Decodes into UTF-16 text.
+class WideSink {
+public:
+    WideSink(bool strict, std::u16string* out) : d_(strict, kDefaultChar, out) {}
+    bool Put(uint32_t entry) { return d_.Put(entry); }
+    bool Jis(unsigned j1, unsigned j2) { return d_.Put(DecodeJis(j1, j2)); }
+    bool Ascii(const unsigned char* p, size_t n) {
+        for (size_t i = 0; i < n; ++i) d_.Put(Unit(p[i]));
+        return true;
+    }
+
+private:
+    Decoder d_;
+};
+
+// A JIS X 0208 code's form in code page 932, by row and cell from 0x21: 0
+// not yet asked, else an EncodeUnit entry. Only known forms are kept, so a
+// failed look-up is asked again next time, as the tables below do.
+std::atomic<uint32_t> g_jisForm[94 * 94];
+
+// Writes each character in code page 932 as WideCharToMultiByte writes it
+// after a lenient decoding: an invalid sequence as the default character,
+// a character without a form as '?'. No input byte gives more than two
+// bytes, so the caller makes room for twice the input and the sink writes
+// through a pointer.
+class AnsiSink {
+public:
+    explicit AnsiSink(char* at) : at_(at) {}
+    char* End() const { return at_; }
+
+    bool Put(uint32_t entry) {
+        const char16_t unit = entry == kNone ? kDefaultChar : static_cast<char16_t>(entry & 0xFFFF);
+        if (unit < 0x80) {
+            *at_++ = static_cast<char>(unit);
+            return true;
+        }
+        const uint32_t form = (unit >= 0xD800 && unit <= 0xDFFF) ? kNone : EncodeUnit(unit);
+        if (form == kNone) *at_++ = '?';
+        else Write(form);
+        return true;
+    }
+
+    bool Ascii(const unsigned char* p, size_t n) {
+        if (n != 0) std::memcpy(at_, p, n);
+        at_ += n;
+        return true;
+    }
+
+    // Mail text is mostly JIS pairs: each code is decoded and encoded once.
+    bool Jis(unsigned j1, unsigned j2) {
+        if (j1 < 0x21 || j1 > 0x7E || j2 < 0x21 || j2 > 0x7E) return Put(kNone);
+        std::atomic<uint32_t>& slot = g_jisForm[(j1 - 0x21) * 94 + (j2 - 0x21)];
+        uint32_t form = slot.load(std::memory_order_relaxed);
+        if (form == kUnknown) {
+            const uint32_t entry = DecodeJis(j1, j2);
+            const char16_t unit = static_cast<char16_t>(entry & 0xFFFF);
+            if (entry == kNone || unit < 0x80 || (unit >= 0xD800 && unit <= 0xDFFF)) return Put(entry);
+            form = EncodeUnit(unit);
+            if (form == kNone) return Put(entry);
+            slot.store(form, std::memory_order_relaxed);
+        }
+        Write(form);
+        return true;
+    }
+
+private:
+    void Write(uint32_t form) {
+        if (((form >> 16) & 0xFF) == 2) *at_++ = static_cast<char>((form >> 8) & 0xFF);
+        *at_++ = static_cast<char>(form & 0xFF);
+    }
+
+    char* at_;
+};
+
+}  // namespace
+
+bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+    WideSink sink(strict, out);
+    return DecodeIso2022Jp(p, n, sink);
+}
+
+bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+    WideSink sink(strict, out);
+    return DecodeEucJp(p, n, sink);
+}
+
+bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, std::string* out) {
+    if (codePage != kCpIso2022Jp && codePage != kCpEucJp) return false;
+    const size_t old = out->size();
+    out->resize(old + 2 * n);
+    AnsiSink sink(&(*out)[0] + old);
+    if (codePage == kCpIso2022Jp) DecodeIso2022Jp(p, n, sink);
+    else DecodeEucJp(p, n, sink);
+    out->resize(static_cast<size_t>(sink.End() - out->data()));
     return true;
 }
 
@@ -219,4 +330,9 @@ size_t WideCount(const char16_t* wide, int cchWide) {
 }
 
 }  // namespace cp932
+
+bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, std::string* out) {
+    return cp932::JapaneseToCp932(codePage, reinterpret_cast<const unsigned char*>(multi), count, out);
+}
+
 }  // namespace qvp

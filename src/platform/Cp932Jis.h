@@ -82,6 +82,10 @@ void ForEachChar(const char16_t* units, size_t count, Sink sink) {
 // whole conversion; lenient: it becomes kDefaultChar.
 bool Iso2022JpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out);
 bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string* out);
+// ISO-2022-JP or EUC-JP straight to code page 932, appended to *out: the
+// lenient decoding above followed by the encoding of WideCharToMultiByte,
+// without the UTF-16 text between. False for another code page.
+bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, std::string* out);
 // ISO-8859-1 (limit 0xFF) and US-ASCII (limit 0x7F); a byte above the limit
 // fails (strict) or becomes U+FFFD.
 bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict, std::u16string* out);

@@ -16,6 +16,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace qvp {
 
@@ -73,6 +74,12 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi,
 // 0 asks for the size. Returns bytes written (or needed), 0 on failure.
 int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide,
                         char* multi, int cbMulti);
+
+// Text in a mail charset built on code page 932 (kCpIso2022Jp, kCpEucJp)
+// straight into code page 932: the bytes that MultiByteToWideChar without
+// flags and then WideCharToMultiByte into kCp932 give, with no UTF-16 text
+// between, appended to *out. False, with nothing appended, for another code page.
+bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, std::string* out);
 
 // The C runtime's multibyte table: is this byte a lead byte of a double-byte
 // character in the process's ANSI code page?

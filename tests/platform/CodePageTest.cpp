@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -104,6 +107,42 @@ TEST(CodePage, LeadBytesAndRoundTripOfEveryDoubleByteCode) {
         }
     }
     EXPECT_GT(valid, 7000 + 1880) << "JIS X 0208, NEC, IBM and the user-defined area";
+}
+
+// The one-pass path must give what the two conversions give: every JIS
+// X 0208 code in both charsets, then random text made of the bytes that
+// steer the decoders (escapes, shifts, 8-bit bytes, cut sequences).
+TEST(CodePage, JapaneseToAnsiEqualsTheTwoConversions) {
+    const auto twoSteps = [](uint32_t cp, const std::string& bytes) {
+        std::u16string wide;
+        ToWide(cp, 0, bytes, &wide);
+        return wide.empty() ? std::string() : ToBytes(932, wide);
+    };
+    std::string iso = "\x1B$B", euc;
+    for (unsigned j1 = 0x21; j1 <= 0x7E; ++j1) {
+        for (unsigned j2 = 0x21; j2 <= 0x7E; ++j2) {
+            iso += {static_cast<char>(j1), static_cast<char>(j2)};
+            euc += {static_cast<char>(j1 | 0x80), static_cast<char>(j2 | 0x80)};
+        }
+    }
+    std::vector<std::pair<uint32_t, std::string>> texts = {{50220, iso}, {51932, euc}};
+    const std::string pieces[] = {"\x1B$B", "\x1B(B", "\x1B(J", "\x1B(I", "\x1B$@", "\x1B$(D", "\x1B", "\x0E",
+                                  "\x0F", "$\"", "-!", "y~", "\x8E\xB1", "\x8F\xB0\xA1", "\xA4\xA2", "\xFF",
+                                  "a", "\r\n", "\x80", "\x7F"};
+    std::mt19937 random(932);
+    for (int n = 0; n < 400; ++n) {
+        std::string text;
+        for (size_t k = random() % 24; k > 0; --k) text += pieces[random() % std::size(pieces)];
+        texts.push_back({n % 2 ? 50220u : 51932u, text});
+    }
+    for (const auto& [cp, text] : texts) {
+        std::string direct = "kept:";
+        ASSERT_TRUE(qvp::JapaneseToAnsi(cp, text.data(), text.size(), &direct));
+        ASSERT_EQ("kept:" + twoSteps(cp, text), direct) << cp << " " << testing::PrintToString(text);
+    }
+    std::string untouched;
+    EXPECT_FALSE(qvp::JapaneseToAnsi(65001, "a", 1, &untouched));
+    EXPECT_TRUE(untouched.empty());
 }
 
 TEST(CodePage, BufferRules) {
