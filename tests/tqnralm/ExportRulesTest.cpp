@@ -1,16 +1,19 @@
 // The rules of tqnralm's export that the read-back tests cannot reach on the
 // sample store: mboxrd quoting, the From line's sender and date, file names,
-// and the hashes of the manifest and of the cards' UIDs.
+// the hashes of the manifest and of the cards' UIDs, and the queue between
+// walking and writing.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "FileNames.h"
 #include "Mbox.h"
 #include "Sha1.h"
 #include "Sha256.h"
+#include "StepQueue.h"
 
 namespace tqnralm {
 namespace {
@@ -131,6 +134,25 @@ TEST(FileNames, SiblingsThatCollide) {
     reserved.Reserve("manifest.json");
     EXPECT_EQ("000001.EML (2)", reserved.Claim("000001.EML"));
     EXPECT_EQ("Manifest.JSON (2)", reserved.Claim("Manifest.JSON"));
+}
+
+TEST(StepQueue, KeepsOrderAndNeverLeavesAThreadWaiting) {
+    StepQueue<int> queue(10);
+    ASSERT_TRUE(queue.Push(1, 100)) << "a step over the bound goes in alone";
+    std::thread walker([&] { EXPECT_FALSE(queue.Push(2, 8)) << "the writer stopped while the walker waited"; });
+    queue.Stop();
+    walker.join();
+    EXPECT_FALSE(queue.Push(3, 1));
+
+    StepQueue<int> fifo(10);
+    std::thread writer([&] {
+        std::vector<int> got;
+        for (int step = 0; fifo.Pop(&step);) got.push_back(step);
+        EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), got);
+    });
+    for (int step = 1; step <= 4; ++step) ASSERT_TRUE(fifo.Push(step, 6));  // one at a time fits
+    fifo.Close();
+    writer.join();
 }
 
 template <typename Hash>

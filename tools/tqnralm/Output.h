@@ -29,10 +29,11 @@ public:
     // Bytes written to all files.
     uint64_t bytes() const { return bytes_; }
     const std::string& error() const { return error_; }
+    // Keeps the first failure for the message; always false.
+    bool Fail(const std::string& error);
 
 private:
     bool Flush();
-    bool Fail(const std::string& error);
 
     std::string root_;
     bool dryRun_;
