@@ -46,9 +46,7 @@ bool DecodeIso2022Jp(const unsigned char* p, size_t n, Sink& sink) {
         // bytes other than ESC, SO and SI after "ESC ( B", each read as the
         // steps below would.
         if (!shifted && mode == kJis0208) {
-            for (; i + 1 < n && p[i] >= 0x21 && p[i] <= 0x7E; i += 2) {
-                if (!sink.Jis(p[i], p[i + 1])) return false;
-            }
+            if (!sink.Pairs(p, n, &i)) return false;
         } else if (!shifted && mode == kAscii) {
             const size_t start = i;
             while (i < n && p[i] < 0x80 && p[i] != 0x1B && p[i] != 0x0E && p[i] != 0x0F) ++i;
@@ -148,6 +146,12 @@ public:
     WideSink(bool strict, std::u16string* out) : d_(strict, kDefaultChar, out) {}
     bool Put(uint32_t entry) { return d_.Put(entry); }
     bool Jis(unsigned j1, unsigned j2) { return d_.Put(DecodeJis(j1, j2)); }
+    bool Pairs(const unsigned char* p, size_t n, size_t* i) {
+        for (; *i + 1 < n && p[*i] >= 0x21 && p[*i] <= 0x7E; *i += 2) {
+            if (!Jis(p[*i], p[*i + 1])) return false;
+        }
+        return true;
+    }
     bool Ascii(const unsigned char* p, size_t n) {
         for (size_t i = 0; i < n; ++i) d_.Put(Unit(p[i]));
         return true;
@@ -204,6 +208,35 @@ public:
             slot.store(form, std::memory_order_relaxed);
         }
         Write(form);
+        return true;
+    }
+
+    // The pairs from *i on while their first byte is a JIS row, as Jis
+    // would take them one by one; the write position stays in a register.
+    bool Pairs(const unsigned char* p, size_t n, size_t* i) {
+        const unsigned char* q = p + *i;
+        const unsigned char* const last = p + n - 1;  // the last byte that can start a pair
+        char* at = at_;
+        while (q < last) {
+            const unsigned row = q[0] - 0x21u, cell = q[1] - 0x21u;
+            if (row > 0x5D) break;
+            const uint32_t form = cell <= 0x5D ? g_jisForm[row * 94 + cell].load(std::memory_order_relaxed) : kUnknown;
+            if (form == kUnknown) {
+                at_ = at;
+                Jis(q[0], q[1]);
+                at = at_;
+            } else {
+                // Two bytes, or one: the second store is then overwritten
+                // or lies in the room made for twice the input.
+                const bool two = ((form >> 16) & 0xFF) == 2;
+                at[0] = static_cast<char>(two ? (form >> 8) & 0xFF : form & 0xFF);
+                at[1] = static_cast<char>(form & 0xFF);
+                at += two ? 2 : 1;
+            }
+            q += 2;
+        }
+        at_ = at;
+        *i = static_cast<size_t>(q - p);
         return true;
     }
 
