@@ -1,0 +1,171 @@
+// The mail pass of an export (see MailPass.h).
+#include "MailPass.h"
+
+#include <exception>
+#include <thread>
+
+#include "Library.h"
+
+namespace tqnralm {
+
+bool MailPass::Run(MailTotals* totals) {
+    bool written = true;
+    std::thread writer([&] { written = Write(totals); });
+    try {
+        Walk();
+        Hand();
+    } catch (...) {  // the writer is stopped and joined before the walker's failure goes on
+        queue_.Stop();
+        queue_.Close();
+        writer.join();
+        throw;
+    }
+    queue_.Close();
+    writer.join();
+    return written;
+}
+
+void MailPass::Walk() {
+    for (UserPlan& user : plan_.users) {
+        NextStep(Step::kUser).path = user.dir;
+        for (AccountPlan& account : user.accounts) {
+            if (!account.sameAs.empty()) continue;
+            NextStep(Step::kAccount).path = account.dir;
+            for (FolderPlan& folder : account.folders) {
+                if (!Folder(folder)) return;
+            }
+        }
+        if (!Hand()) return;
+    }
+}
+
+bool MailPass::Folder(FolderPlan& folder) {
+    if (!HandIfFull()) return false;
+    NextStep(Step::kBeginFolder).path = folder.target;
+    Children messages(folder.folder.get(), QV_CLASS_MAILMESSAGE);
+    Ref message;
+    int64_t position = 0;
+    for (;; ++position) {
+        int32_t code = messages.Next(&message);
+        if (code == QV_E_NO_MORE_ITEMS) break;
+        if (code != QV_S_OK) {
+            plan_.problems.push_back({folder.index + "/" + std::to_string(position), "message", code});
+            break;
+        }
+        Step& step = NextStep(Step::kMessage);
+        step.path = folder.index + "/" + std::to_string(position);
+        step.position = position;
+        step.hasId = GetName(message.get(), false, &step.messageId) == QV_S_OK;
+        step.hasSubject = GetName(message.get(), true, &step.subject) == QV_S_OK;
+        QV_MAIL_DATA data;
+        step.code = QV_MailMessage_GetData(message.get(), &data);
+        if (step.code == QV_S_OK) {
+            step.data.assign(data.pszMailText, data.nMailTextLen);
+            data.pfnFree(data.pszMailText);
+        }
+        batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
+        if (!HandIfFull()) return false;
+    }
+    NextStep(Step::kEndFolder).unread = position < folder.expected ? folder.expected - position : 0;
+    return true;
+}
+
+MailPass::Step& MailPass::NextStep(Step::Kind kind) {
+    if (batch_.count == batch_.steps.size()) batch_.steps.emplace_back();
+    Step& step = batch_.steps[batch_.count++];
+    step.kind = kind;
+    step.path.clear();
+    step.position = 0;
+    step.hasId = step.hasSubject = false;
+    step.messageId.clear();
+    step.subject.clear();
+    step.code = QV_S_OK;
+    step.data.clear();  // its buffer stays for the next message
+    step.unread = 0;
+    batch_.bytes += 64;
+    return step;
+}
+
+bool MailPass::HandIfFull() {
+    return (batch_.count < kBatchSteps && batch_.bytes < kBatchBytes) || Hand();
+}
+
+bool MailPass::Hand() {
+    if (batch_.count == 0) return true;
+    const size_t bytes = batch_.bytes;
+    const bool ok = queue_.Push(std::move(batch_), bytes);
+    batch_ = Batch();
+    std::lock_guard<std::mutex> lock(spareMutex_);
+    if (!spare_.empty()) {
+        batch_ = std::move(spare_.back());
+        spare_.pop_back();
+    }
+    return ok;
+}
+
+bool MailPass::Write(MailTotals* totals) {
+    Batch batch;
+    while (queue_.Pop(&batch)) {
+        for (size_t i = 0; i < batch.count; ++i) {
+            bool done = false;
+            try {
+                done = Do(batch.steps[i], totals);
+            } catch (const std::exception& e) {
+                output_.Fail(e.what());
+            }
+            if (!done) {
+                queue_.Stop();
+                return false;
+            }
+        }
+        GiveBack(std::move(batch));
+        batch = Batch();
+    }
+    return true;
+}
+
+void MailPass::GiveBack(Batch batch) {
+    for (Step& step : batch.steps) {
+        if (step.data.capacity() > kKeptBuffer) std::string().swap(step.data);  // a huge message keeps no memory
+    }
+    batch.count = 0;
+    batch.bytes = 0;
+    std::lock_guard<std::mutex> lock(spareMutex_);
+    if (spare_.size() < kSpareBatches) spare_.push_back(std::move(batch));
+}
+
+bool MailPass::Do(Step& step, MailTotals* totals) {
+    switch (step.kind) {
+    case Step::kUser: return output_.MakeDir(step.path);
+    case Step::kAccount: return writer_.BeginAccount(step.path);
+    case Step::kBeginFolder: return writer_.BeginFolder(step.path);
+    case Step::kEndFolder:
+        totals->unread += step.unread;
+        return writer_.EndFolder();
+    case Step::kMessage: break;
+    }
+    Json entry = {{"index", step.path}};
+    entry["message_id"] = step.hasId ? Json(step.messageId) : Json(nullptr);
+    entry["subject"] = step.hasSubject ? Json(step.subject) : Json(nullptr);
+    if (step.code != QV_S_OK) {
+        entry["status"] = "failed";
+        entry["code"] = step.code;
+        ++totals->failed;
+        progress_.Step(0);
+    } else {
+        WrittenMessage written;
+        const uint64_t before = output_.bytes();
+        if (!writer_.WriteMessage(step.position, step.data.data(), step.data.size(), &written)) return false;
+        entry["file"] = written.file;
+        if (written.shared) entry["offset"] = written.offset;
+        entry["length"] = written.length;
+        entry["sha256"] = written.sha256;
+        entry["status"] = "written";
+        ++totals->written;
+        totals->bytes += output_.bytes() - before;
+        progress_.Step(output_.bytes() - before);
+    }
+    return manifest_ == nullptr || manifest_->Append(entry);
+}
+
+}  // namespace tqnralm

@@ -1,0 +1,95 @@
+// The mail pass of an export: every message of the plan through one writer,
+// each listed in the manifest as it is written.
+//
+// Two threads share the work. The calling thread walks the store through the
+// library (which is for one thread at a time; no other thread calls it), and
+// a writer thread hashes, quotes and writes each message and lists it. Steps
+// pass between them in batches through a bounded queue, in tree order, so
+// the output is what one thread would write; the writer hands the emptied
+// batches back, so that a message's buffer is reused and not made anew.
+#ifndef TQNRALM_TOOL_MAILPASS_H
+#define TQNRALM_TOOL_MAILPASS_H
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ExportPlan.h"
+#include "MailWriter.h"
+#include "Manifest.h"
+#include "Output.h"
+#include "Progress.h"
+#include "StepQueue.h"
+
+namespace tqnralm {
+
+struct MailTotals {
+    int64_t written = 0;
+    int64_t failed = 0;
+    int64_t unread = 0;  // expected, but the enumeration stopped before them
+    uint64_t bytes = 0;
+};
+
+class MailPass {
+public:
+    MailPass(MailWriter& writer, Output& output, Manifest* manifest, Progress& progress, ExportPlan& plan)
+        : writer_(writer), output_(output), manifest_(manifest), progress_(progress), plan_(plan),
+          queue_(kQueueBytes) {}
+
+    // False when the output failed (the export stops); read failures are
+    // counted in the totals and listed in the plan's problems.
+    bool Run(MailTotals* totals);
+
+private:
+    // Message bytes that may wait between the two threads; the steps and
+    // bytes of one hand-over (each costs the two threads a lock); the
+    // emptied batches kept for reuse, and the buffer a kept step may keep.
+    static constexpr size_t kQueueBytes = 8 << 20;
+    static constexpr size_t kBatchSteps = 64;
+    static constexpr size_t kBatchBytes = 256 << 10;
+    static constexpr size_t kSpareBatches = kQueueBytes / kBatchBytes + 2;
+    static constexpr size_t kKeptBuffer = 1 << 20;
+
+    // One step, made by the walker and done by the writer.
+    struct Step {
+        enum Kind { kUser, kAccount, kBeginFolder, kMessage, kEndFolder } kind = kMessage;
+        std::string path;  // the user's or account's folder, the folder's target, or the message's index
+        int64_t position = 0;
+        bool hasId = false, hasSubject = false;
+        std::string messageId, subject;
+        int32_t code = 0;  // of the data: a message that cannot be fetched has no bytes
+        std::string data;
+        int64_t unread = 0;  // kEndFolder
+    };
+    struct Batch {
+        std::vector<Step> steps;  // the first `count` are in use; the rest keep their buffers
+        size_t count = 0;
+        size_t bytes = 0;
+    };
+
+    // The walker's side.
+    void Walk();
+    bool Folder(FolderPlan& folder);
+    Step& NextStep(Step::Kind kind);
+    bool Hand();  // false when the writer has stopped
+    bool HandIfFull();
+    // The writer's side.
+    bool Write(MailTotals* totals);
+    bool Do(Step& step, MailTotals* totals);
+    void GiveBack(Batch batch);
+
+    MailWriter& writer_;
+    Output& output_;
+    Manifest* manifest_;
+    Progress& progress_;
+    ExportPlan& plan_;
+    Batch batch_;
+    StepQueue<Batch> queue_;
+    std::mutex spareMutex_;
+    std::vector<Batch> spare_;
+};
+
+}  // namespace tqnralm
+
+#endif
