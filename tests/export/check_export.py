@@ -103,10 +103,24 @@ def read_back(fmt, out, manifest, api):
             check(parsed["Message-ID"] == entry["message_id"], f"{entry['index']}: Message-ID")
 
 
+def store_state(prefix):
+    """Every file of the store with its bytes and times."""
+    state = {}
+    for folder, _, files in os.walk(prefix):
+        for name in files:
+            st = os.stat(os.path.join(folder, name))
+            state[os.path.join(folder, name)] = (st.st_size, st.st_mtime_ns, st.st_atime_ns)
+    return state
+
+
 def export_and_read(fmt, work):
     prefix = store(work)
+    for path, (_, mtime, _) in store_state(prefix).items():
+        os.utime(path, ns=(mtime - 10**9, mtime))  # an access time that a read would move on
+    before = store_state(prefix)
     out = os.path.join(work, "out")
     run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet")
+    check(store_state(prefix) == before, "the store is left as it was, its access times too")
     check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
     check(run.stderr.decode().startswith("tqnralm: export: 7 written, 0 failed"), f"summary {run.stderr!r}")
     with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:

@@ -24,6 +24,8 @@
 #include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
+#include <atomic>
+
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -327,9 +329,23 @@ int CauseFromErrno(int error, bool creating) {
 
 int OpenForReading(const std::string& host) {
     if (InjectedFailure()) return -1;
+    // Reading the store leaves its access times as they were, where the
+    // system lets us: O_NOATIME needs the file's owner (or CAP_FOWNER), and
+    // once it is refused it is not asked for again.
+#ifdef O_NOATIME
+    constexpr int kNoAtime = O_NOATIME;
+#else
+    constexpr int kNoAtime = 0;
+#endif
+    static std::atomic<bool> noAtime{kNoAtime != 0};
     int fd;
     do {
-        fd = open(host.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        const bool keep = noAtime.load(std::memory_order_relaxed);
+        fd = open(host.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | (keep ? kNoAtime : 0));
+        if (fd < 0 && errno == EPERM && keep) {
+            noAtime.store(false, std::memory_order_relaxed);
+            errno = EINTR;  // once more without it
+        }
     } while (fd < 0 && errno == EINTR);
     return fd;
 }
