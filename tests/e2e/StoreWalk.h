@@ -13,12 +13,6 @@
 
 namespace qvt {
 
-struct WalkResult {
-    std::vector<std::string> lines;  // one per object and per failed call
-    std::set<int32_t> codes;         // every code a call returned
-    bool leftAlive = false;          // a dispose that failed
-};
-
 inline bool DocumentedCode(int32_t code) {
     static const std::set<int32_t> kCodes = {
         QV_S_OK,          QV_E_UNEXPECTED,      QV_E_ACCESS_DENIED,    QV_E_BAD_PATH,
@@ -26,6 +20,19 @@ inline bool DocumentedCode(int32_t code) {
         QV_E_FILE_NOT_FOUND, QV_E_SHARING_VIOLATION, QV_E_LOG_FILE, QV_E_ALREADY_LOGGING};
     return kCodes.count(code) != 0;
 }
+
+struct WalkResult {
+    std::vector<std::string> lines;  // one per object and per failed call
+    std::set<int32_t> codes;         // every code a call returned
+    bool leftAlive = false;          // a dispose that failed
+
+    // "" for a clean walk: documented codes only, every object given back.
+    std::string Problems() const {
+        std::string out = leftAlive ? "an object left alive" : "";
+        for (int32_t code : codes) out += DocumentedCode(code) ? "" : " code " + std::to_string(code);
+        return out;
+    }
+};
 
 class StoreWalker {
 public:

@@ -20,18 +20,12 @@ long PeakKilobytes() {
 TEST(BigFiles, TwoGigabyteIndexFile) {
     qvt::WinePrefix prefix;
     qvt::BuildSampleStore(prefix);
-    for (const char* file : {"C:\\AL-Mail\\Mailbox\\Account1\\trash.box"}) {
-        SCOPED_TRACE(file);
-        const std::string host = prefix.HostPath(file);
-        const std::string bytes = qvt::ReadHostFile(host);
-        ASSERT_EQ(0, truncate(host.c_str(), 0));
-        ASSERT_EQ(0, truncate(host.c_str(), 2LL << 30));
-        const long before = PeakKilobytes();
-        const qvt::WalkResult walk = qvt::StoreWalker().Run();
-        EXPECT_LT(PeakKilobytes() - before, 64L << 10) << "KB more at the peak";
-        for (int32_t code : walk.codes) EXPECT_TRUE(qvt::DocumentedCode(code)) << code;
-        qvt::WriteHostFile(host, bytes);
-    }
+    const std::string host = prefix.HostPath("C:\\AL-Mail\\Mailbox\\Account1\\trash.box");
+    ASSERT_EQ(0, truncate(host.c_str(), 0));
+    ASSERT_EQ(0, truncate(host.c_str(), 2LL << 30));
+    const long before = PeakKilobytes();
+    EXPECT_EQ("", qvt::StoreWalker().Run().Problems());
+    EXPECT_LT(PeakKilobytes() - before, 64L << 10) << "KB more at the peak";
 }
 
 }  // namespace
