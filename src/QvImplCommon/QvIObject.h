@@ -34,7 +34,6 @@ public:
     virtual int32_t CreateChildObjects(int32_t nClass, CQvIObject** ppObjs) = 0;
 
     CQvIObject* GetParent() const { return m_pParent; }
-    int32_t GetRefCount() const { return m_nRefCount; }
 
 protected:
     // The shared operation of objects without a name: a terminator only when

@@ -15,23 +15,12 @@
 #include "support/WinePrefix.h"
 #include "tqnralm.h"
 
-// Destructions, and the classes of the children whose parents were told.
-struct FakeCounters {
-    int destroyed = 0;
-    std::vector<int32_t> disposedClasses;
-};
-inline FakeCounters& Counters() {
-    static FakeCounters counters;
-    return counters;
-}
-
 // An object whose children, of its own class, are built on demand at an
 // index and forgotten when disposed; an index in m_failing fails once.
 class FakeObject : public CQvIObject {
 public:
     FakeObject(CQvIObject* pParent, int32_t nClass, std::u16string name, size_t nChildren = 0)
         : CQvIObject(pParent), m_nClass(nClass), m_name(std::move(name)), m_children(nChildren) {}
-    ~FakeObject() override { ++Counters().destroyed; }
     int32_t GetClass(int32_t* pnClass) override {
         *pnClass = m_nClass;
         return QV_S_OK;
@@ -48,9 +37,6 @@ public:
     }
     int32_t CreateChildObjects(int32_t nClass, CQvIObject** ppObjs) override;
     void OnChildDisposed(CQvIObject* pChild) override {
-        int32_t nClass = 0;
-        pChild->GetClass(&nClass);
-        Counters().disposedClasses.push_back(nClass);
         std::replace(m_children.begin(), m_children.end(), pChild, static_cast<CQvIObject*>(nullptr));
     }
     int32_t ChildAt(int32_t nIndex, CQvIObject** ppChild) {

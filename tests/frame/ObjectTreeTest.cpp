@@ -1,4 +1,5 @@
-// Tests of reference counts, the parent chain, enumerators and the root.
+// Tests of enumerators and the root. (The parent chain is the end-to-end
+// tests': the sample tree given back in any order, under the sanitizer.)
 #include <gtest/gtest.h>
 
 #include "frame/FakeTree.h"
@@ -7,32 +8,8 @@ namespace {
 
 class ObjectTree : public ::testing::Test {
 protected:
-    void SetUp() override {
-        Analyzer();
-        Counters() = FakeCounters();
-    }
+    void SetUp() override { Analyzer(); }
 };
-
-TEST_F(ObjectTree, ChildrenOutliveEnumeratorAndParentUnwindsFromTheBottom) {
-    auto* parent = new FakeObject(nullptr, QV_CLASS_MAILFOLDER, u"folder", 3);
-    QV_OBJ objs = nullptr, a = nullptr, b = nullptr;
-    ASSERT_EQ(QV_S_OK, QV_Object_GetChildObjects(parent, QV_CLASS_MAILFOLDER, &objs));
-    EXPECT_EQ(1, parent->GetRefCount());
-    ASSERT_EQ(QV_S_OK, QV_Objects_GetNext(objs, &a));
-    ASSERT_EQ(QV_S_OK, QV_Objects_GetNext(objs, &b));
-    EXPECT_EQ(3, parent->GetRefCount());  // each referenced child holds one
-    EXPECT_EQ(QV_S_OK, QV_Object_Dispose(objs));
-    EXPECT_EQ(2, parent->GetRefCount());
-    EXPECT_EQ(0, Counters().destroyed);
-    uint32_t len = 0;
-    EXPECT_EQ(QV_S_OK, QV_Object_GetName(a, nullptr, &len));
-    EXPECT_EQ(QV_S_OK, QV_Object_Dispose(a));
-    EXPECT_EQ(QV_S_OK, QV_Object_Dispose(b));
-    // The last child took the parent with it.
-    EXPECT_EQ(3, Counters().destroyed);
-    EXPECT_EQ((std::vector<int32_t>{QV_CLASS_OBJECTS, QV_CLASS_MAILFOLDER, QV_CLASS_MAILFOLDER}),
-              Counters().disposedClasses);
-}
 
 TEST_F(ObjectTree, EnumeratorRetriesAFailedChildAndStaysAtTheEnd) {
     auto* parent = new FakeObject(nullptr, QV_CLASS_MAILFOLDER, u"folder", 2);
