@@ -229,19 +229,17 @@ TEST(AddressForms, NestingAndMerging) {
     }
 }
 
-TEST(AddressForms, GroupCardsAndStableUids) {
+// A group's card names its cards and its subgroups' group cards; the UIDs come
+// from the book. (The LDIF lists, the CSV groups and two exports alike are
+// read back by check_addresses.py.)
+TEST(AddressForms, GroupCardsAndUids) {
     AddressBook book;
     book.user = "u", book.name = "b";
     book.top.groups = {AddressGroup{"g", {Named("a", "a@x")}, {AddressGroup{"h", {}, {}}}}};
     const BookLayout l = LayOut(book);
-    const std::string vcard = WriteVCard(l), ldif = WriteLdif(l);
-    EXPECT_NE(std::string::npos, vcard.find("KIND:group\r\nUID:urn:uuid:" + l.lists[0].uid + "\r\nFN:g\r\nMEMBER:urn:uuid:" +
-                                            l.cards[0].uid + "\r\nMEMBER:urn:uuid:" + l.lists[1].uid + "\r\nEND:VCARD"));
-    EXPECT_NE(std::string::npos, ldif.find("dn: cn=g\nobjectclass: top\nobjectclass: groupOfNames\ncn: g\n"
-                                           "member: cn=a,mail=a@x\n\n"));
-    EXPECT_EQ("g", CsvCell(WriteCsv(l), "Groups"));
-    // The same book gives the same UIDs; another book other ones.
-    EXPECT_EQ(vcard, WriteVCard(LayOut(book)));
+    EXPECT_NE(std::string::npos, WriteVCard(l).find("KIND:group\r\nUID:urn:uuid:" + l.lists[0].uid +
+                                                    "\r\nFN:g\r\nMEMBER:urn:uuid:" + l.cards[0].uid +
+                                                    "\r\nMEMBER:urn:uuid:" + l.lists[1].uid + "\r\nEND:VCARD"));
     book.name = "c";
     EXPECT_NE(l.cards[0].uid, LayOut(book).cards[0].uid);
 }
