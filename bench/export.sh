@@ -19,8 +19,10 @@ messages=${2:-100000}
 work=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# Runs a command, prints "<seconds> <peak kB>".
+# Runs a command, prints "<seconds> <peak kB>". The disk first writes out
+# what earlier steps left in memory, so that no run pays for another's.
 measure() {
+  sync
   /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || {
     cat "$work/stderr" >&2
     return 1

@@ -41,7 +41,7 @@ public:
         written->length = size;
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
-        return output_.OpenFile(written->file) && output_.Write(data, size) && output_.CloseFile(false);
+        return output_.WriteNewFile(written->file, data, size);
     }
 
 private:

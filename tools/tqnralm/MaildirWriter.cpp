@@ -49,7 +49,7 @@ public:
         written->file = folder_ + name;
         written->offset = 0;
         written->length = size;
-        return output_.OpenFile(written->file) && output_.Write(data, size) && output_.CloseFile(false);
+        return output_.WriteNewFile(written->file, data, size);
     }
 
 private:

@@ -24,6 +24,10 @@ public:
     bool Write(const std::string& text) { return Write(text.data(), text.size()); }
     // Closes the open file; `sync` flushes it to the disk first.
     bool CloseFile(bool sync);
+    // A new file that holds just these bytes.
+    bool WriteNewFile(const std::string& relative, const char* data, size_t size) {
+        return OpenFile(relative) && Write(data, size) && CloseFile(false);
+    }
     // Bytes written to the open file so far.
     uint64_t offset() const { return offset_; }
     // Bytes written to all files.
