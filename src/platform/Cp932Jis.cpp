@@ -153,7 +153,9 @@ public:
         return true;
     }
     bool Ascii(const unsigned char* p, size_t n) {
-        for (size_t i = 0; i < n; ++i) d_.Put(Unit(p[i]));
+        for (size_t i = 0; i < n; ++i) {
+            if (!d_.Put(Unit(p[i]))) return false;
+        }
         return true;
     }
 
