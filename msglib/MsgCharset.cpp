@@ -45,6 +45,53 @@ bool IsPlainAscii(std::string_view bytes) {
     return true;
 }
 
+// Shift_JIS as code page 932 writes it: single bytes 00-7F and A1-DF, lead
+// bytes 81-9F and E0-FC before a trail byte 40-7E or 80-FC. 80, A0 and FD-FF
+// are no Shift_JIS text (they are windows-1252 or another charset's).
+// *leads counts the lead bytes 81-9F.
+bool ScanShiftJis(std::string_view bytes, size_t* leads) {
+    const size_t n = bytes.size();
+    for (size_t i = 0; i < n; ++i) {
+        const unsigned char b = static_cast<unsigned char>(bytes[i]);
+        if (b < 0x80 || (b >= 0xA1 && b <= 0xDF)) continue;
+        if (!((b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC)) || i + 1 == n) return false;
+        const unsigned char t = static_cast<unsigned char>(bytes[++i]);
+        if (t < 0x40 || t == 0x7F || t > 0xFC) return false;
+        if (b <= 0x9F) ++*leads;
+    }
+    return true;
+}
+
+// EUC-JP: ASCII, pairs of A1-FE (JIS X 0208), 8E before A1-DF (kana), 8F
+// before a pair of A1-FE (JIS X 0212). *pairs counts the pairs of A1-FE.
+bool ScanEucJp(std::string_view bytes, size_t* pairs) {
+    const auto high = [](char c) { return static_cast<unsigned char>(c) >= 0xA1 && static_cast<unsigned char>(c) != 0xFF; };
+    const size_t n = bytes.size();
+    for (size_t i = 0; i < n; ++i) {
+        const unsigned char b = static_cast<unsigned char>(bytes[i]);
+        if (b < 0x80) continue;
+        if (b == 0x8E) {
+            if (i + 1 == n || !high(bytes[i + 1]) || static_cast<unsigned char>(bytes[i + 1]) > 0xDF) return false;
+            ++i;
+        } else if (b == 0x8F) {
+            if (n - i < 3 || !high(bytes[i + 1]) || !high(bytes[i + 2])) return false;
+            i += 2;
+        } else {
+            if (!high(bytes[i]) || i + 1 == n || !high(bytes[i + 1])) return false;
+            ++*pairs;
+            ++i;
+        }
+    }
+    return true;
+}
+
+bool HasEightBit(std::string_view bytes) {
+    for (char c : bytes) {
+        if (static_cast<unsigned char>(c) >= 0x80) return true;
+    }
+    return false;
+}
+
 void AppendWidened(std::string_view bytes, std::u16string* out) {
     for (char c : bytes) {
         unsigned char u = static_cast<unsigned char>(c);
@@ -162,10 +209,29 @@ bool IsValidUtf8(std::string_view bytes) {
     return true;
 }
 
-uint32_t GuessCodePage(std::string_view bytes) {
-    if (bytes.find(kEsc) != std::string_view::npos) return qvp::kCpIso2022Jp;
+uint32_t GuessCodePage(std::string_view bytes, uint32_t declared) {
+    if (declared == qvp::kCpAscii) declared = kCpGuess;
+    size_t ignored = 0;
+    const bool japanese = declared == qvp::kCpIso2022Jp || declared == qvp::kCp932 ||
+                          declared == qvp::kCpEucJp || declared == qvp::kCpUtf8;
+    const bool escaped = bytes.find(kEsc) != std::string_view::npos;
+    if (japanese && (!escaped || declared == qvp::kCpIso2022Jp)) {
+        const bool valid = declared == qvp::kCpUtf8   ? IsValidUtf8(bytes)
+                           : declared == qvp::kCp932  ? ScanShiftJis(bytes, &ignored)
+                           : declared == qvp::kCpEucJp ? ScanEucJp(bytes, &ignored)
+                                                       : !HasEightBit(bytes);
+        if (valid) return declared;
+    }
+    if (escaped) return qvp::kCpIso2022Jp;
+    if (!HasEightBit(bytes)) return declared == kCpGuess ? qvp::kCpUtf8 : declared;
     if (IsValidUtf8(bytes)) return qvp::kCpUtf8;
-    return qvp::kCp932;
+    size_t sjisLeads = 0, eucPairs = 0;
+    const bool sjis = ScanShiftJis(bytes, &sjisLeads);
+    const bool euc = ScanEucJp(bytes, &eucPairs);
+    if (sjis && euc) return eucPairs > sjisLeads ? qvp::kCpEucJp : qvp::kCp932;
+    if (sjis || euc) return sjis ? qvp::kCp932 : qvp::kCpEucJp;
+    if (declared != kCpGuess && !japanese) return declared;
+    return qvp::kCp1252;
 }
 
 void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) {

@@ -20,9 +20,23 @@ enum : uint32_t { kCpGuess = 0 };
 // suffix is ignored). kCpGuess for a charset we do not know.
 uint32_t CodePageOfCharset(std::string_view name);
 
-// Raw 8-bit header or body text of old Japanese mail: an escape byte means
-// ISO-2022-JP, valid UTF-8 means UTF-8, anything else is taken as Shift-JIS.
-uint32_t GuessCodePage(std::string_view bytes);
+// The code page to read raw bytes in: 8-bit header text outside encoded
+// words, or a body whose charset is unknown. declared is the code page of the
+// message's own top-level charset parameter (kCpGuess for none). In order:
+//  1. declared, if it is ISO-2022-JP, Shift_JIS (932), EUC-JP or UTF-8 and
+//     the bytes are valid in it (an escape byte is valid only in ISO-2022-JP);
+//  2. ISO-2022-JP, if the bytes hold an escape byte;
+//  3. UTF-8, if they are valid UTF-8 with at least one multi-byte sequence;
+//  4. EUC-JP or Shift_JIS, whichever they are valid in; where both, EUC-JP
+//     if its pairs of 0xA1-0xFE bytes outnumber Shift_JIS's lead bytes
+//     0x81-0x9F, else Shift_JIS;
+//  5. declared, if it is another charset (not US-ASCII, which 8-bit mail
+//     never honours);
+//  6. windows-1252.
+// Bytes with neither 8-bit bytes nor an escape read alike in all of them:
+// declared, or UTF-8. Never kCpGuess. Each step looks at the bytes once; no
+// conversion is made.
+uint32_t GuessCodePage(std::string_view bytes, uint32_t declared = kCpGuess);
 
 bool IsValidUtf8(std::string_view bytes);
 

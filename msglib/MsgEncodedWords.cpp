@@ -56,7 +56,7 @@ bool AllBlank(std::string_view s) {
 
 }  // namespace
 
-std::u16string DecodeHeaderText(std::string_view s) {
+std::u16string DecodeHeaderText(std::string_view s, uint32_t declared) {
     std::u16string out;
     out.reserve(s.size());
     std::string pending;  // decoded bytes of adjacent words of one charset
@@ -69,6 +69,7 @@ std::u16string DecodeHeaderText(std::string_view s) {
             havePending = false;
         }
     };
+    const auto appendRaw = [&](std::string_view raw) { AppendWide(GuessCodePage(raw, declared), raw, &out); };
 
     std::string decoded;
     size_t rawStart = 0;
@@ -92,7 +93,7 @@ std::u16string DecodeHeaderText(std::string_view s) {
         std::string_view raw = s.substr(rawStart, i - rawStart);
         if (!(lastWasWord && AllBlank(raw))) {
             flush();
-            AppendWide(kCpGuess, raw, &out);
+            appendRaw(raw);
         }
         uint32_t cp = CodePageOfCharset(w.charset);
         if (havePending && cp != pendingCp) flush();
@@ -104,7 +105,7 @@ std::u16string DecodeHeaderText(std::string_view s) {
         rawStart = i;
     }
     flush();
-    AppendWide(kCpGuess, s.substr(rawStart), &out);
+    appendRaw(s.substr(rawStart));
     return out;
 }
 

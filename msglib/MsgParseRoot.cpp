@@ -3,6 +3,7 @@
 
 #include "MsgCharset.h"
 #include "MsgEncodedWords.h"
+#include "MsgParams.h"
 
 namespace msg {
 
@@ -24,17 +25,27 @@ void MsgParseRoot::Parse(const char* text, size_t size) {
     }
 }
 
+uint32_t MsgParseRoot::Declared() const {
+    std::string_view type;
+    std::string charset;
+    if (!m_header.Find("Content-Type", &type)) return kCpGuess;
+    MsgParams params;
+    params.Parse(UnfoldValue(type));
+    return params.Get("charset", &charset) ? CodePageOfCharset(charset) : kCpGuess;
+}
+
 bool MsgParseRoot::Subject(std::string* out) const {
     std::string_view raw;
     if (!m_header.Find("Subject", &raw)) return false;
-    *out = WideToCp932(DecodeHeaderText(UnfoldValue(raw)));
+    *out = WideToCp932(DecodeHeaderText(UnfoldValue(raw), Declared()));
     return true;
 }
 
 bool MsgParseRoot::MessageId(std::string* out) const {
     std::string_view raw;
     if (!m_header.Find("Message-ID", &raw)) return false;
-    *out = BytesToCp932(kCpGuess, UnfoldValue(raw));
+    const std::string value = UnfoldValue(raw);
+    *out = BytesToCp932(GuessCodePage(value, Declared()), value);
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <string>
 
+#include "MsgCharset.h"
 #include "MsgHeader.h"
 #include "MsgMime.h"
 
@@ -21,10 +22,12 @@ public:
     // Forgets the message held.
     void Clear() noexcept;
 
-    // CP932 subject, RFC 2047 and raw Japanese forms decoded. False when the
-    // message has no Subject field.
+    // CP932 subject, RFC 2047 words and raw 8-bit text decoded (the raw text
+    // by GuessCodePage with the top-level charset). False when the message
+    // has no Subject field.
     bool Subject(std::string* out) const;
-    // The Message-ID value, unfolded and trimmed. False when there is none.
+    // The Message-ID value, unfolded and trimmed, in CP932 (8-bit bytes read
+    // as the subject's are). False when there is none.
     bool MessageId(std::string* out) const;
 
     const MimeStructure& Structure() const { return m_mime; }
@@ -34,6 +37,9 @@ private:
     std::string m_text;
     MsgHeader m_header;
     MimeStructure m_mime;
+
+    // The code page of the top-level charset parameter, or kCpGuess.
+    uint32_t Declared() const;
 };
 
 }  // namespace msg

@@ -58,6 +58,7 @@ enum : uint32_t {
     kCpEucJp = 51932,
     kCpLatin1 = 28591,
     kCpAscii = 20127,
+    kCp1252 = 1252,
 };
 // MultiByteToWideChar flag: an invalid sequence fails the whole conversion.
 enum : uint32_t { kMbErrInvalidChars = 0x8 };

@@ -173,6 +173,13 @@ TEST(MsgHeaders, SubjectAndId) {
         {"unknown charset read as raw", S("=?X-UNKNOWN?B?5pel5pys6Kqe?="), "日本語", "(none)"},
         {"raw shift-jis, 0x5C trail", S("\x95\\\x8E" "\xA6"), "表示", "(none)"},
         {"raw jis then encoded word", S(jis + " =?UTF-8?B?5pel?="), "日本語 日", "(none)"},
+        {"raw euc-jp", S("\xC6\xFC\xCB\xDC\xB8\xEC"), "日本語", "(none)"},
+        {"raw euc-jp as declared, id too", Entity({"Subject: \xB1\xB2", "Message-ID: <\xB1\xB2@x>",
+                                                  "Content-Type: text/plain; charset=\"EUC-JP\""}, ""), "渦", "<渦@x>"},
+        {"raw sjis kana as declared", Entity({"Content-Type: text/plain; charset=Shift_JIS", "Subject: \xB1\xB2"}, ""),
+         "ｱｲ", "(none)"},
+        {"raw sjis where euc-jp is declared", Entity({"Content-Type: text/plain; charset=euc-jp", "Subject: \x95\\"}, ""),
+         "表", "(none)"},
         {"name case, blank before colon, first wins",
          Entity({"SUBJECT : 1", "subject: 2", "message-id:<1@x>", "Message-ID: <2@x>"}, ""), "1", "<1@x>"},
         {"empty field", Entity({"Subject:"}, "x"), "", "(none)"},
@@ -187,7 +194,7 @@ TEST(MsgHeaders, SubjectAndId) {
         SCOPED_TRACE(c.name);
         Parsed p = ParseAll(c.mail);
         EXPECT_EQ(Utf8(p.subject), c.subject);
-        EXPECT_EQ(p.id, c.id);
+        EXPECT_EQ(Utf8(p.id), c.id);
     }
     // The UTF-8 texts above show the bytes are CP932; a zero byte stays.
     EXPECT_EQ(ParseAll(std::string("Subject: a\0b\r\n\r\n", 16)).subject, std::string("a\0b", 3));
