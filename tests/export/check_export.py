@@ -1,14 +1,15 @@
 #!/usr/bin/python3
 """Reads back what `tqnralm export` writes, with readers that are not ours.
 
-    check_export.py TQNRALM SAMPLESTORE MODE
+    check_export.py TQNRALM SAMPLESTORE MODE [FAIL_FIRST]
 
 MODE mbox, maildir or eml: the sample store exported in that form; every
 message read back (Python's mailbox for mbox and Maildir, the email parser for
 EML) must hold the bytes `tqnralm cat` gives for it, the manifest must list
 every file and its SHA-256, and a second export must be byte-identical.
 MODE exits: the exit codes of a damaged store, a dry run and outputs that
-cannot be written.
+cannot be written. MODE siblings: with FAIL_FIRST (tests/export/fail_first.c)
+preloaded, the first child of every list fails, and the rest must be exported.
 """
 import email
 import hashlib
@@ -23,6 +24,7 @@ import sys
 import tempfile
 
 TOOL, SAMPLESTORE, MODE = sys.argv[1:4]
+FAIL_FIRST = sys.argv[4] if len(sys.argv) > 4 else None
 failures = []
 
 
@@ -38,8 +40,8 @@ def store(work, variant="default"):
     return prefix
 
 
-def tqnralm(prefix, *args):
-    env = dict(os.environ, WINEPREFIX=prefix)
+def tqnralm(prefix, *args, env=None):
+    env = dict(os.environ, WINEPREFIX=prefix, **(env or {}))
     return subprocess.run([TOOL, *args], env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 
@@ -165,6 +167,8 @@ def exits(work):
     check(len(failed) == manifest["totals"]["failed"] > 0 and all(m["code"] < 0 and "file" not in m for m in failed),
           "failed messages are listed with their code and no file")
     check(manifest["problems"] and manifest["problems"][0]["item"] == "folder", "the unreadable folder is listed")
+    folders = [f["name"] for u in manifest["users"] for a in u["accounts"] for f in a.get("folders", [])]
+    check(folders[-1:] == ["日本語"], f"the folder after the unreadable one is exported: {folders}")
 
     dry = os.path.join(work, "dry")
     run = tqnralm(prefix, "export", dry, "--dry-run")
@@ -214,9 +218,44 @@ def exits(work):
     check(sorted(os.listdir(one)) == ["manifest.json", "鈴木花子"], f"--user 1 writes {os.listdir(one)}")
 
 
+def siblings(work):
+    """Users, accounts, folders, messages: the first of each list fails (classes
+    3 to 6); every other item must be exported, and the totals add up."""
+    prefix = store(work, "threes")
+    rows = [("345", 8 * 2, 0), ("3456", 8, 8), ("6", 27, 27), ("5", 18 * 2, 0)]
+    for classes, written, unread in rows:
+        env = {"LD_PRELOAD": FAIL_FIRST, "TQNRALM_FAIL_FIRST": classes, "ASAN_OPTIONS": "verify_asan_link_order=0"}
+        fails = {c: str(c) in classes for c in (3, 4, 5, 6)}
+        # The messages that must arrive: u, a, f, m counted from 1, the first of each failing list left out.
+        ids = {f"<u{u}a{a}f{f}m{m}@example.jp>" for u in (1, 2, 3) for a in (1, 2, 3) for f in (1, 2, 3) for m in (1, 2)
+               if not (fails[3] and u == 1 or fails[4] and a == 1 or fails[5] and f == 1 or fails[6] and m == 1)}
+        out = os.path.join(work, "out-" + classes)
+        run = tqnralm(prefix, "export", out, "--quiet", env=env)
+        check(run.returncode == 1, f"{classes}: exit {run.returncode}: {run.stderr!r}")
+        with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+            manifest = json.load(f)
+        totals = manifest["totals"]
+        got = {m["message_id"] for m in manifest["messages"] if m["status"] == "written"}
+        check(got == ids, f"{classes}: {len(got)} messages written, {len(ids)} expected")
+        check((totals["written"], totals["unread"]) == (written, unread), f"{classes}: totals {totals}")
+        check(totals["expected"] == totals["written"] + totals["failed"] + totals["unread"], f"{classes}: sum {totals}")
+        problems = len(manifest["problems"])
+        lost = fails[3] + (3 - fails[3]) * (fails[4] + (3 - fails[4]) * fails[5]) + unread
+        check(problems == lost, f"{classes}: {problems} problems, {lost} expected")
+        for name in {m["file"] for m in manifest["messages"]}:
+            listed = sum(m["file"] == name for m in manifest["messages"])
+            check(len(mailbox.mbox(os.path.join(out, name), create=False)) == listed, f"{classes}: {name} read back")
+        tree = tqnralm(prefix, "tree", env=env)
+        lines = tree.stdout.decode().splitlines()
+        check(tree.returncode == 1 and sum("<error" in line for line in lines) == lost, f"{classes}: tree")
+        check(sum(line.lstrip().startswith("message [") for line in lines) == len(ids), f"{classes}: tree messages")
+
+
 with tempfile.TemporaryDirectory(prefix="tqnralm-export-") as work:
     if MODE == "exits":
         exits(work)
+    elif MODE == "siblings":
+        siblings(work)
     else:
         export_and_read(MODE, work)
 sys.exit(1 if failures else 0)

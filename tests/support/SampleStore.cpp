@@ -114,9 +114,36 @@ void BuildDamagedStore(WinePrefix& prefix) {
               Cp932("Group 閉じない\r\n  最後: last@example.jp\r\n"));
 }
 
+// Three users of three accounts of three folders of two messages, all
+// readable: a host that is made to fail on some of them must still give
+// the rest.
+void BuildThreesStore(WinePrefix& prefix) {
+    StoreWriter w(prefix);
+    w.Install(kExe);
+    w.RegistryMailbox("C:\\Mail1");
+    std::vector<std::string> uninst = {"[Files]", kExe + "=", "[Mailboxes]"};
+    for (char u = '1'; u <= '3'; ++u) uninst.push_back(std::string("C:\\Mail") + u + "\\Mailbox=");
+    w.Uninst(kInstallDir + "\\Uninst.inf", uninst);
+    for (char u = '1'; u <= '3'; ++u) {
+        const std::string mailbox = std::string("C:\\Mail") + u + "\\Mailbox";
+        w.Mailbox(mailbox);
+        for (char a = '1'; a <= '3'; ++a) {
+            const std::string account = mailbox + "\\Account" + a;
+            w.Account(account, std::string("口座") + a);
+            for (char f = '1'; f <= '3'; ++f) {
+                const std::string id = std::string("u") + u + "a" + a + "f" + f;
+                w.FolderIni(account + "\\0000000" + f + ".box", std::string("箱") + f, false);
+                w.Messages(account + "\\0000000" + f + ".box",
+                           {Message(id + " one", "<" + id + "m1@example.jp>"),
+                            Message(id + " two", "<" + id + "m2@example.jp>")});
+            }
+        }
+    }
+}
+
 const struct { const char* name; void (*build)(WinePrefix&); } kVariants[] = {
     {"default", BuildSampleStore}, {"win64", BuildWin64Store}, {"registry-only", BuildRegistryOnlyStore},
-    {"damaged", BuildDamagedStore}};
+    {"damaged", BuildDamagedStore}, {"threes", BuildThreesStore}};
 
 }  // namespace
 

@@ -38,24 +38,30 @@ bool Name(QV_OBJ obj, bool display, std::string& out) {
 
 // Calls take(child) for each child of a class; take returns whether it
 // keeps the child's reference. The result is the number of children that
-// were announced but could not be had (a failed count or enumerator counts as one).
+// were announced but could not be had (a failed count or enumerator counts
+// as one). A child that fails is passed over: the enumerator stays on it and
+// hands it out as it stands on the next call, which is dropped; only a
+// second failure ends the list there.
 int ForEachChild(QV_OBJ obj, int32_t nClass, const std::function<bool(QV_OBJ)>& take) {
     int32_t count = 0;
     QV_OBJ objs = nullptr;
     if (QV_Object_GetChildCount(obj, nClass, &count) != QV_S_OK) count = 1;
     if (QV_Object_GetChildObjects(obj, nClass, &objs) != QV_S_OK) return count > 0 ? count : 1;
-    int seen = 0, missing = 0;
-    for (;;) {
+    int position = 0, missing = 0;
+    for (;; ++position) {
         QV_OBJ item = nullptr;
-        const int32_t code = QV_Objects_GetNext(objs, &item);
-        if (code == QV_E_NO_MORE_ITEMS) break;
-        if (code != QV_S_OK) {
-            // The enumerator stays on a child that fails.
-            missing = count > seen ? count - seen : 1;
+        if (const int32_t code = QV_Objects_GetNext(objs, &item); code == QV_E_NO_MORE_ITEMS) {
             break;
+        } else if (code != QV_S_OK) {
+            ++missing;
+            if (QV_Objects_GetNext(objs, &item) != QV_S_OK) {
+                missing += count > position + 1 ? count - position - 1 : 0;
+                break;
+            }
+            QV_Object_Dispose(item);
+        } else if (!take(item)) {
+            QV_Object_Dispose(item);
         }
-        ++seen;
-        if (!take(item)) QV_Object_Dispose(item);
     }
     QV_Object_Dispose(objs);
     return missing;

@@ -37,7 +37,7 @@ public:
             if (code == QV_E_NO_MORE_ITEMS) break;
             if (code != QV_S_OK) {
                 plan_->problems.push_back({childIndex, "account", code});
-                break;
+                continue;
             }
             Account(account.get(), childIndex, u, accountNames);
         }
@@ -77,7 +77,7 @@ private:
             if (code == QV_E_NO_MORE_ITEMS) break;
             if (code != QV_S_OK) {
                 plan_->problems.push_back({childIndex, "folder", code});
-                break;
+                continue;
             }
             FolderPlan f;
             f.index = childIndex;
@@ -126,7 +126,7 @@ int MakePlan(QV_OBJ root, const ExportOptions& options, const MailWriter& writer
         if (code == QV_E_NO_MORE_ITEMS) break;
         if (code != QV_S_OK) {
             plan->problems.push_back({std::to_string(n), "user", code});
-            break;
+            continue;
         }
         // Every user takes its name, so that a user's folder is the same
         // whichever users an export asks for.

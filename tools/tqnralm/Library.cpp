@@ -53,8 +53,16 @@ std::string NameOrError(QV_OBJ obj, bool display) {
 }
 
 int32_t Children::Next(Ref* child) {
-    if (code_ != QV_S_OK) return code_;
-    return QV_Objects_GetNext(objs_.get(), child->out());
+    if (ended_) return QV_E_NO_MORE_ITEMS;
+    if (code_ != QV_S_OK) {
+        ended_ = true;
+        return code_;
+    }
+    const int32_t code = QV_Objects_GetNext(objs_.get(), child->out());
+    if (code == QV_S_OK || code == QV_E_NO_MORE_ITEMS) return code;
+    Ref failed;
+    if (QV_Objects_GetNext(objs_.get(), failed.out()) != QV_S_OK) ended_ = true;  // still stuck on it
+    return code;
 }
 
 Session::~Session() {

@@ -36,19 +36,25 @@ int32_t GetName(QV_OBJ obj, bool display, std::string* out);
 // The same, with a failure shown as "<error N>" so that a listing goes on.
 std::string NameOrError(QV_OBJ obj, bool display);
 
-// Walks the children of one class in order.
+// Walks the children of one class in order. A child that cannot be had is
+// passed over: the library keeps its enumerator on a child that fails and
+// hands that child out as it stands on the next call (a folder that could
+// not be opened comes without title or messages), so Next asks once more
+// and drops what it gets. Only when that fails too does the list end there.
 class Children {
 public:
     Children(QV_OBJ parent, int32_t nClass) { code_ = QV_Object_GetChildObjects(parent, nClass, objs_.out()); }
     // The code of the enumerator's creation.
     int32_t code() const { return code_; }
     // QV_S_OK with the next child, QV_E_NO_MORE_ITEMS at the end, or the
-    // failure; the enumerator stays on a child that fails, so stop there.
+    // failure of the child at this position (or of the enumerator's
+    // creation), after which the next call goes on with the next child.
     int32_t Next(Ref* child);
 
 private:
     Ref objs_;
     int32_t code_;
+    bool ended_ = false;
 };
 
 // The library from start to end for one command: the log, the installed

@@ -44,13 +44,14 @@ bool MailPass::Folder(FolderPlan& folder) {
     NextStep(Step::kBeginFolder).path = folder.target;
     Children messages(folder.folder.get(), QV_CLASS_MAILMESSAGE);
     Ref message;
-    int64_t position = 0;
+    int64_t position = 0, passed = 0;
     for (;; ++position) {
         int32_t code = messages.Next(&message);
         if (code == QV_E_NO_MORE_ITEMS) break;
         if (code != QV_S_OK) {
             plan_.problems.push_back({folder.index + "/" + std::to_string(position), "message", code});
-            break;
+            ++passed;
+            continue;
         }
         Step& step = NextStep(Step::kMessage);
         step.path = folder.index + "/" + std::to_string(position);
@@ -66,7 +67,8 @@ bool MailPass::Folder(FolderPlan& folder) {
         batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
         if (!HandIfFull()) return false;
     }
-    NextStep(Step::kEndFolder).unread = position < folder.expected ? folder.expected - position : 0;
+    // Messages passed over, and those the count promised but the list did not reach.
+    NextStep(Step::kEndFolder).unread = passed + (position < folder.expected ? folder.expected - position : 0);
     return true;
 }
 

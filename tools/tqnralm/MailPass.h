@@ -27,7 +27,7 @@ namespace tqnralm {
 struct MailTotals {
     int64_t written = 0;
     int64_t failed = 0;
-    int64_t unread = 0;  // expected, but the enumeration stopped before them
+    int64_t unread = 0;  // expected, but passed over or never reached by the enumeration
     uint64_t bytes = 0;
 };
 

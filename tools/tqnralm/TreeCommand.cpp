@@ -84,11 +84,10 @@ struct TreePrinter {
                 int32_t code = children.Next(&item);
                 if (code == QV_E_NO_MORE_ITEMS) break;
                 if (code != QV_S_OK) {
-                    // The enumerator stays on a child that fails: report it once.
-                    std::printf("%s<error %d>\n", std::string(static_cast<size_t>(2 * depth + 2), ' ').c_str(),
-                                static_cast<int>(code));
+                    std::printf("%s<error %d> [%s]\n", std::string(static_cast<size_t>(2 * depth + 2), ' ').c_str(),
+                                static_cast<int>(code), ((index.empty() ? "" : index + "/") + std::to_string(n)).c_str());
                     ++failures;
-                    break;
+                    continue;
                 }
                 Print(item.get(), depth + 1, (index.empty() ? "" : index + "/") + std::to_string(n));
             }
@@ -96,11 +95,15 @@ struct TreePrinter {
     }
 };
 
-// The child at a position of one class, with a reference.
+// The child at a position of one class, with a reference. A child before
+// it that fails takes its position all the same, as in `tree`.
 int32_t ChildAt(QV_OBJ parent, int32_t nClass, long index, Ref* out) {
     Children children(parent, nClass);
-    int32_t code = children.code();
-    for (long i = 0; i <= index && code == QV_S_OK; ++i) code = children.Next(out);
+    int32_t code = QV_E_NO_MORE_ITEMS;
+    for (long i = 0; i <= index; ++i) {
+        code = children.Next(out);
+        if (code == QV_E_NO_MORE_ITEMS) break;
+    }
     return code;
 }
 
