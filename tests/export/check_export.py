@@ -8,7 +8,7 @@ message read back (Python's mailbox for mbox and Maildir, the email parser for
 EML) must hold the bytes `tqnralm cat` gives for it, the manifest must list
 every file and its SHA-256, and a second export must be byte-identical.
 MODE exits: the exit codes of a damaged store, a dry run and outputs that
-cannot be written. MODE siblings: with FAIL_FIRST (tests/export/fail_first.c)
+cannot be written. MODE siblings: with FAIL_FIRST (tests/export/posix/fail_first.c)
 preloaded, the first child of every list fails, and the rest must be exported.
 """
 import email
