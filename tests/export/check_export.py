@@ -10,6 +10,9 @@ every file and its SHA-256, and a second export must be byte-identical.
 MODE exits: the exit codes of a damaged store, a dry run and outputs that
 cannot be written. MODE siblings: with FAIL_FIRST (tests/export/posix/fail_first.c)
 preloaded, the first child of every list fails, and the rest must be exported.
+MODE names: every sample store in every form: no name keeps the library's
+escapes, mbox names follow what Thunderbird opens, and Dovecot (doveadm, where
+installed) lists every Maildir folder with its messages.
 """
 import email
 import hashlib
@@ -18,6 +21,7 @@ import mailbox
 import os
 import re
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -251,11 +255,67 @@ def siblings(work):
         check(sum(line.lstrip().startswith("message [") for line in lines) == len(ids), f"{classes}: tree messages")
 
 
+def thunderbird_opens(name):
+    """What Thunderbird 153 was seen to open: no % # ;, no leading dot or
+    final tilde, at most 55 UTF-16 units."""
+    units = len(name.encode("utf-16-le")) // 2
+    return not re.search(r"[%#;]", name) and not name.startswith(".") and not name.endswith("~") and units <= 55
+
+
+def dovecot(work, maildir):
+    """{mailbox: messages} as doveadm sees a copy of the Maildir (owned by
+    nobody: Dovecot refuses root and writes its index files); None without
+    doveadm."""
+    if not shutil.which("doveadm") or os.geteuid() != 0:
+        return None
+    home = tempfile.mkdtemp(dir=work)
+    shutil.copytree(maildir, os.path.join(home, "Maildir"))
+    subprocess.run(["chown", "-R", "nobody", home], check=True)
+    run = subprocess.run(["runuser", "-u", "nobody", "--", "env", "USER=nobody", "HOME=" + home, "doveadm", "-f", "tab",
+                          "-o", f"mail_location=maildir:{home}/Maildir:UTF-8", "mailbox", "status", "messages", "*"],
+                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    check(run.returncode == 0 and not run.stderr, f"doveadm: {run.stderr[:300]!r}")
+    rows = [line.rsplit("\t", 1) for line in run.stdout.decode().splitlines()[1:]]
+    return {name: int(count) for name, count in rows}
+
+
+def names(work):
+    variants = subprocess.run([SAMPLESTORE, "--list"], check=True, stdout=subprocess.PIPE).stdout.decode().split()
+    for variant in variants:
+        prefix = store(work, variant)
+        for fmt in ("mbox", "maildir", "eml"):
+            out = os.path.join(work, f"{variant}-{fmt}")
+            tqnralm(prefix, "export", out, "--format", fmt, "--quiet")
+            with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+                manifest = json.load(f)
+            paths = [os.path.relpath(os.path.join(d, n), out) for d, dirs, files in os.walk(out) for n in dirs + files]
+            escaped = [p for p in paths if re.search(r"%(23|2f|5c)", p, re.I)]
+            check(not escaped, f"{variant} {fmt}: escapes in {escaped}")
+            accounts = [a for u in manifest["users"] for a in u["accounts"] if "same_as" not in a]
+            if fmt == "mbox":
+                for a in accounts:
+                    parts = [os.path.basename(a["path"])]
+                    parts += [p.removesuffix(".sbd") for f in a["folders"] for p in f["path"][len(a["path"]) + 1:].split("/")]
+                    bad = [p for p in parts if not thunderbird_opens(p)]
+                    check(not bad, f"{variant}: names Thunderbird does not open: {bad}")
+            if fmt == "maildir":
+                for a in accounts:
+                    seen = dovecot(work, os.path.join(out, a["path"], "Maildir"))
+                    written = [m["file"] for m in manifest["messages"] if m["status"] == "written"]
+                    want = {f["path"].split("/Maildir/.", 1)[1]: sum(w.startswith(f["path"] + "/cur/") for w in written)
+                            for f in a["folders"]}
+                    want.setdefault("INBOX", 0)
+                    check(seen is None or seen == want, f"{variant} {a['path']}: Dovecot lists {seen}, not {want}")
+
+
 with tempfile.TemporaryDirectory(prefix="tqnralm-export-") as work:
     if MODE == "exits":
         exits(work)
     elif MODE == "siblings":
         siblings(work)
+    elif MODE == "names":
+        os.chmod(work, 0o755)
+        names(work)
     else:
         export_and_read(MODE, work)
 sys.exit(1 if failures else 0)

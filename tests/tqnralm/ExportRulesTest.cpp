@@ -86,51 +86,108 @@ TEST(Mboxrd, FromLineSender) {
 }
 
 TEST(FileNames, SafeComponent) {
-    const std::string a199(199, 'a');
+    const std::string a199(199, 'a'), a60(60, 'a'), kana55 = [] {
+        std::string s;
+        for (int i = 0; i < 55; ++i) s += "\xe3\x81\x82";  // あ: one unit, three bytes
+        return s;
+    }();
+    const NameStyle kPlain = NameStyle::kPlain, kTb = NameStyle::kThunderbird, kMd = NameStyle::kMaildir;
     const struct {
         std::string name;
+        NameStyle style;
         std::string safe;
     } rows[] = {
-        {"a/b\\c:d*e?f\"g<h>i|j", "a_b_c_d_e_f_g_h_i_j"},
-        {"tab\there\x7f\xc2\x85", "tab_here__"},  // C0, DEL and C1 controls
-        {"CON", "CON_"},
-        {"con.txt", "con_.txt"},
-        {"LPT9.log.gz", "LPT9_.log.gz"},
-        {"NUL.", "NUL__"},
-        {"COM0", "COM0"},
-        {"CONSOLE", "CONSOLE"},
-        {"name.", "name_"},
-        {"name ", "name_"},
-        {"..", "._"},
-        {"", "_"},
-        {a199 + "\xe6\x97\xa5", a199},  // 202 bytes, cut inside the last character
-        {"日本語", "日本語"},
-        {"\xc0/x", "\xc0_x"},  // no UTF-8: a lead byte does not take the '/' with it
+        {"a/b\\c:d*e?f\"g<h>i|j", kPlain, "a_b_c_d_e_f_g_h_i_j"},
+        {"tab\there\x7f\xc2\x85", kPlain, "tab_here__"},  // C0, DEL and C1 controls
+        {"CON", kPlain, "CON_"},
+        {"con.txt", kPlain, "con_.txt"},
+        {"LPT9.log.gz", kPlain, "LPT9_.log.gz"},
+        {"NUL.", kPlain, "NUL__"},
+        {"COM0", kPlain, "COM0"},
+        {"CONSOLE", kPlain, "CONSOLE"},
+        {"name.", kPlain, "name_"},
+        {"name ", kPlain, "name_"},
+        {"", kPlain, "_"},
+        {a199 + "\xe6\x97\xa5", kPlain, a199},  // 202 bytes, cut inside the last character
+        {"日本語", kPlain, "日本語"},
+        {"\xc0/x", kPlain, "\xc0_x"},  // no UTF-8: a lead byte does not take the '/' with it
+        // Names that try to leave OUTDIR stay one component below it.
+        {"..", kPlain, "._"},
+        {"../../x", kPlain, ".._.._x"},
+        {"/etc/passwd", kPlain, "_etc_passwd"},
+        {"C:\\Windows", kPlain, "C__Windows"},
+        {"..", kTb, "__"},
+        {"..", kMd, "__"},
+        // What Thunderbird and Dovecot open.
+        {"a#b x;y pct%41", kPlain, "a#b x;y pct%41"},
+        {"a#b x;y pct%41", kTb, "a＃b x；y pct％41"},
+        {"a#b x;y pct%41", kMd, "a#b x;y pct%41"},
+        {".dot", kTb, "_dot"},
+        {".dot", kMd, "_dot"},
+        {"a.b.c", kMd, "a_b_c"},
+        {"a.b.c", kTb, "a.b.c"},
+        {"tilde~", kTb, "tilde_"},
+        {"tilde~", kMd, "tilde~"},
+        {"~home", kMd, "_home"},
+        {"~home", kTb, "~home"},
+        {a60, kTb, std::string(55, 'a')},
+        {a60, kMd, a60},
+        {kana55 + "\xe3\x81\x84", kTb, kana55},  // 55 characters of 168 bytes
+        {std::string(54, 'a') + "\xf0\x9f\x93\xa7", kTb, std::string(54, 'a')},  // a surrogate pair counts two
+        {std::string(54, 'a') + "~x", kTb, std::string(54, 'a') + "_"},  // the cut leaves a final "~"
+        {"表示", kTb, "表示"},  // its Shift-JIS trail byte is 0x5C
     };
-    for (const auto& row : rows) EXPECT_EQ(row.safe, SafeComponent(row.name)) << row.name;
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.safe, SafeComponent(row.name, row.style)) << row.name << " style " << static_cast<int>(row.style);
+    }
+}
+
+TEST(FileNames, LibraryEscapesUndone) {
+    const struct {
+        const char* name;
+        const char* unescaped;
+    } rows[] = {
+        {"家族 %231%2f2", "家族 #1/2"},
+        {"個人%232%2f私用%5c家", "個人#2/私用\\家"},
+        {"100%", "100%"},
+        {"%2F%5C", "%2F%5C"},  // the library writes lower case only
+        {"%2", "%2"},
+        {"%%23", "%#"},
+        {"pct%41", "pct%41"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.unescaped, UnescapeName(row.name)) << row.name;
+    EXPECT_EQ("NoTitle", LastPathComponent("C:\\Users\\taro\\AL-Mail\\Mailbox\\NoTitle"));
+    EXPECT_EQ("Account3", LastPathComponent("C:\\AL-Mail\\Mailbox\\Account3\\"));
+    EXPECT_EQ("plain", LastPathComponent("plain"));
 }
 
 bool IsReserved(const std::string& folded) { return folded == "000001.eml"; }
 
 TEST(FileNames, SiblingsThatCollide) {
     const std::string a200(200, 'a');
+    const std::vector<std::string> mbox = {".sbd", ".msf"};
     const struct {
-        const char* companion;
+        NameStyle style;
+        std::vector<std::string> companions;
         std::vector<std::string> names;
         std::vector<std::string> claimed;
     } rows[] = {
-        {"", {"Inbox", "INBOX", "inbox", "Inbox (2)"}, {"Inbox", "INBOX (2)", "inbox (3)", "Inbox (2) (2)"}},
-        {"", {"Ärger", "äRGER", "Σ", "σ", "Ж", "ж", "Ａ", "ａ"}, {"Ärger", "äRGER (2)", "Σ", "σ (2)", "Ж", "ж (2)", "Ａ", "ａ (2)"}},
-        {"", {"a:b", "a_b", "a?b"}, {"a_b", "a_b (2)", "a_b (3)"}},
-        {"", {a200, a200}, {a200, std::string(196, 'a') + " (2)"}},
-        {".sbd", {"X.sbd", "x"}, {"X.sbd", "x (2)"}},
-        {".sbd", {"x", "X.SBD"}, {"x", "X.SBD (2)"}},
+        {NameStyle::kPlain, {}, {"Inbox", "INBOX", "inbox", "Inbox (2)"}, {"Inbox", "INBOX (2)", "inbox (3)", "Inbox (2) (2)"}},
+        {NameStyle::kPlain, {}, {"Ärger", "äRGER", "Σ", "σ", "Ж", "ж", "Ａ", "ａ"},
+         {"Ärger", "äRGER (2)", "Σ", "σ (2)", "Ж", "ж (2)", "Ａ", "ａ (2)"}},
+        {NameStyle::kPlain, {}, {"a:b", "a_b", "a?b"}, {"a_b", "a_b (2)", "a_b (3)"}},
+        {NameStyle::kPlain, {}, {a200, a200}, {a200, std::string(196, 'a') + " (2)"}},
+        {NameStyle::kThunderbird, mbox, {"X.sbd", "x", "y.MSF", "Y"}, {"X.sbd", "x (2)", "y.MSF", "Y (2)"}},
+        {NameStyle::kThunderbird, mbox, {"x", "X.SBD"}, {"x", "X.SBD (2)"}},
+        {NameStyle::kThunderbird, mbox, {a200, a200}, {std::string(55, 'a'), std::string(51, 'a') + " (2)"}},
+        {NameStyle::kThunderbird, mbox, {"a#b", "a＃b"}, {"a＃b", "a＃b (2)"}},
+        {NameStyle::kMaildir, {}, {"a.b", "a_b"}, {"a_b", "a_b (2)"}},
     };
     for (const auto& row : rows) {
-        SiblingNames siblings(row.companion);
+        SiblingNames siblings(NameRules{row.style, row.companions, nullptr});
         for (size_t i = 0; i < row.names.size(); ++i) EXPECT_EQ(row.claimed[i], siblings.Claim(row.names[i]));
     }
-    SiblingNames reserved("", IsReserved);
+    SiblingNames reserved(NameRules{NameStyle::kPlain, {}, IsReserved});
     reserved.Reserve("manifest.json");
     EXPECT_EQ("000001.EML (2)", reserved.Claim("000001.EML"));
     EXPECT_EQ("Manifest.JSON (2)", reserved.Claim("Manifest.JSON"));

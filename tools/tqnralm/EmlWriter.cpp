@@ -20,7 +20,7 @@ class EmlWriter : public MailWriter {
 public:
     using MailWriter::MailWriter;
 
-    SiblingNames FolderNames() const override { return SiblingNames("", IsMessageName); }
+    NameRules FolderNames() const override { return {NameStyle::kPlain, {}, IsMessageName}; }
 
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
         std::string target = account;

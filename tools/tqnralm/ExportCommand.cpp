@@ -5,6 +5,7 @@
 #include "AddressPass.h"
 #include "Commands.h"
 #include "ExportPlan.h"
+#include "FileNames.h"
 #include "Library.h"
 #include "MailPass.h"
 #include "MailWriter.h"
@@ -26,6 +27,10 @@ namespace {
 
 Json NameJson(const std::string& name) { return name.empty() ? Json(nullptr) : Json(name); }
 
+// The name as its owner wrote it: "name" keeps the library's escaped form,
+// which identifies the object.
+Json ShownJson(const std::string& name) { return NameJson(UnescapeName(name)); }
+
 Json UsersJson(const ExportPlan& plan) {
     Json users = Json::array();
     for (const UserPlan& user : plan.users) {
@@ -33,7 +38,7 @@ Json UsersJson(const ExportPlan& plan) {
         for (const AccountPlan& account : user.accounts) {
             Json a = {{"index", account.index},
                       {"name", NameJson(account.name)},
-                      {"display_name", NameJson(account.displayName)},
+                      {"display_name", ShownJson(account.displayName)},
                       {"path", account.dir}};
             if (!account.sameAs.empty()) {
                 a["same_as"] = account.sameAs;  // written once, under that account
@@ -42,6 +47,7 @@ Json UsersJson(const ExportPlan& plan) {
                 for (const FolderPlan& folder : account.folders) {
                     folders.push_back({{"index", folder.index},
                                        {"name", NameJson(folder.name)},
+                                       {"display_name", ShownJson(folder.name)},
                                        {"path", folder.target},
                                        {"messages", folder.expected}});
                 }
@@ -49,7 +55,8 @@ Json UsersJson(const ExportPlan& plan) {
             }
             accounts.push_back(std::move(a));
         }
-        users.push_back({{"index", user.index}, {"name", NameJson(user.name)}, {"path", user.dir},
+        users.push_back({{"index", user.index}, {"name", NameJson(user.name)},
+                         {"display_name", ShownJson(user.name)}, {"path", user.dir},
                          {"accounts", std::move(accounts)}});
     }
     return users;

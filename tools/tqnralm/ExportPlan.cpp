@@ -11,10 +11,11 @@
 namespace tqnralm {
 namespace {
 
-// A name for the path; when the library cannot give one, the class and index.
+// A name for the path, as its owner wrote it; when the library cannot give
+// one, the class and index.
 std::string NameFor(QV_OBJ obj, bool display, const std::string& fallback) {
     std::string name;
-    return GetName(obj, display, &name) == QV_S_OK && !name.empty() ? name : fallback;
+    return GetName(obj, display, &name) == QV_S_OK && !name.empty() ? UnescapeName(name) : fallback;
 }
 
 class Planner {
@@ -26,7 +27,7 @@ public:
         u.index = index;
         GetName(user.get(), false, &u.name);
         u.dir = dir;
-        SiblingNames accountNames;
+        SiblingNames accountNames(writer_.AccountNames());
         // The address books go beside the accounts.
         accountNames.Reserve("addresses");
         Children accounts(user.get(), QV_CLASS_ACCOUNT);
@@ -59,7 +60,10 @@ private:
             user.accounts.push_back(std::move(a));
             return;
         }
-        const std::string shown = !a.displayName.empty() ? a.displayName : NameFor(account, false, "Account " + index);
+        // An account without a title is named after its folder on the mail client's machine.
+        const std::string shown = !a.displayName.empty() ? UnescapeName(a.displayName)
+                                  : !a.name.empty()      ? LastPathComponent(UnescapeName(a.name))
+                                                         : "Account " + index;
         a.dir = user.dir + "/" + names.Claim(shown);
         written_[a.name] = {a.index, a.dir};
         Folders(account, index, a, {});
@@ -68,7 +72,7 @@ private:
 
     // The folders below `parent` in tree order, each before its subfolders.
     void Folders(QV_OBJ parent, const std::string& index, AccountPlan& account, const std::vector<std::string>& path) {
-        SiblingNames names = writer_.FolderNames();
+        SiblingNames names(writer_.FolderNames());
         Children folders(parent, QV_CLASS_MAILFOLDER);
         Ref folder;
         for (int n = 0;; ++n) {

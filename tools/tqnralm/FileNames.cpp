@@ -46,7 +46,64 @@ uint32_t FoldCodePoint(uint32_t cp) {
     return cp;
 }
 
+// The UTF-16 units of the longest prefix of `text` that fits `maxUnits`.
+std::string CutUnits(const std::string& text, size_t maxUnits) {
+    size_t units = 0;
+    for (size_t i = 0; i < text.size();) {
+        size_t len = 1;
+        units += Decode(text, i, &len) >= 0x10000 ? 2 : 1;
+        if (units > maxUnits) return text.substr(0, i);
+        i += len;
+    }
+    return text;
+}
+
+// Cut to the longest name of the style, less `room` for a suffix.
+std::string Fit(const std::string& text, NameStyle style, size_t room) {
+    std::string out = CutUtf8(text, kMaxComponentBytes - room);
+    return style == NameStyle::kThunderbird ? CutUnits(out, kMaxThunderbirdUnits - room) : out;
+}
+
+// One character of a name as a component: "_" for what no file system
+// takes, the style's form of what its reader takes otherwise.
+void AppendCharacter(std::string& out, const std::string& name, size_t i, size_t len, uint32_t cp,
+                     NameStyle style) {
+    bool bad = cp < 0x20 || cp == 0x7F || (cp >= 0x80 && cp < 0xA0);
+    for (const char* p = "/\\:*?\"<>|"; *p != 0 && !bad; ++p) bad = cp == static_cast<unsigned char>(*p);
+    if (style == NameStyle::kMaildir && cp == '.') bad = true;
+    if (bad) {
+        out.push_back('_');
+    } else if (style == NameStyle::kThunderbird && (cp == '%' || cp == '#' || cp == ';')) {
+        AppendUtf8(out, cp - 0x20 + 0xFF00);  // the full-width form: U+FF05, U+FF03, U+FF1B
+    } else {
+        out.append(name, i, len);
+    }
+}
+
 }  // namespace
+
+std::string UnescapeName(const std::string& name) {
+    std::string out;
+    out.reserve(name.size());
+    for (size_t i = 0; i < name.size(); ++i) {
+        const std::string code = name.compare(i, 1, "%") == 0 ? name.substr(i + 1, 2) : "";
+        const char c = code == "23" ? '#' : code == "2f" ? '/' : code == "5c" ? '\\' : 0;
+        if (c != 0) {
+            out.push_back(c);
+            i += 2;
+        } else {
+            out.push_back(name[i]);
+        }
+    }
+    return out;
+}
+
+std::string LastPathComponent(const std::string& path) {
+    std::string trimmed = path;
+    while (!trimmed.empty() && (trimmed.back() == '\\' || trimmed.back() == '/')) trimmed.pop_back();
+    const size_t slash = trimmed.find_last_of("\\/");
+    return slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
+}
 
 std::string CutUtf8(const std::string& text, size_t maxBytes) {
     if (text.size() <= maxBytes) return text;
@@ -55,27 +112,24 @@ std::string CutUtf8(const std::string& text, size_t maxBytes) {
     return text.substr(0, end);
 }
 
-std::string SafeComponent(const std::string& name) {
+std::string SafeComponent(const std::string& name, NameStyle style) {
     std::string out;
     out.reserve(name.size());
     for (size_t i = 0; i < name.size();) {
         size_t len = 1;
         uint32_t cp = Decode(name, i, &len);
-        bool bad = cp < 0x20 || cp == 0x7F || (cp >= 0x80 && cp < 0xA0);
-        for (const char* p = "/\\:*?\"<>|"; *p != 0 && !bad; ++p) bad = cp == static_cast<unsigned char>(*p);
-        if (bad) {
-            out.push_back('_');
-        } else {
-            out.append(name, i, len);
-        }
+        AppendCharacter(out, name, i, len, cp, style);
         i += len;
     }
     if (out.empty()) out = "_";
     size_t dot = out.find('.');
     if (IsDeviceName(out.substr(0, dot))) out.insert(dot == std::string::npos ? out.size() : dot, "_");
-    out = CutUtf8(out, kMaxComponentBytes);
+    if ((style == NameStyle::kThunderbird && out[0] == '.') || (style == NameStyle::kMaildir && out[0] == '~'))
+        out[0] = '_';
+    out = Fit(out, style, 0);
     if (out.empty()) out = "_";  // only when the name was no UTF-8 at all
-    if (out.back() == '.' || out.back() == ' ') out.back() = '_';
+    if (out.back() == '.' || out.back() == ' ' || (style == NameStyle::kThunderbird && out.back() == '~'))
+        out.back() = '_';
     return out;
 }
 
@@ -97,22 +151,26 @@ std::string FoldCase(const std::string& name) {
 }
 
 bool SiblingNames::Free(const std::string& candidate) const {
-    const std::string key = FoldCase(candidate);
-    if (taken_.count(key) != 0 || (reserved_ != nullptr && reserved_(key))) return false;
-    if (companion_.empty()) return true;
-    const std::string companion = FoldCase(candidate + companion_);
-    return taken_.count(companion) == 0 && (reserved_ == nullptr || !reserved_(companion));
+    auto taken = [&](const std::string& name) {
+        const std::string key = FoldCase(name);
+        return taken_.count(key) != 0 || (rules_.reserved != nullptr && rules_.reserved(key));
+    };
+    if (taken(candidate)) return false;
+    for (const std::string& companion : rules_.companions) {
+        if (taken(candidate + companion)) return false;
+    }
+    return true;
 }
 
 std::string SiblingNames::Claim(const std::string& name) {
-    const std::string safe = SafeComponent(name);
+    const std::string safe = SafeComponent(name, rules_.style);
     std::string candidate = safe;
     for (int n = 2; !Free(candidate); ++n) {
         const std::string suffix = " (" + std::to_string(n) + ")";
-        candidate = CutUtf8(safe, kMaxComponentBytes - suffix.size()) + suffix;
+        candidate = Fit(safe, rules_.style, suffix.size()) + suffix;
     }
     taken_.insert(FoldCase(candidate));
-    if (!companion_.empty()) taken_.insert(FoldCase(candidate + companion_));
+    for (const std::string& companion : rules_.companions) taken_.insert(FoldCase(candidate + companion));
     return candidate;
 }
 

@@ -29,8 +29,10 @@ public:
     explicit MailWriter(Output& output) : output_(output) {}
     virtual ~MailWriter() = default;
 
-    // The rules for the names of the folders of one parent.
-    virtual SiblingNames FolderNames() const { return SiblingNames(); }
+    // The rules for the names of the folders of one parent, and of the
+    // accounts of one user.
+    virtual NameRules FolderNames() const { return {}; }
+    virtual NameRules AccountNames() const { return {}; }
     // A folder's target relative to OUTDIR, from the account's folder and the
     // folder's safe names from the top down.
     virtual std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const = 0;

@@ -1,7 +1,7 @@
 // Maildir++ as Dovecot and Courier read it: OUTDIR/<user>/<account>/Maildir
 // with cur, new and tmp, and each folder beside them as ".Folder.Sub" with
-// its own three. Folder names stay UTF-8 (Dovecot's ":UTF-8" option), and a
-// dot inside a name, the hierarchy separator, becomes "_". Each message is
+// its own three. Folder names stay UTF-8 (Dovecot's ":UTF-8" option), made
+// by the Maildir rules of FileNames.h. Each message is
 // the file cur/NNNNNN.<hash>:2,S: its position in the folder from 1 and the
 // start of its SHA-256, so two exports name it alike, seen ("S") so that
 // Dovecot takes it as old mail.
@@ -18,16 +18,18 @@ bool MakeMaildir(Output& output, const std::string& dir) {
            output.MakeDir(dir + "/tmp");
 }
 
+// Dovecot takes a folder "INBOX", in any case, for the inbox itself.
+bool IsInboxName(const std::string& folded) { return folded == "inbox"; }
+
 class MaildirWriter : public MailWriter {
 public:
     using MailWriter::MailWriter;
 
+    NameRules FolderNames() const override { return {NameStyle::kMaildir, {}, IsInboxName}; }
+
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
         std::string target = account + "/Maildir/";
-        for (const std::string& name : names) {
-            target += '.';
-            for (char c : name) target += c == '.' ? '_' : c;
-        }
+        for (const std::string& name : names) target += "." + name;
         return target;
     }
 

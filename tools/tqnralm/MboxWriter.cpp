@@ -12,8 +12,11 @@ class MboxWriter : public MailWriter {
 public:
     using MailWriter::MailWriter;
 
-    // "X" also takes "X.sbd", so no sibling's file lands on that directory.
-    SiblingNames FolderNames() const override { return SiblingNames(".sbd"); }
+    // "X" also takes "X.sbd" and "X.msf", so no sibling's file lands on that
+    // directory or on the summary Thunderbird writes. An account's folder
+    // becomes a folder of Local Folders when it is copied in.
+    NameRules FolderNames() const override { return {NameStyle::kThunderbird, {".sbd", ".msf"}, nullptr}; }
+    NameRules AccountNames() const override { return {NameStyle::kThunderbird, {}, nullptr}; }
 
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
         std::string target = account;
