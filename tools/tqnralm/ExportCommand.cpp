@@ -138,6 +138,7 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     Progress progress(!options.quiet && !options.dryRun && os::StderrIsTerminal(), plan.expected);
     MailTotals totals;
     MailPass pass(*writer, output, listing, progress, plan);
+    pass.KeepRawHeaders(options.raw);
     if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), listing);
     if (!options.mail) plan.expected = 0;
     // The address books after the mail, listed after the messages.

@@ -4,7 +4,9 @@
 #include <exception>
 #include <thread>
 
+#include "HeaderRewrite.h"
 #include "Library.h"
+#include "Sha256.h"
 
 namespace tqnralm {
 
@@ -57,12 +59,13 @@ bool MailPass::Folder(FolderPlan& folder) {
         step.path = folder.index + "/" + std::to_string(position);
         step.position = position;
         step.hasId = GetName(message.get(), false, &step.messageId) == QV_S_OK;
-        step.hasSubject = GetName(message.get(), true, &step.subject) == QV_S_OK;
         QV_MAIL_DATA data;
         step.code = QV_MailMessage_GetData(message.get(), &data);
         if (step.code == QV_S_OK) {
             step.data.assign(data.pszMailText, data.nMailTextLen);
             data.pfnFree(data.pszMailText);
+        } else {  // the writer decodes the subject from the header; without one, the library's is all there is
+            step.hasSubject = GetName(message.get(), true, &step.subject) == QV_S_OK;
         }
         batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
         if (!HandIfFull()) return false;
@@ -155,13 +158,25 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
         ++totals->failed;
         progress_.Step(0);
     } else {
+        std::string subject;
+        entry["subject"] = DecodeSubject(step.data, &subject) ? Json(subject) : Json(nullptr);
+        const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
+        const std::string& text = rewritten ? rewritten_ : step.data;
         WrittenMessage written;
         const uint64_t before = output_.bytes();
-        if (!writer_.WriteMessage(step.position, step.data.data(), step.data.size(), &written)) return false;
+        if (!writer_.WriteMessage(step.position, text.data(), text.size(), &written)) return false;
         entry["file"] = written.file;
         if (written.shared) entry["offset"] = written.offset;
         entry["length"] = written.length;
         entry["sha256"] = written.sha256;
+        if (rewritten || written.shared) {
+            Sha256 hash;
+            hash.Update(step.data.data(), step.data.size());
+            entry["library_sha256"] = hash.HexDigest();
+        } else {
+            entry["library_sha256"] = written.sha256;  // the same bytes
+        }
+        entry["headers_rewritten"] = rewritten;
         entry["status"] = "written";
         ++totals->written;
         totals->bytes += output_.bytes() - before;

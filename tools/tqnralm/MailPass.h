@@ -37,6 +37,10 @@ public:
         : writer_(writer), output_(output), manifest_(manifest), progress_(progress), plan_(plan),
           queue_(kQueueBytes) {}
 
+    // Writes each message exactly as the library gives it, not with its raw
+    // 8-bit header fields made into encoded words (HeaderRewrite.h).
+    void KeepRawHeaders(bool raw) { keepRaw_ = raw; }
+
     // False when the output failed (the export stops); read failures are
     // counted in the totals and listed in the plan's problems.
     bool Run(MailTotals* totals);
@@ -88,6 +92,8 @@ private:
     StepQueue<Batch> queue_;
     std::mutex spareMutex_;
     std::vector<Batch> spare_;
+    bool keepRaw_ = false;
+    std::string rewritten_;  // the writer's copy of a message whose header it rewrote
 };
 
 }  // namespace tqnralm

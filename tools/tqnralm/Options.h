@@ -35,6 +35,7 @@ struct ExportOptions {
     bool dryRun = false;     // plan only: print targets and counts, write nothing
     bool force = false;      // add to an OUTDIR that holds other files
     bool quiet = false;      // no status line on a terminal
+    bool raw = false;        // messages exactly as the library gives them: no header rewriting
     bool mail = true;        // export the mail
     bool addresses = true;   // export the address books
     AddressForms addressForms;

@@ -72,6 +72,9 @@ int main(int argc, char** argv) {
     exportCommand->add_flag("--force", exportOptions.force,
                             "Add to an OUTDIR that holds other files (nothing is ever overwritten)");
     exportCommand->add_flag("--quiet", exportOptions.quiet, "No status line, only the summary");
+    exportCommand->add_flag("--raw", exportOptions.raw,
+                            "Write each message exactly as the mail client holds it (raw 8-bit header fields "
+                            "are not made readable)");
     std::string addressForms = "vcard,ldif,csv";
     exportCommand
         ->add_option("--addresses", addressForms,
