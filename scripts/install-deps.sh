@@ -19,8 +19,9 @@ command -v clang++ >/dev/null || need+=(clang)
 [ -x /usr/bin/python3 ] || need+=(python3)
 /usr/bin/python3 -c 'import vobject' 2>/dev/null || need+=(python3-vobject)
 /usr/bin/python3 -c 'import ldif' 2>/dev/null || need+=(python3-ldap)
-# Dovecot's doveadm reads the Maildir export back as a mail server would.
-command -v doveadm >/dev/null || need+=(dovecot-core)
+# Dovecot's doveadm reads the Maildir export back and searches it as an IMAP
+# server would.
+command -v doveadm >/dev/null || need+=(dovecot-core dovecot-imapd)
 dpkg -s libclang-rt-14-dev >/dev/null 2>&1 || [ -n "$(ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a 2>/dev/null)" ] || need+=(libclang-rt-dev)
 if [ "${TQNRALM_NEED_MINGW:-0}" = 1 ]; then
   command -v i686-w64-mingw32-g++-posix >/dev/null || need+=(g++-mingw-w64-i686-posix)

@@ -3,10 +3,13 @@
 
     check_export.py TQNRALM SAMPLESTORE MODE [FAIL_FIRST]
 
-MODE mbox, maildir or eml: the sample store exported in that form; every
-message read back (Python's mailbox for mbox and Maildir, the email parser for
-EML) must hold the bytes `tqnralm cat` gives for it, the manifest must list
-every file and its SHA-256, and a second export must be byte-identical.
+MODE mbox, maildir or eml: the sample store exported in that form with --raw;
+every message read back (Python's mailbox for mbox and Maildir, the email
+parser for EML) must hold the bytes `tqnralm cat` gives for it, the manifest
+must list every file and its SHA-256, and a second export must be
+byte-identical. Then without --raw: the raw Shift_JIS subject must read back
+(policy.default; Dovecot's SEARCH too where doveadm is installed), and every
+other byte as with --raw.
 MODE exits: the exit codes of a damaged store, a dry run and outputs that
 cannot be written. MODE siblings: with FAIL_FIRST (tests/export/posix/fail_first.c)
 preloaded, the first child of every list fails, and the rest must be exported.
@@ -15,6 +18,7 @@ escapes, mbox names follow what Thunderbird opens, and Dovecot (doveadm, where
 installed) lists every Maildir folder with its messages.
 """
 import email
+import email.policy
 import hashlib
 import json
 import mailbox
@@ -125,7 +129,7 @@ def export_and_read(fmt, work):
         os.utime(path, ns=(mtime - 10**9, mtime))  # an access time that a read would move on
     before = store_state(prefix)
     out = os.path.join(work, "out")
-    run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet")
+    run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet", "--raw")
     check(store_state(prefix) == before, "the store is left as it was, its access times too")
     check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
     check(run.stderr.decode().startswith("tqnralm: export: 7 written, 0 failed"), f"summary {run.stderr!r}")
@@ -155,8 +159,74 @@ def export_and_read(fmt, work):
     read_back(fmt, out, manifest, api)
 
     again = os.path.join(work, "again")
-    check(tqnralm(prefix, "export", again, "--format", fmt, "--quiet").returncode == 0, "second export")
+    check(tqnralm(prefix, "export", again, "--format", fmt, "--quiet", "--raw").returncode == 0, "second export")
     check(tree_files(again) == files, "two exports are byte-identical")
+    readable(fmt, work, prefix, manifest, files, api)
+
+
+def message_bytes(files, entry):
+    """A message as written, without the mbox From line and quoting."""
+    data = files[entry["file"]][entry.get("offset", 0):entry.get("offset", 0) + entry["length"]]
+    return unquote(data.split(b"\n", 1)[1]) if "offset" in entry else data
+
+
+def dovecot_subjects(account, text):
+    """The mailboxes in which Dovecot's SEARCH finds text in a Subject; None without doveadm."""
+    doveadm = shutil.which("doveadm") or shutil.which("doveadm", path="/usr/bin")
+    if doveadm is None:
+        return None
+    command = [doveadm, "-o", f"mail_location=maildir:{account}/Maildir:UTF-8", "fetch", "mailbox",
+               "mailbox", "*", "subject", text]
+    env = dict(os.environ, USER="nobody" if os.geteuid() == 0 else os.environ.get("USER", ""), HOME=account)
+    if os.geteuid() == 0:  # Dovecot refuses root: nobody reads (and indexes) a copy
+        for folder, dirs, names in os.walk(account):
+            for name in dirs + names:
+                os.chmod(os.path.join(folder, name), 0o777 if name in dirs else 0o666)
+        folder = account
+        while folder != os.path.dirname(folder):
+            if not os.stat(folder).st_mode & 0o001:
+                os.chmod(folder, os.stat(folder).st_mode | 0o755)
+            folder = os.path.dirname(folder)
+        os.chmod(account, 0o777)
+        command = ["runuser", "-u", "nobody", "--", "env", "USER=nobody", f"HOME={account}"] + command
+    run = subprocess.run(command, env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
+    check(run.returncode == 0, f"doveadm: {run.stderr!r}")
+    return [line[len("mailbox: "):] for line in run.stdout.decode().splitlines() if line.startswith("mailbox: ")]
+
+
+def readable(fmt, work, prefix, raw_manifest, raw_files, api):
+    """The default export: the raw Shift_JIS subject made readable, every other byte as with --raw."""
+    out = os.path.join(work, "readable")
+    run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet", "--no-addresses")
+    check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        manifest = json.load(f)
+    files = tree_files(out)
+    raw = {m["index"]: m for m in raw_manifest["messages"]}
+    for m in manifest["messages"]:
+        index = m["index"]
+        check(m["library_sha256"] == raw[index]["library_sha256"] == hashlib.sha256(api[index]).hexdigest(),
+              f"{index}: the SHA-256 of the library's bytes")
+        check(not raw[index]["headers_rewritten"], f"{index}: --raw rewrites nothing")
+        check(m["headers_rewritten"] == (m["message_id"] == "<sjis@example.jp>"), f"{index}: headers_rewritten")
+        data, before = message_bytes(files, m), message_bytes(raw_files, raw[index])
+        if m["headers_rewritten"]:
+            body = [re.split(rb"\n\r?\n", text, maxsplit=1)[-1] for text in (data, before)]
+            check(body[0] == body[1], f"{index}: the body as it was")
+            parsed = email.message_from_bytes(data, policy=email.policy.default)
+            check(str(parsed["Subject"]) == m["subject"] == "請求書について", f"{index}: subject {m['subject']!r}")
+        else:
+            check(data == before, f"{index}: the bytes of --raw")
+    subjects = {m["message_id"]: m["subject"] for m in manifest["messages"]}
+    check(subjects["<utf8@example.jp>"] == "Réunion 日本語テスト", "the manifest's subject in full Unicode")
+    if fmt == "maildir":
+        account = os.path.join(out, "山田太郎", "仕事")
+        found = dovecot_subjects(account, "請求書")
+        check(found is None or found == ["プロジェクト.見積もり"], f"Dovecot's SEARCH SUBJECT finds {found}")
+        if found is not None:  # the raw bytes: mojibake to Dovecot
+            check(dovecot_subjects(os.path.join(work, "out", "山田太郎", "仕事"), "請求書") == [], "--raw: no match")
+        if found:
+            print("Dovecot's SEARCH CHARSET UTF-8 SUBJECT 請求書 finds the message")
 
 
 def exits(work):
