@@ -249,7 +249,7 @@ def exits(work):
     check(run.returncode == 0 and not os.path.exists(dry), f"dry run: exit {run.returncode}, writes nothing")
     lines = run.stdout.decode().splitlines()
     check("       3  山田太郎/仕事/プロジェクト.sbd/見積もり" in lines, "dry run: a folder's count and target")
-    check(lines[-1] == "7 messages in 8 folders, 1978 bytes to write", f"dry run totals: {lines[-1]!r}")
+    check(lines[-1] == "7 messages in 8 folders, 2004 bytes to write", f"dry run totals: {lines[-1]!r}")
 
     mine = os.path.join(work, "mine")
     os.makedirs(os.path.join(mine, "山田太郎", "仕事"))
