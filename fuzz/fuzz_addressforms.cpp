@@ -2,12 +2,13 @@
 // input is cut at zero bytes into texts that fill the fields of addresses in
 // turn, open a group (a text that begins with 0x01) or close one (0x02). The
 // texts are cleaned as the export cleans what the library gives, then the
-// three forms must keep their rules: vCard lines of at most 75 octets ended
-// by CR LF in valid UTF-8, LDIF in ASCII lines of at most 76, CSV quotes
-// balanced in every row.
+// three forms must keep their rules: vCard lines (persons and groups) of at
+// most 75 octets ended by CR LF in valid UTF-8, LDIF in ASCII lines of at
+// most 76 with no dn twice, CSV quotes balanced in every row.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -76,14 +77,25 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const BookLayout layout = LayOut(book);
 
-    const std::string vcard = WriteVCard(layout);
-    Check(ValidUtf8(vcard));
-    for (const std::string& line : Lines(vcard, "\r\n")) {
-        Check(line.size() <= 75 && line.find_first_of("\r\n") == std::string::npos);
+    for (const std::string& vcard : {WriteVCard(layout), WriteVCardGroups(layout)}) {
+        Check(ValidUtf8(vcard));
+        for (const std::string& line : Lines(vcard, "\r\n")) {
+            Check(line.size() <= 75 && line.find_first_of("\r\n") == std::string::npos);
+        }
     }
+    // The dn lines unfolded: each one once.
+    std::set<std::string> dns;
+    std::string* last = nullptr;
+    std::string dn;
     for (const std::string& line : Lines(WriteLdif(layout), "\n")) {
         Check(line.size() <= 76);
         for (char c : line) Check(static_cast<unsigned char>(c) < 0x80 && c != '\r');
+        if (last != nullptr && !line.empty() && line[0] == ' ') {
+            *last += line.substr(1);
+            continue;
+        }
+        if (last != nullptr) Check(dns.insert(*last).second);
+        last = line.compare(0, 3, "dn:") == 0 ? &(dn = line) : nullptr;
     }
     const std::string csv = WriteCsv(layout);
     Check(ValidUtf8(csv));

@@ -44,7 +44,9 @@ TEST(AddressForms, VCardFoldAndEscape) {
         {"a character that just fits", std::string(72, 'a') + "あ", std::string(72, 'a') + "あ\r\n"},
     };
     for (const auto& c : folds) EXPECT_EQ(c.folded, VCardFold(c.line)) << c.name;
-    EXPECT_EQ("a\\\\b\\,c\\;d\\ne:f", VCardEscape("a\\b,c;d\ne:f"));
+    // A single text value keeps ";" as it is; a component of N, ADR or ORG escapes it.
+    EXPECT_EQ("a\\\\b\\,c;d\\ne:f", VCardEscape("a\\b,c;d\ne:f", false));
+    EXPECT_EQ("a\\\\b\\,c\\;d\\ne:f", VCardEscape("a\\b,c;d\ne:f", true));
 }
 
 TEST(AddressForms, LdifValues) {
@@ -156,7 +158,7 @@ TEST(AddressForms, CombinedFields) {
         {&vcard, "\r\nN;SORT-AS=\"やまだ,た ろう\":山田;太郎;;;\r\n"},
         {&vcard, "\r\nX-BIRTHDAY:1月1日\r\n"},
         {&vcard, "\r\nX-EXTRA;X-NAME=\"誕生日\":x\r\n"},
-        {&vcard, "\r\nX-MINE:y\\;z\r\n"},
+        {&vcard, "\r\nX-MINE:y;z\r\n"},
         {&ldif, "\nfacsimiletelephonenumber: 2\n"},
         // The notes keep what Thunderbird has no field for.
         {&ldif, "\n" + LdifLine("description", "n\nPhonetic Last Name: やまだ\nPhonetic First Name: た,ろう\n"
@@ -230,18 +232,88 @@ TEST(AddressForms, NestingAndMerging) {
 }
 
 // A group's card names its cards and its subgroups' group cards; the UIDs come
-// from the book. (The LDIF lists, the CSV groups and two exports alike are
-// read back by check_addresses.py.)
+// from the book. The persons' file holds no group card. (The LDIF lists, the
+// CSV groups and two exports alike are read back by check_addresses.py.)
 TEST(AddressForms, GroupCardsAndUids) {
     AddressBook book;
     book.user = "u", book.name = "b";
     book.top.groups = {AddressGroup{"g", {Named("a", "a@x")}, {AddressGroup{"h", {}, {}}}}};
     const BookLayout l = LayOut(book);
-    EXPECT_NE(std::string::npos, WriteVCard(l).find("KIND:group\r\nUID:urn:uuid:" + l.lists[0].uid +
-                                                    "\r\nFN:g\r\nMEMBER:urn:uuid:" + l.cards[0].uid +
-                                                    "\r\nMEMBER:urn:uuid:" + l.lists[1].uid + "\r\nEND:VCARD"));
+    EXPECT_EQ(0u, WriteVCardGroups(l).find("BEGIN:VCARD\r\nVERSION:4.0\r\nKIND:group\r\nUID:urn:uuid:" +
+                                           l.lists[0].uid + "\r\nFN:g\r\nMEMBER:urn:uuid:" + l.cards[0].uid +
+                                           "\r\nMEMBER:urn:uuid:" + l.lists[1].uid + "\r\nEND:VCARD"));
+    EXPECT_EQ(std::string::npos, WriteVCard(l).find("KIND"));
+    book.top.groups.clear();
+    EXPECT_EQ("", WriteVCardGroups(LayOut(book)));
     book.name = "c";
+    book.top.addresses = {Named("a", "a@x")};
     EXPECT_NE(l.cards[0].uid, LayOut(book).cards[0].uid);
+}
+
+// The dn and member lines of a book's LDIF, in order.
+std::vector<std::string> DnLines(const std::string& ldif) {
+    std::vector<std::string> out;
+    for (size_t start = 0; start < ldif.size();) {
+        size_t end = ldif.find('\n', start);
+        const std::string line = ldif.substr(start, end - start);
+        if (line.compare(0, 3, "dn:") == 0 || line.compare(0, 7, "member:") == 0) out.push_back(line);
+        start = end + 1;
+    }
+    return out;
+}
+
+std::string Join(const std::vector<std::string>& lines) {
+    std::string out;
+    for (const std::string& l : lines) out += l + "|";
+    return out;
+}
+
+TEST(AddressForms, LdifNamesAreUnique) {
+    Address noted = Named("a", "a@x");
+    noted[kNote] = "other";
+    struct { const char* name; AddressGroup top; std::string lines; } rows[] = {
+        {"a list named like a person without address",
+         AddressGroup{"", {Named("g", "")}, {AddressGroup{"g", {Named("g", "")}, {}}}},
+         "dn: cn=g|dn: cn=g (2)|member: cn=g|"},
+        {"two cards of one name and address", AddressGroup{"", {}, {AddressGroup{"l", {Named("a", "a@x"), noted}, {}}}},
+         "dn: cn=a,mail=a@x|dn: cn=a (2),mail=a@x|dn: cn=l|member: cn=a,mail=a@x|member: cn=a (2),mail=a@x|"},
+        {"names that differ in case only",
+         AddressGroup{"", {Named("A", ""), Named("a", "")}, {AddressGroup{"A (2)", {}, {}}}},
+         "dn: cn=A|dn: cn=a (2)|dn: cn=A (2) (2)|"},
+        {"the same name with another address", AddressGroup{"", {Named("a", "a@x"), Named("a", "b@x")}, {}},
+         "dn: cn=a,mail=a@x|dn: cn=a,mail=b@x|"},
+    };
+    for (const auto& r : rows) {
+        AddressBook book;
+        book.top = r.top;
+        EXPECT_EQ(r.lines, Join(DnLines(WriteLdif(LayOut(book))))) << r.name;
+    }
+}
+
+// Equal content gives equal digests whatever the book is called, so a file
+// listed twice is written once; any difference in content keeps both.
+TEST(AddressForms, ContentDigest) {
+    const AddressGroup base{"", {Named("a", "a@x")}, {AddressGroup{"g", {Named("b", "b@x")}, {}}}};
+    AddressGroup renamedGroup = base, otherField = base, moved = base, extra = base;
+    renamedGroup.groups[0].name = "h";
+    otherField.groups[0].addresses[0][kNote] = "n";
+    moved.addresses.swap(moved.groups[0].addresses);
+    extra.addresses[0].extras = {{"k", "v"}};
+    AddressBook first;
+    first.user = "u", first.name = "標準のアドレス帳", first.top = base;
+    struct { const char* name; AddressGroup top; const char* bookName; bool equal; } rows[] = {
+        {"the same file under another name", base, "Address", true},
+        {"a group renamed", renamedGroup, "Address", false},
+        {"a field differs", otherField, "Address", false},
+        {"addresses in other groups", moved, "Address", false},
+        {"an extra pair", extra, "Address", false},
+    };
+    for (const auto& r : rows) {
+        AddressBook b;
+        b.user = "v", b.name = r.bookName, b.top = r.top;
+        EXPECT_EQ(r.equal, b.ContentDigest() == first.ContentDigest()) << r.name;
+    }
+    EXPECT_EQ("", AddressBook().ContentDigest());
 }
 
 }  // namespace

@@ -5,7 +5,8 @@ readers: vobject for vCard, python-ldap's ldif for LDIF and csv for CSV.
 usage: check_addresses.py TQNRALM SAMPLESTORE
 
 Every address and group that `tqnralm tree` shows must be found in all three
-forms with its fields, and two exports must be byte-identical."""
+forms with its fields, and two exports must be byte-identical. A book whose
+file the settings list again (in another case) is written once."""
 import csv
 import filecmp
 import hashlib
@@ -65,18 +66,31 @@ def check_manifest(out, books):
         manifest = json.load(f)
     listed = manifest["address_books"]
     check(len(listed) == len(books), f"manifest: {len(listed)} books")
+    paths = {e["path"]: e for e in listed if "same_as" not in e}
     for entry in listed:
         user = next(u["name"] for u in manifest["users"] if u["index"] == entry["user"])
         book = books.get((user, entry["name"]), {"groups": {}, "top": []})
+        if "same_as" in entry:
+            first = paths.get(entry["same_as"])
+            check(first is not None and entry["path"] == entry["same_as"] and entry["files"] == [],
+                  f"manifest: {entry['name']} same as {entry['same_as']}")
+            if first is not None:
+                first_user = next(u["name"] for u in manifest["users"] if u["index"] == first["user"])
+                check(books.get((first_user, first["name"])) == book, f"manifest: {entry['name']} differs from its first")
+            continue
         addresses = len(book["top"]) + sum(len(m) for m in book["groups"].values())
         check(entry["groups"] == {"expected": len(book["groups"]), "written": len(book["groups"]), "failed": 0}
               and entry["addresses"]["written"] == addresses, f"manifest: counts of {entry['path']}")
-        check(len(entry["files"]) == 3, f"manifest: files of {entry['path']}")
+        forms = sorted(f["form"] for f in entry["files"])
+        check(forms == sorted(["vcard", "ldif", "csv"] + (["vcard-groups"] if book["groups"] else [])),
+              f"manifest: files of {entry['path']}: {forms}")
         for f in entry["files"]:
             data = open(os.path.join(out, f["path"]), "rb").read()
             check(len(data) == f["bytes"] and hashlib.sha256(data).hexdigest() == f["sha256"], f"manifest: {f['path']}")
     totals = manifest["totals"]["address_books"]
     check(totals["books"] == {"expected": len(books), "written": len(books), "failed": 0}, f"totals {totals}")
+    names = {u["index"]: u["name"] for u in manifest["users"]}
+    return {(names[e["user"]], e["name"]) for e in listed if "same_as" not in e}
 
 
 def run(tqnralm, prefix, *args):
@@ -88,10 +102,17 @@ def subtree(groups, path):
     return {a for p, members in groups.items() if p == path or p.startswith(path + "/") for a in members}
 
 
-def check_vcard(text, book, name):
-    cards = list(vobject.readComponents(text))
-    persons = [c for c in cards if "kind" not in c.contents]
-    lists = {c.fn.value: c for c in cards if "kind" in c.contents}
+def check_vcard(text, groups_text, book, name):
+    persons = list(vobject.readComponents(text))
+    check(all("kind" not in c.contents for c in persons), f"{name}.vcf: a group card among the persons")
+    group_cards = list(vobject.readComponents(groups_text)) if groups_text else []
+    check(all(c.kind.value == "group" for c in group_cards), f"{name}.groups.vcf: a card that is no group")
+    cards = persons + group_cards
+    lists = {c.fn.value: c for c in group_cards}
+    # FN is a single text value: a ";" in it stands unescaped.
+    for line in (text + groups_text).replace("\r\n ", "").split("\r\n"):
+        if line.startswith("FN:"):
+            check(not re.search(r"(^|[^\\])(\\\\)*\\;", line[3:]), f"{name}.vcf: escaped ';' in {line}")
     by_uid = {c.uid.value: c for c in cards}
     found = {(c.fn.value, c.email.value if "email" in c.contents else "") for c in persons}
     for path, members in list(book["groups"].items()) + [("", book["top"])]:
@@ -114,7 +135,11 @@ def check_ldif(text, book, name):
     parser.parse()
     persons = {}
     lists = {}
+    dns = [dn.lower() for dn, _ in parser.all_records]
+    check(len(dns) == len(set(dns)), f"{name}.ldif: a dn twice: {sorted(d for d in dns if dns.count(d) > 1)}")
     for dn, entry in parser.all_records:
+        for member in entry.get("member", []):
+            check(member.decode().lower() in dns, f"{name}.ldif: member {member.decode()} of {dn} names no entry")
         classes = {v.decode() for v in entry["objectclass"]}
         if "groupOfNames" in classes:
             lists[entry["cn"][0].decode()] = {v.decode() for v in entry.get("member", [])}
@@ -159,7 +184,7 @@ def check_csv(data, book, name):
 def main():
     tqnralm, samplestore = sys.argv[1:3]
     # Every variant of the store: the damaged one has deep and unclosed groups.
-    for variant in ("default", "damaged", "win64", "registry-only"):
+    for variant in ("default", "damaged", "win64", "registry-only", "listed-twice"):
         with tempfile.TemporaryDirectory() as work:
             check_store(tqnralm, samplestore, variant, work)
     for f in failures:
@@ -169,7 +194,17 @@ def main():
 
 def check_store(tqnralm, samplestore, variant, work):
     prefix = os.path.join(work, "prefix")
-    subprocess.run([samplestore, prefix, variant], check=True, capture_output=True)
+    subprocess.run([samplestore, prefix, "default" if variant == "listed-twice" else variant], check=True,
+                   capture_output=True)
+    if variant == "listed-twice":
+        # The default file and friends.txt listed again, in other cases, and
+        # a file whose person and group share a name.
+        mailbox = os.path.join(prefix, "drive_c", "AL-Mail", "Mailbox")
+        with open(os.path.join(mailbox, "Mailbox.ini"), "w", newline="") as f:
+            f.write("[Property]\r\nAddressFile=*x;C:\\AL-Mail\\Mailbox\\friends.txt;c:\\al-mail\\MAILBOX\\address;"
+                    "C:\\AL-Mail\\Mailbox\\FRIENDS.TXT;C:\\AL-Mail\\Mailbox\\team.txt\r\n")
+        with open(os.path.join(mailbox, "team.txt"), "w", newline="") as f:
+            f.write("team\r\nGroup team\r\n  x: x@example.jp\r\n  team\r\nEnd Group\r\n")
     tree = run(tqnralm, prefix, "tree")
     books = expected_books(tree.stdout)
     check(len(books) >= 1 or variant != "default", f"the tree shows {len(books)} books")
@@ -177,23 +212,33 @@ def check_store(tqnralm, samplestore, variant, work):
     for out in outs:
         r = run(tqnralm, prefix, "export", out, "--no-mail")
         check(r.returncode in (0, 1), f"export {out}: exit {r.returncode}: {r.stderr}")
-    check_manifest(outs[0], books)
+    written = check_manifest(outs[0], books)
+    if variant == "listed-twice":
+        check(len(written) == 3 and len(books) == 5, f"listed twice: {len(written)} of {len(books)} books written")
     for (user, book), content in sorted(books.items()):
+        if (user, book) not in written:
+            continue
         folder = os.path.join(outs[0], user, "addresses")
-        for ext in ("vcf", "ldif", "csv"):
+        for ext in ("vcf", "groups.vcf", "ldif", "csv"):
             path = os.path.join(folder, f"{book}.{ext}")
+            if ext == "groups.vcf" and not content["groups"]:
+                check(not os.path.exists(path), f"{path}: a group file for a book without groups")
+                continue
             if not os.path.isfile(path):
                 check(False, f"missing {path}")
                 continue
             other = os.path.join(outs[1], user, "addresses", f"{book}.{ext}")
             check(filecmp.cmp(path, other, shallow=False), f"{path} differs between two exports")
             data = open(path, "rb").read()
-            if ext == "vcf":
+            if ext.endswith("vcf"):
                 check(b"\n" not in data.replace(b"\r\n", b""), f"{path}: a line end that is not CR LF")
-                check_vcard(data.decode("utf-8"), content, f"{user}/{book}")
+            if ext == "vcf":
+                groups = os.path.join(folder, f"{book}.groups.vcf")
+                groups_text = open(groups, encoding="utf-8").read() if os.path.isfile(groups) else ""
+                check_vcard(data.decode("utf-8"), groups_text, content, f"{user}/{book}")
             elif ext == "ldif":
                 check_ldif(data.decode("ascii"), content, f"{user}/{book}")
-            else:
+            elif ext == "csv":
                 check_csv(data, content, f"{user}/{book}")
     print(f"{variant}: {len(books)} books checked, {len(failures)} failures so far")
 

@@ -34,7 +34,11 @@ UserAddressOutput ExportUserAddresses(QV_OBJ user, const std::string& userName, 
         b.failedGroups = book.failedGroups;
         b.failedAddresses = book.failedAddresses;
         b.cards = static_cast<int>(layout.cards.size());
+        if (book.failedGroups == 0 && book.failedAddresses == 0) b.digest = book.ContentDigest();
         if (forms.vcard) b.files.push_back({"vcf", WriteVCard(layout)});
+        // The group cards stand apart: a contact program that imports the
+        // persons' file must not meet them.
+        if (forms.vcard && !layout.lists.empty()) b.files.push_back({"groups.vcf", WriteVCardGroups(layout)});
         if (forms.ldif) b.files.push_back({"ldif", WriteLdif(layout)});
         if (forms.csv) b.files.push_back({"csv", WriteCsv(layout)});
         out.books.push_back(std::move(b));

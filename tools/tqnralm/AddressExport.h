@@ -19,13 +19,15 @@ bool ParseAddressForms(const std::string& list, AddressForms* out);
 struct AddressBookOutput {
     std::string name;  // the top group's name, before the file name rules
     struct File {
-        const char* extension;  // "vcf", "ldif", "csv"
+        const char* extension;  // "vcf", "groups.vcf", "ldif", "csv"
         std::string bytes;
     };
     std::vector<File> files;
     // Groups and addresses at every place in the book, and those that
     // could not be read; cards counts the addresses after merging.
     int groups = 0, failedGroups = 0, addresses = 0, failedAddresses = 0, cards = 0;
+    // AddressBook::ContentDigest, kept only for a book read without failures.
+    std::string digest;
 };
 
 struct UserAddressOutput {

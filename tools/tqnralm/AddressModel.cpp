@@ -6,6 +6,7 @@
 #include <set>
 
 #include "NameUuid.h"
+#include "Sha1.h"
 #include "Utf.h"
 
 namespace tqnralm {
@@ -55,12 +56,37 @@ uint32_t NextCodePoint(const std::string& s, size_t& i) {
     return cp;
 }
 
+// A group in a form that tells its structure: cleaned texts hold no
+// control characters but tab and line feed, so 1, 2 and 3 mark a group's
+// start and end and an address, and 0 ends every text.
+void Serialise(const AddressGroup& g, std::string& out) {
+    for (const Address& a : g.addresses) {
+        out += '\3';
+        for (const std::string& f : a.fields) out += f + '\0';
+        for (const auto& e : a.extras) out += e.first + '\0' + e.second + '\0';
+    }
+    for (const AddressGroup& sub : g.groups) {
+        out += '\1' + sub.name + '\0';
+        Serialise(sub, out);
+        out += '\2';
+    }
+}
+
 bool IsSpace(uint32_t cp) { return cp == ' ' || cp == '\t' || cp == '\n' || cp == 0x3000; }
 
 }  // namespace
 
 int AddressBook::GroupCount() const { return CountGroups(top); }
 int AddressBook::AddressCount() const { return CountAddresses(top); }
+
+std::string AddressBook::ContentDigest() const {
+    std::string text;
+    Serialise(top, text);
+    if (text.empty()) return "";
+    Sha1 sha;
+    sha.Update(text.data(), text.size());
+    return sha.HexDigest();
+}
 
 std::string CleanText(const std::string& utf8) {
     std::vector<uint32_t> cps;

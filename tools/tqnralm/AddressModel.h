@@ -56,6 +56,10 @@ struct AddressBook {
     // The count of groups and addresses (each place counted) in the book.
     int GroupCount() const;
     int AddressCount() const;
+    // A digest of what the book holds, its own name aside: every group name
+    // and address in order. Equal for a file read twice, under whatever
+    // spelling of its path; empty for a book that holds nothing.
+    std::string ContentDigest() const;
 };
 
 // A text as the writers take it: valid UTF-8, line ends as LF, no other

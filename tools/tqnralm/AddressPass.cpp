@@ -2,6 +2,7 @@
 #include "AddressPass.h"
 
 #include <cstdio>
+#include <map>
 
 #include "FileNames.h"
 #include "Sha256.h"
@@ -10,7 +11,10 @@ namespace tqnralm {
 namespace {
 
 const char* FormName(const std::string& extension) {
-    return extension == "vcf" ? "vcard" : extension == "ldif" ? "ldif" : "csv";
+    return extension == "vcf"          ? "vcard"
+           : extension == "groups.vcf" ? "vcard-groups"
+           : extension == "ldif"       ? "ldif"
+                                       : "csv";
 }
 
 Json CountJson(int64_t written, int64_t failed) {
@@ -28,8 +32,38 @@ Json AddressTotals::ToJson() const {
             {"bytes", bytes}};
 }
 
+namespace {
+
+// Writes the files of one book beside `stem`; false when the output fails.
+bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Output& output, Json* files,
+                    AddressTotals* totals) {
+    for (const AddressBookOutput::File& file : book.files) {
+        const std::string path = stem + "." + file.extension;
+        if (!output.OpenFile(path) || !output.Write(file.bytes) || !output.CloseFile(true)) return false;
+        Sha256 sha;
+        sha.Update(file.bytes.data(), file.bytes.size());
+        files->push_back({{"form", FormName(file.extension)},
+                          {"path", path},
+                          {"bytes", file.bytes.size()},
+                          {"sha256", sha.HexDigest()}});
+        ++totals->files;
+        totals->bytes += file.bytes.size();
+        if (output.dryRun()) {
+            std::printf("%8d  %s\n", book.addresses, path.c_str());
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& output, Json* books,
                        AddressTotals* totals) {
+    // The books written so far by their content: a user's settings may name
+    // one file twice (the default book listed again, in another spelling),
+    // and two users may share a folder. The interface does not say which file
+    // a book was read from, but a file read twice gives equal books.
+    std::map<std::string, std::string> written;
     for (UserPlan& user : plan.users) {
         UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, forms);
         totals->books.failed += out.failedBooks;
@@ -40,29 +74,29 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
         if (out.books.empty()) continue;
         const std::string dir = user.dir + "/addresses";
         if (!output.MakeDir(user.dir) || !output.MakeDir(dir)) return false;
-        SiblingNames names;
+        // A book "x" writes x.groups.vcf too, so a book "x.groups" is another name.
+        SiblingNames names(".groups");
         for (const AddressBookOutput& book : out.books) {
-            // The longest extension still fits in a component.
-            const std::string stem = dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - 5));
-            Json files = Json::array();
-            for (const AddressBookOutput::File& file : book.files) {
-                const std::string path = stem + "." + file.extension;
-                if (!output.OpenFile(path) || !output.Write(file.bytes) || !output.CloseFile(true)) return false;
-                Sha256 sha;
-                sha.Update(file.bytes.data(), file.bytes.size());
-                files.push_back({{"form", FormName(file.extension)},
-                                 {"path", path},
-                                 {"bytes", file.bytes.size()},
-                                 {"sha256", sha.HexDigest()}});
-                ++totals->files;
-                totals->bytes += file.bytes.size();
+            ++totals->books.written;
+            auto same = book.digest.empty() ? written.end() : written.find(book.digest);
+            if (same != written.end()) {
                 if (output.dryRun()) {
-                    std::printf("%8d  %s\n", book.addresses, path.c_str());
+                    std::printf("%8s  %s (book %s, written once)\n", "", book.name.c_str(), same->second.c_str());
                 }
+                books->push_back({{"user", user.index},
+                                  {"name", book.name},
+                                  {"path", same->second},
+                                  {"same_as", same->second},
+                                  {"files", Json::array()}});
+                continue;
             }
+            // The longest extension still fits in a component.
+            const std::string stem = dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - 11));
+            if (!book.digest.empty()) written.emplace(book.digest, stem);
+            Json files = Json::array();
+            if (!WriteBookFiles(book, stem, output, &files, totals)) return false;
             // A book whose groups or addresses failed in part is written
             // with what could be read, and counted as written.
-            ++totals->books.written;
             totals->groups.written += book.groups;
             totals->groups.failed += book.failedGroups;
             totals->addresses.written += book.addresses;

@@ -10,12 +10,15 @@
 
 namespace tqnralm {
 
-// vCard 4.0 (RFC 6350), UTF-8, CR LF: one card per merged address, then
-// one KIND:group card per group whose MEMBERs are its addresses and
-// subgroups.
+// vCard 4.0 (RFC 6350), UTF-8, CR LF: one card per merged address.
 std::string WriteVCard(const BookLayout& book);
-// A text value with \ , ; and line ends escaped.
-std::string VCardEscape(const std::string& text);
+// The book's groups in the same form: one KIND:group card per group whose
+// MEMBERs are the UIDs of its addresses (in WriteVCard's file) and of its
+// subgroups. Empty for a book without groups.
+std::string WriteVCardGroups(const BookLayout& book);
+// A value with \ , and line ends escaped; a component of a compound value
+// (N, ADR, ORG) also escapes ";".
+std::string VCardEscape(const std::string& text, bool component);
 // One content line folded at 75 octets on character boundaries, with its CR LF.
 std::string VCardFold(const std::string& line);
 

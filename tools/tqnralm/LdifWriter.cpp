@@ -5,6 +5,14 @@
 // classes; a list is a groupOfNames whose members name persons by the same
 // dn. Thunderbird's lists do not nest, so a list also names the addresses
 // of all its subgroups, and each subgroup is a list of its own.
+//
+// Distinguished names are unique in a file (compared without regard to
+// ASCII case, as LDAP compares cn and mail): a person or a list whose dn is
+// taken already gets " (2)", " (3)", ... after the name in its dn, while its
+// cn stays the name. Thunderbird matches a member to a card by the address
+// in the member's dn, other readers by the whole dn; both find the entry.
+#include <set>
+
 #include "AddressWriters.h"
 
 namespace tqnralm {
@@ -65,19 +73,38 @@ std::string DnValue(const std::string& v) {
     return out;
 }
 
-std::string PersonDn(const BookLayout::Card& card) {
-    std::string dn = "cn=" + DnValue(card.name);
-    if (!card.address[kEmail].empty()) dn += ",mail=" + DnValue(card.address[kEmail]);
-    return dn;
+// The dns given so far in one file.
+class DnNames {
+public:
+    // "cn=<name><rest>", numbered when that is taken.
+    std::string Claim(const std::string& name, const std::string& rest) {
+        std::string dn = "cn=" + DnValue(name) + rest;
+        for (int n = 2; !taken_.insert(Fold(dn)).second; ++n) {
+            dn = "cn=" + DnValue(name + " (" + std::to_string(n) + ")") + rest;
+        }
+        return dn;
+    }
+
+private:
+    static std::string Fold(std::string dn) {
+        for (char& c : dn) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return dn;
+    }
+    std::set<std::string> taken_;
+};
+
+std::string PersonDn(const BookLayout::Card& card, DnNames& names) {
+    const std::string& mail = card.address[kEmail];
+    return names.Claim(card.name, mail.empty() ? "" : ",mail=" + DnValue(mail));
 }
 
 void Put(std::string& out, const char* attribute, const std::string& value) {
     if (!value.empty()) out += LdifLine(attribute, value);
 }
 
-void Person(std::string& out, const BookLayout::Card& card) {
+void Person(std::string& out, const BookLayout::Card& card, const std::string& dn) {
     const Address& a = card.address;
-    out += LdifLine("dn", PersonDn(card));
+    out += LdifLine("dn", dn);
     for (const char* oc : {"top", "person", "organizationalPerson", "inetOrgPerson", "mozillaAbPersonAlpha"}) {
         out += LdifLine("objectclass", oc);
     }
@@ -123,13 +150,18 @@ std::string LdifLine(const std::string& attribute, const std::string& value) {
 
 std::string WriteLdif(const BookLayout& book) {
     std::string out;
-    for (const BookLayout::Card& card : book.cards) Person(out, card);
+    DnNames names;
+    std::vector<std::string> dns;
+    for (const BookLayout::Card& card : book.cards) {
+        dns.push_back(PersonDn(card, names));
+        Person(out, card, dns.back());
+    }
     for (const BookLayout::List& l : book.lists) {
-        out += LdifLine("dn", "cn=" + DnValue(l.name));
+        out += LdifLine("dn", names.Claim(l.name, ""));
         out += LdifLine("objectclass", "top");
         out += LdifLine("objectclass", "groupOfNames");
         out += LdifLine("cn", l.name);
-        for (size_t c : l.allCards) out += LdifLine("member", PersonDn(book.cards[c]));
+        for (size_t c : l.allCards) out += LdifLine("member", dns[c]);
         out += "\n";
     }
     return out;

@@ -2,6 +2,11 @@
 //
 // Content lines end in CR LF and fold at 75 octets: a continuation line
 // begins with one space, which counts, and no UTF-8 sequence is split.
+// A single text value (FN, NOTE) escapes only backslash, comma and line
+// ends, as RFC 6350's grammar of text says; Thunderbird shows any other
+// escape as it stands. The components of N, ADR and ORG escape ";" too.
+// Group cards go to a file of their own, since Thunderbird's import makes
+// each of them an empty contact.
 // Readings go twice: as SORT-AS on N, which RFC 6350 defines, and as
 // X-PHONETIC-LAST-NAME and X-PHONETIC-FIRST-NAME, which Apple's and
 // Google's contacts read.
@@ -55,14 +60,14 @@ struct Card {
     std::string text;
     void Add(const std::string& line) { text += VCardFold(line); }
     void Text(const std::string& property, const std::string& value) {
-        if (!value.empty()) Add(property + ":" + VCardEscape(value));
+        if (!value.empty()) Add(property + ":" + VCardEscape(value, false));
     }
 };
 
 void Person(Card& out, const BookLayout::Card& card) {
     const Address& a = card.address;
     out.Add("UID:urn:uuid:" + card.uid);
-    out.Add("FN:" + VCardEscape(card.name));
+    out.Add("FN:" + VCardEscape(card.name, false));
     if (!a[kFamily].empty() || !a[kGiven].empty() || !a[kFamilyReading].empty() || !a[kGivenReading].empty()) {
         std::string n = "N";
         if (!a[kFamilyReading].empty() || !a[kGivenReading].empty()) {
@@ -76,7 +81,7 @@ void Person(Card& out, const BookLayout::Card& card) {
             if (!a[kGivenReading].empty()) sort += "," + noComma(a[kGivenReading]);
             n += ";SORT-AS=" + QuotedParam(sort);
         }
-        out.Add(n + ":" + VCardEscape(a[kFamily]) + ";" + VCardEscape(a[kGiven]) + ";;;");
+        out.Add(n + ":" + VCardEscape(a[kFamily], true) + ";" + VCardEscape(a[kGiven], true) + ";;;");
     }
     out.Text("X-PHONETIC-LAST-NAME", a[kFamilyReading]);
     out.Text("X-PHONETIC-FIRST-NAME", a[kGivenReading]);
@@ -88,30 +93,30 @@ void Person(Card& out, const BookLayout::Card& card) {
         std::string parts;
         bool any = false;
         for (int k = 0; k < 6; ++k) {
-            parts += ";" + VCardEscape(a.fields[first + k]);
+            parts += ";" + VCardEscape(a.fields[first + k], true);
             any = any || !a.fields[first + k].empty();
         }
         // The first part, the post office box, stays empty.
         if (any) out.Add(std::string("ADR;TYPE=") + (home ? "home" : "work") + ":" + parts);
     }
     if (!a[kOrganization].empty() || !a[kUnit].empty()) {
-        std::string org = "ORG:" + VCardEscape(a[kOrganization]);
-        if (!a[kUnit].empty()) org += ";" + VCardEscape(a[kUnit]);
+        std::string org = "ORG:" + VCardEscape(a[kOrganization], true);
+        if (!a[kUnit].empty()) org += ";" + VCardEscape(a[kUnit], true);
         out.Add(org);
     }
     out.Text("TITLE", a[kTitle]);
     out.Text("NOTE", a[kNote]);
     for (const auto& e : a.extras) {
-        if (!e.second.empty()) out.Add(ExtraProperty(e.first) + ":" + VCardEscape(e.second));
+        if (!e.second.empty()) out.Add(ExtraProperty(e.first) + ":" + VCardEscape(e.second, false));
     }
 }
 
 }  // namespace
 
-std::string VCardEscape(const std::string& text) {
+std::string VCardEscape(const std::string& text, bool component) {
     std::string out;
     for (char c : text) {
-        if (c == '\\' || c == ',' || c == ';') out += '\\', out += c;
+        if (c == '\\' || c == ',' || (component && c == ';')) out += '\\', out += c;
         else if (c == '\n') out += "\\n";
         else out.push_back(c);
     }
@@ -145,13 +150,18 @@ std::string WriteVCard(const BookLayout& book) {
         card.Add("END:VCARD");
         out += card.text;
     }
+    return out;
+}
+
+std::string WriteVCardGroups(const BookLayout& book) {
+    std::string out;
     for (const BookLayout::List& l : book.lists) {
         Card card;
         card.Add("BEGIN:VCARD");
         card.Add("VERSION:4.0");
         card.Add("KIND:group");
         card.Add("UID:urn:uuid:" + l.uid);
-        card.Add("FN:" + VCardEscape(l.name));
+        card.Add("FN:" + VCardEscape(l.name, false));
         for (size_t c : l.cards) card.Add("MEMBER:urn:uuid:" + book.cards[c].uid);
         for (size_t s : l.sublists) card.Add("MEMBER:urn:uuid:" + book.lists[s].uid);
         card.Add("END:VCARD");
