@@ -75,7 +75,7 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
         const std::string dir = user.dir + "/addresses";
         if (!output.MakeDir(user.dir) || !output.MakeDir(dir)) return false;
         // A book "x" writes x.groups.vcf too, so a book "x.groups" is another name.
-        SiblingNames names(".groups");
+        SiblingNames names(NameRules{NameStyle::kPlain, {".groups"}, nullptr});
         for (const AddressBookOutput& book : out.books) {
             ++totals->books.written;
             auto same = book.digest.empty() ? written.end() : written.find(book.digest);
