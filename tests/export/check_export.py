@@ -93,13 +93,13 @@ def read_back(fmt, out, manifest, api):
                 if "same_as" in account:
                     continue
                 box = mailbox.Maildir(os.path.join(out, account["path"], "Maildir"), factory=None, create=False)
-                names = {f["path"].rsplit("/Maildir/.", 1)[1] for f in account["folders"]}
+                names = {maildir_name(f["path"]) for f in account["folders"]} - {"INBOX"}
                 check(set(box.list_folders()) == names, f"{account['path']}: folders {box.list_folders()}")
-                for folder in box.list_folders():
-                    sub = box.get_folder(folder)
+                for folder in box.list_folders() + ["INBOX"]:
+                    sub = box if folder == "INBOX" else box.get_folder(folder)
                     for key in sub.keys():
                         entry = next(m for m in written if os.path.basename(m["file"]).split(":")[0] == key
-                                     and m["file"].split("/cur/")[0].endswith("." + folder))
+                                     and maildir_name(m["file"].split("/cur/")[0]) == folder)
                         check(sub.get_bytes(key) == api[entry["index"]], f"{entry['index']}: Maildir bytes")
                         check(sub.get_message(key).get_flags() == "S", f"{entry['index']}: seen")
                         seen += 1
@@ -111,6 +111,11 @@ def read_back(fmt, out, manifest, api):
             check(data == api[entry["index"]], f"{entry['index']}: EML bytes")
             parsed = email.message_from_bytes(data)
             check(parsed["Message-ID"] == entry["message_id"], f"{entry['index']}: Message-ID")
+
+
+def maildir_name(path):
+    """The folder's name in a Maildir++ from its path: INBOX for the Maildir itself."""
+    return path.split("/Maildir", 1)[1].removeprefix("/.") or "INBOX"
 
 
 def store_state(prefix):
@@ -369,13 +374,21 @@ def names(work):
                     bad = [p for p in parts if not thunderbird_opens(p)]
                     check(not bad, f"{variant}: names Thunderbird does not open: {bad}")
             if fmt == "maildir":
+                folders = set()
                 for a in accounts:
                     seen = dovecot(work, os.path.join(out, a["path"], "Maildir"))
                     written = [m["file"] for m in manifest["messages"] if m["status"] == "written"]
-                    want = {f["path"].split("/Maildir/.", 1)[1]: sum(w.startswith(f["path"] + "/cur/") for w in written)
+                    want = {maildir_name(f["path"]): sum(w.startswith(f["path"] + "/cur/") for w in written)
                             for f in a["folders"]}
                     want.setdefault("INBOX", 0)
                     check(seen is None or seen == want, f"{variant} {a['path']}: Dovecot lists {seen}, not {want}")
+                    folders |= {a["path"] + ":" + name for name in want}
+                inboxes = [a.get("inbox") for a in accounts]
+                if variant == "inbox":
+                    check(inboxes == ["0/0/1", "0/1/1", None], f"inboxes {inboxes}")
+                    check("DEFAULT_USER1/甲:INBOX.下" in folders, "the inbox's subfolder hangs below INBOX")
+            else:
+                check(all("inbox" not in a for a in accounts), f"{variant} {fmt}: an inbox apart")
 
 
 with tempfile.TemporaryDirectory(prefix="tqnralm-export-") as work:

@@ -43,6 +43,7 @@ Json UsersJson(const ExportPlan& plan) {
             if (!account.sameAs.empty()) {
                 a["same_as"] = account.sameAs;  // written once, under that account
             } else {
+                if (!account.inbox.empty()) a["inbox"] = account.inbox;
                 Json folders = Json::array();
                 for (const FolderPlan& folder : account.folders) {
                     folders.push_back({{"index", folder.index},

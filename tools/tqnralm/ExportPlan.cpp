@@ -67,7 +67,36 @@ private:
         a.dir = user.dir + "/" + names.Claim(shown);
         written_[a.name] = {a.index, a.dir};
         Folders(account, index, a, {});
+        PlaceInbox(a);
         user.accounts.push_back(std::move(a));
+    }
+
+    // The account's inbox, for a form that keeps one apart (the Maildir's
+    // INBOX): the top folder titled 郵便受け (the title the client gives its
+    // inbox.box), else one titled 受信箱 or Inbox. The client does not mark
+    // its inbox otherwise.
+    void PlaceInbox(AccountPlan& account) {
+        const std::string inboxName = writer_.InboxName();
+        if (inboxName.empty()) return;
+        const FolderPlan* inbox = nullptr;
+        for (const FolderPlan& f : account.folders) {
+            if (f.path.size() != 1) continue;
+            const std::string title = UnescapeName(f.name);
+            if (title == "郵便受け") {
+                inbox = &f;
+                break;
+            }
+            if (inbox == nullptr && (title == "受信箱" || FoldCase(title) == "inbox")) inbox = &f;
+        }
+        if (inbox == nullptr) return;
+        account.inbox = inbox->index;
+        // Its subfolders go with it: top names are unique, so the first name tells the subtree.
+        const std::string top = inbox->path[0];
+        for (FolderPlan& f : account.folders) {
+            if (f.path[0] != top) continue;
+            f.path[0] = inboxName;
+            f.target = writer_.FolderTarget(account.dir, f.path);
+        }
     }
 
     // The folders below `parent` in tree order, each before its subfolders.
@@ -89,6 +118,7 @@ private:
             std::vector<std::string> childPath = path;
             childPath.push_back(names.Claim(NameFor(folder.get(), false, "Folder " + childIndex)));
             f.target = writer_.FolderTarget(account.dir, childPath);
+            f.path = childPath;
             int32_t count = 0;
             code = QV_Object_GetChildCount(folder.get(), QV_CLASS_MAILMESSAGE, &count);
             if (code != QV_S_OK) plan_->problems.push_back({childIndex, "message count", code});

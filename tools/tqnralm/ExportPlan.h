@@ -19,6 +19,7 @@ struct FolderPlan {
     std::string index;   // as `tree` prints it: "0/0/1/2"
     std::string name;    // the folder's own name
     std::string target;  // relative to OUTDIR
+    std::vector<std::string> path;  // the safe names from the account's top folder down
     int64_t expected = 0;
     Ref folder;
 };
@@ -29,6 +30,7 @@ struct AccountPlan {
     std::string displayName;  // empty when it has none
     std::string dir;          // relative to OUTDIR: "<user>/<account>"
     std::string sameAs;       // the index of the account written already under this name, if any
+    std::string inbox;        // the index of the folder written as the form's inbox, if any
     std::vector<FolderPlan> folders;
 };
 

@@ -33,6 +33,9 @@ public:
     // accounts of one user.
     virtual NameRules FolderNames() const { return {}; }
     virtual NameRules AccountNames() const { return {}; }
+    // The name of the folder path that stands for the account's inbox, where
+    // the form keeps one apart (kept free by FolderNames); empty where not.
+    virtual std::string InboxName() const { return ""; }
     // A folder's target relative to OUTDIR, from the account's folder and the
     // folder's safe names from the top down.
     virtual std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const = 0;

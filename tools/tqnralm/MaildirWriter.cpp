@@ -26,9 +26,13 @@ public:
     using MailWriter::MailWriter;
 
     NameRules FolderNames() const override { return {NameStyle::kMaildir, {}, IsInboxName}; }
+    // The inbox is the Maildir itself, its subfolders ".INBOX.Sub".
+    std::string InboxName() const override { return "INBOX"; }
 
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
-        std::string target = account + "/Maildir/";
+        std::string target = account + "/Maildir";
+        if (names.size() == 1 && names[0] == InboxName()) return target;
+        target += '/';
         for (const std::string& name : names) target += "." + name;
         return target;
     }
