@@ -42,6 +42,21 @@ if [ ${#need[@]} -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${need[@]}"
 fi
 
+# The check in Thunderbird (scripts/thunderbird-check.sh), which asks for
+# these itself; without them that check says so and passes.
+if [ "${TQNRALM_NEED_THUNDERBIRD:-0}" = 1 ]; then
+  tb=()
+  command -v thunderbird >/dev/null || tb+=(thunderbird)
+  command -v Xvfb >/dev/null || tb+=(xvfb)
+  command -v xdotool >/dev/null || tb+=(xdotool)
+  command -v import >/dev/null || tb+=(imagemagick)
+  dpkg -s fonts-noto-cjk >/dev/null 2>&1 || tb+=(fonts-noto-cjk)
+  if [ ${#tb[@]} -gt 0 ]; then
+    echo "installing: ${tb[*]}"
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${tb[@]}" || echo "could not install ${tb[*]}"
+  fi
+fi
+
 # 32-bit Wine (the i686 tests): wine32 comes from the i386 architecture, and
 # its libraries must have the very versions of their amd64 twins. apt reads
 # private sources lists, given by option (no system file changes), and installs
