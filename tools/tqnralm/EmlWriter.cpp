@@ -1,6 +1,7 @@
 // EML: one directory per mail folder (subfolders inside it) and one file
 // NNNNNN.eml per message, numbered from 1 by its position in the folder, with
-// exactly the bytes the library gives.
+// exactly the bytes the library gives, written as NNNNNN.eml.part and renamed
+// when whole.
 #include <cstdio>
 
 #include "MailWriter.h"
@@ -9,11 +10,13 @@
 namespace tqnralm {
 namespace {
 
-// A subfolder must not take a message's name: "000001.eml" is reserved.
+// A subfolder must not take a message's name: "000001.eml" is reserved, and
+// so is its temporary name "000001.eml.part".
 bool IsMessageName(const std::string& folded) {
     size_t digits = 0;
     while (digits < folded.size() && folded[digits] >= '0' && folded[digits] <= '9') ++digits;
-    return digits >= 6 && folded.compare(digits, std::string::npos, ".eml") == 0;
+    return digits >= 6 && (folded.compare(digits, std::string::npos, ".eml") == 0 ||
+                           folded.compare(digits, std::string::npos, ".eml.part") == 0);
 }
 
 class EmlWriter : public MailWriter {
@@ -41,7 +44,7 @@ public:
         written->length = size;
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
-        return output_.WriteNewFile(written->file, data, size);
+        return output_.WriteNewFile(written->file + ".part", written->file, data, size);
     }
 
 private:

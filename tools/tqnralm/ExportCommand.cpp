@@ -1,17 +1,21 @@
-// `export`: the plan, the checks of OUTDIR, then every message of the plan
-// through one writer, each listed in the manifest as it is written.
+// `export`: the plan, the checks of OUTDIR (or the journal of the unfinished
+// export in it), then every message of the plan through one writer, each
+// listed in the manifest as it is written, then the address books.
 #include <cstdio>
 
 #include "AddressPass.h"
 #include "Commands.h"
 #include "ExportPlan.h"
 #include "FileNames.h"
+#include "Journal.h"
+#include "KillPoint.h"
 #include "Library.h"
 #include "MailPass.h"
 #include "MailWriter.h"
 #include "Manifest.h"
 #include "Output.h"
 #include "Progress.h"
+#include "Sha256.h"
 
 namespace tqnralm {
 
@@ -79,8 +83,179 @@ void PrintPlan(const ExportPlan& plan) {
 
 int Fail(const std::string& message, Manifest* manifest) {
     std::fprintf(stderr, "tqnralm: %s\n", message.c_str());
-    if (manifest != nullptr) manifest->Abandon();
+    if (manifest != nullptr) {
+        manifest->Abandon();
+        std::fprintf(stderr, "tqnralm: what was written is kept; the same command goes on from there\n");
+    }
     return kExitOutput;
+}
+
+// An OUTDIR without an unfinished export: empty or new, or --force.
+int CheckNewOutDir(const ExportOptions& options) {
+    switch (os::InspectFolder(options.outDir)) {
+    case os::Folder::kNotAFolder: return Fail("OUTDIR '" + options.outDir + "' is not a folder", nullptr);
+    case os::Folder::kNotEmpty:
+        if (!options.force) {
+            return Fail("OUTDIR '" + options.outDir +
+                            "' is not empty; --force adds to it (nothing that is there is overwritten)",
+                        nullptr);
+        }
+        if (os::Exists(options.outDir + "/" + Manifest::kFileName)) {
+            return Fail("'" + options.outDir + "/" + Manifest::kFileName + "' exists (nothing is overwritten)",
+                        nullptr);
+        }
+        return 0;
+    default: return 0;
+    }
+}
+
+// The source is never written: no OUTDIR inside the store.
+int CheckOutsideStore(const ExportOptions& options, const ExportPlan& plan) {
+    const std::string outDir = os::AbsolutePath(options.outDir);
+    for (const std::string& folder : os::StoreFolders(AccountFolders(plan))) {
+        if (os::IsInside(outDir, os::AbsolutePath(folder))) {
+            return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder +
+                            "'); choose a folder outside it",
+                        nullptr);
+        }
+    }
+    return 0;
+}
+
+bool Complete(const ExportPlan& plan, const MailTotals& totals, const AddressTotals& addresses) {
+    return totals.failed == 0 && totals.unread == 0 && plan.problems.empty() && totals.written == plan.expected &&
+           addresses.Complete();
+}
+
+int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer, Output& output) {
+    PrintPlan(plan);
+    Progress progress(false, plan.expected);
+    MailTotals totals;
+    MailPass pass(writer, output, nullptr, nullptr, JournalState(), progress, plan);
+    pass.KeepRawHeaders(options.raw);
+    if (options.mail) pass.Run(&totals);
+    if (!options.mail) plan.expected = 0;
+    Json books = Json::array();
+    AddressTotals addresses;
+    if (options.addresses) WriteAddressBooks(plan, options.addressForms, output, &books, &addresses);
+    const bool complete = Complete(plan, totals, addresses);
+    std::printf("%lld messages in %zu folders, %llu bytes to write", static_cast<long long>(plan.expected),
+                plan.folders, static_cast<unsigned long long>(totals.bytes));
+    if (!complete) {
+        std::printf("; %lld messages and %zu other items cannot be read",
+                    static_cast<long long>(totals.failed + totals.unread), plan.problems.size());
+    }
+    std::printf("\n");
+    for (const Problem& problem : plan.problems) {
+        std::printf("cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+                    static_cast<int>(problem.code));
+    }
+    if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
+    if (options.addresses) PrintAddressSummary(true, addresses);
+    return complete ? kExitOk : kExitIncomplete;
+}
+
+// The members of the manifest before the messages: they name the store, its
+// plan and the format.
+Json Header(const ExportPlan& plan, const ExportOptions& options) {
+    const int32_t version = QV_GetVersion();
+    return {{"tool", "tqnralm"},
+            {"version", TQNRALM_VERSION},
+            {"interface", std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF)},
+            {"source", os::SourceDescription()},
+            {"format", FormatName(options.format)},
+            {"users", UsersJson(plan)}};
+}
+
+// What names one export in its journal: the header and the other options.
+std::string Identity(const Json& header, const ExportOptions& options) {
+    const AddressForms& f = options.addressForms;
+    const std::string text = header.dump() + (options.mail ? " mail" : "") + (options.addresses ? " addresses" : "") +
+                             (options.raw ? " raw" : "") +
+                             (f.vcard ? " vcard" : "") + (f.ldif ? " ldif" : "") + (f.csv ? " csv" : "");
+    Sha256 sha;
+    sha.Update(text.data(), text.size());
+    return sha.HexDigest();
+}
+
+// An export whose manifest was complete when it stopped: what is left is
+// its rename and the journal's removal.
+int Republish(const std::string& outDir, const JournalState& state, Journal& journal, const ExportOptions& options) {
+    const std::string final = outDir + "/" + Manifest::kFileName, partial = final + ".partial";
+    std::string error;
+    if (!os::Exists(final) && !os::RenameNew(partial, final, &error)) return Fail(error, nullptr);
+    // Stopped inside the rename, both names may hold the manifest.
+    if (os::Exists(partial)) {
+        if (!SameFileContent(partial, final)) return Fail("'" + partial + "' is not the manifest's copy", nullptr);
+        os::RemoveFile(partial);
+    }
+    if (!journal.Remove(&error)) return Fail(error, nullptr);
+    if (options.mail) Progress(false, 0).Finish(false, state.written, state.failed, state.bytes);
+    return state.exit;
+}
+
+// Opens the journal and the manifest of a new export, or of the unfinished
+// one in OUTDIR. Returns -1 to go on, else the exit code.
+int Begin(const ExportOptions& options, const Json& header, Journal& journal, JournalState* state,
+          Manifest& manifest, Output& output) {
+    const std::string identity = state->identity;
+    std::string error;
+    switch (journal.Load(state, &error)) {
+    case Journal::Found::kUnreadable: return Fail(error, nullptr);
+    case Journal::Found::kFound:
+        if (state->identity != identity) {
+            return Fail("OUTDIR '" + options.outDir + "' holds an unfinished export of another store or with " +
+                            "other options; rerun the command that began it, or choose another OUTDIR",
+                        nullptr);
+        }
+        if (state->finished) return Republish(options.outDir, *state, journal, options);
+        std::fprintf(stderr, "tqnralm: going on with the unfinished export in '%s'\n", options.outDir.c_str());
+        output.SetResuming();
+        if (!manifest.Resume(options.outDir, state->manifest, state->listed, &error)) return Fail(error, nullptr);
+        break;
+    case Journal::Found::kNone:
+        if (int exit = CheckNewOutDir(options)) return exit;
+        // The journal first: the temporary manifest it finds is this export's.
+        if (!os::MakeDirectories(options.outDir, &error) || !journal.Save(*state, &error) ||
+            !manifest.Open(options.outDir, &error)) {
+            return Fail(error, nullptr);
+        }
+        break;
+    }
+    if (state->manifest == 0) {
+        for (const auto& member : header.items()) manifest.Put(member.key(), member.value());
+        manifest.BeginArray("messages");
+    }
+    return -1;
+}
+
+// The manifest's last members, the journal's last word, and the rename
+// that makes the export finished.
+int Finish(ExportPlan& plan, const MailTotals& totals, const Json& books, const AddressTotals& addresses,
+           Manifest& manifest, Journal& journal, JournalState& state) {
+    Json problems = Json::array();
+    for (const Problem& problem : plan.problems) {
+        problems.push_back({{"index", problem.index}, {"item", problem.item}, {"code", problem.code}});
+    }
+    manifest.totals() = {{"expected", plan.expected},
+                         {"written", totals.written},
+                         {"failed", totals.failed},
+                         {"unread", totals.unread},
+                         {"bytes", totals.bytes}};
+    manifest.totals()["address_books"] = addresses.ToJson();
+    state.finished = true;
+    state.exit = Complete(plan, totals, addresses) ? kExitOk : kExitIncomplete;
+    std::string error;
+    if (!manifest.EndArray() || !manifest.Put("address_books", books) || !manifest.Put("problems", problems) ||
+        !manifest.Complete(&state.manifest)) {
+        return Fail("cannot write the manifest: " + manifest.error(), &manifest);
+    }
+    if (!journal.Save(state, &error)) return Fail(error, &manifest);
+    KillAt(KillPoint::kRename);
+    if (!manifest.Publish()) return Fail("cannot write the manifest: " + manifest.error(), &manifest);
+    KillAt(KillPoint::kRename);
+    if (!journal.Remove(&error)) return Fail(error, nullptr);
+    return state.exit;
 }
 
 }  // namespace
@@ -94,101 +269,46 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     std::unique_ptr<MailWriter> writer = MakeMailWriter(options.format, output);
     ExportPlan plan;
     if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
+    if (int exit = CheckOutsideStore(options, plan)) return exit;
+    if (options.dryRun) return DryRun(options, plan, *writer, output);
 
-    // The source is never written: no OUTDIR inside the store.
-    const std::string outDir = os::AbsolutePath(options.outDir);
-    for (const std::string& folder : os::StoreFolders(AccountFolders(plan))) {
-        if (os::IsInside(outDir, os::AbsolutePath(folder))) {
-            return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder +
-                            "'); choose a folder outside it",
-                        nullptr);
-        }
-    }
-    switch (os::InspectFolder(options.outDir)) {
-    case os::Folder::kNotAFolder: return Fail("OUTDIR '" + options.outDir + "' is not a folder", nullptr);
-    case os::Folder::kNotEmpty:
-        if (!options.force) {
-            return Fail("OUTDIR '" + options.outDir +
-                            "' is not empty; --force adds to it (nothing that is there is overwritten)",
-                        nullptr);
-        }
-        break;
-    default: break;
-    }
-
+    const Json header = Header(plan, options);
+    JournalState state;
+    state.identity = Identity(header, options);
+    Journal journal(options.outDir);
     Manifest manifest;
-    Manifest* listing = nullptr;
-    if (!options.dryRun) {
-        std::string error;
-        if (!os::MakeDirectories(options.outDir, &error) || !manifest.Open(options.outDir, &error)) {
-            return Fail(error, nullptr);
-        }
-        listing = &manifest;
-        const int32_t version = QV_GetVersion();
-        manifest.Put("tool", "tqnralm");
-        manifest.Put("version", TQNRALM_VERSION);
-        manifest.Put("interface", std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF));
-        manifest.Put("source", os::SourceDescription());
-        manifest.Put("format", FormatName(options.format));
-        manifest.Put("users", UsersJson(plan));
-        manifest.BeginArray("messages");
-    } else {
-        PrintPlan(plan);
-    }
+    if (int exit = Begin(options, header, journal, &state, manifest, output); exit >= 0) return exit;
 
-    Progress progress(!options.quiet && !options.dryRun && os::StderrIsTerminal(), plan.expected);
-    MailTotals totals;
-    MailPass pass(*writer, output, listing, progress, plan);
+    os::CatchStopSignals();
+    Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);
+    MailTotals totals{state.written, state.failed, state.unread, state.bytes};
+    MailPass pass(*writer, output, &manifest, &journal, state, progress, plan);
     pass.KeepRawHeaders(options.raw);
-    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), listing);
+    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), &manifest);
     if (!options.mail) plan.expected = 0;
-    // The address books after the mail, listed after the messages.
+    // The address books after the mail, listed after the messages; a rerun
+    // writes them again and takes the files that are whole already.
     Json books = Json::array();
     AddressTotals addresses;
-    if (options.addresses && !WriteAddressBooks(plan, options.addressForms, output, &books, &addresses)) {
-        return Fail("cannot write " + output.error(), listing);
+    if (!os::StopRequested() && options.addresses &&
+        !WriteAddressBooks(plan, options.addressForms, output, &books, &addresses)) {
+        return Fail("cannot write " + output.error(), &manifest);
     }
-
-    const bool complete = totals.failed == 0 && totals.unread == 0 && plan.problems.empty() &&
-                          totals.written == plan.expected && addresses.Complete();
-    if (options.dryRun) {
-        std::printf("%lld messages in %zu folders, %llu bytes to write", static_cast<long long>(plan.expected),
-                    plan.folders, static_cast<unsigned long long>(totals.bytes));
-        if (!complete) {
-            std::printf("; %lld messages and %zu other items cannot be read",
-                        static_cast<long long>(totals.failed + totals.unread), plan.problems.size());
-        }
-        std::printf("\n");
-        for (const Problem& problem : plan.problems) {
-            std::printf("cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-                        static_cast<int>(problem.code));
-        }
-        if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
-        if (options.addresses) PrintAddressSummary(true, addresses);
-        return complete ? kExitOk : kExitIncomplete;
+    if (os::StopRequested()) {
+        manifest.Abandon();
+        progress.Stopped(totals.written, totals.failed, totals.bytes);
+        return kExitStopped;
     }
-
-    Json problems = Json::array();
-    for (const Problem& problem : plan.problems) {
-        problems.push_back({{"index", problem.index}, {"item", problem.item}, {"code", problem.code}});
-    }
-    manifest.totals() = {{"expected", plan.expected},
-                         {"written", totals.written},
-                         {"failed", totals.failed},
-                         {"unread", totals.unread},
-                         {"bytes", totals.bytes}};
-    manifest.totals()["address_books"] = addresses.ToJson();
-    if (!manifest.EndArray() || !manifest.Put("address_books", books) || !manifest.Put("problems", problems) ||
-        !manifest.Finish()) {
-        return Fail("cannot write the manifest: " + manifest.error(), &manifest);
-    }
+    if (!output.Commit()) return Fail("cannot write " + output.error(), &manifest);
+    const int exit = Finish(plan, totals, books, addresses, manifest, journal, state);
+    if (exit == kExitOutput) return exit;
     if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
     if (options.addresses) PrintAddressSummary(false, addresses);
     for (const Problem& problem : plan.problems) {
         std::fprintf(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
                      static_cast<int>(problem.code));
     }
-    return complete ? kExitOk : kExitIncomplete;
+    return exit;
 }
 
 }  // namespace tqnralm

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <map>
 
+#include "Journal.h"
 #include "Manifest.h"
 
 namespace tqnralm {
@@ -152,6 +153,8 @@ int MakePlan(QV_OBJ root, const ExportOptions& options, const MailWriter& writer
     SiblingNames userNames;
     userNames.Reserve(Manifest::kFileName);
     userNames.Reserve(std::string(Manifest::kFileName) + ".partial");
+    userNames.Reserve(Journal::kFileName);
+    userNames.Reserve(std::string(Journal::kFileName) + ".new");
     Planner planner(writer, plan);
     Children users(root, QV_CLASS_USER);
     Ref user;

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "HeaderRewrite.h"
+#include "KillPoint.h"
 #include "Library.h"
 #include "Sha256.h"
 
@@ -55,19 +56,14 @@ bool MailPass::Folder(FolderPlan& folder) {
             ++passed;
             continue;
         }
+        if (os::StopRequested()) {
+            stopped_ = true;
+            return false;
+        }
         Step& step = NextStep(Step::kMessage);
         step.path = folder.index + "/" + std::to_string(position);
         step.position = position;
-        step.hasId = GetName(message.get(), false, &step.messageId) == QV_S_OK;
-        QV_MAIL_DATA data;
-        step.code = QV_MailMessage_GetData(message.get(), &data);
-        if (step.code == QV_S_OK) {
-            step.data.assign(data.pszMailText, data.nMailTextLen);
-            data.pfnFree(data.pszMailText);
-        } else {  // the writer decodes the subject from the header; without one, the library's is all there is
-            step.hasSubject = GetName(message.get(), true, &step.subject) == QV_S_OK;
-        }
-        batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
+        if (walked_ > resumeSteps_) Fetch(message.get(), step);  // else written by the earlier run
         if (!HandIfFull()) return false;
     }
     // Messages passed over, and those the count promised but the list did not reach.
@@ -75,9 +71,23 @@ bool MailPass::Folder(FolderPlan& folder) {
     return true;
 }
 
+void MailPass::Fetch(QV_OBJ message, Step& step) {
+    step.hasId = GetName(message, false, &step.messageId) == QV_S_OK;
+    QV_MAIL_DATA data;
+    step.code = QV_MailMessage_GetData(message, &data);
+    if (step.code == QV_S_OK) {
+        step.data.assign(data.pszMailText, data.nMailTextLen);
+        data.pfnFree(data.pszMailText);
+    } else {  // the writer decodes the subject from the header; without one, the library's is all there is
+        step.hasSubject = GetName(message, true, &step.subject) == QV_S_OK;
+    }
+    batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
+}
+
 MailPass::Step& MailPass::NextStep(Step::Kind kind) {
     if (batch_.count == batch_.steps.size()) batch_.steps.emplace_back();
     Step& step = batch_.steps[batch_.count++];
+    ++walked_;
     step.kind = kind;
     step.path.clear();
     step.position = 0;
@@ -112,6 +122,11 @@ bool MailPass::Write(MailTotals* totals) {
     Batch batch;
     while (queue_.Pop(&batch)) {
         for (size_t i = 0; i < batch.count; ++i) {
+            if (os::StopRequested()) {  // what waits in the queue is left for the rerun
+                stopped_ = true;
+                queue_.Stop();
+                return Commit(*totals);
+            }
             bool done = false;
             try {
                 done = Do(batch.steps[i], totals);
@@ -126,7 +141,7 @@ bool MailPass::Write(MailTotals* totals) {
         GiveBack(std::move(batch));
         batch = Batch();
     }
-    return true;
+    return Commit(*totals);
 }
 
 void MailPass::GiveBack(Batch batch) {
@@ -140,15 +155,39 @@ void MailPass::GiveBack(Batch batch) {
 }
 
 bool MailPass::Do(Step& step, MailTotals* totals) {
+    if (done_ < resumeSteps_) {
+        ++done_;
+        return Replay(step);
+    }
+    ++done_;
+    if (!resumeFolder_.empty()) {
+        const std::string folder = std::move(resumeFolder_);
+        resumeFolder_.clear();
+        if (!writer_.ResumeFolder(folder, folder == state_.folder ? state_.folderLength : 0)) return false;
+    }
     switch (step.kind) {
     case Step::kUser: return output_.MakeDir(step.path);
     case Step::kAccount: return writer_.BeginAccount(step.path);
-    case Step::kBeginFolder: return writer_.BeginFolder(step.path);
+    case Step::kBeginFolder:
+        // A folder's new file (mbox) is counted before anything goes in.
+        return writer_.BeginFolder(step.path) && (output_.openFile().empty() || Commit(*totals));
     case Step::kEndFolder:
         totals->unread += step.unread;
-        return writer_.EndFolder();
+        return writer_.EndFolder() && Commit(*totals);
     case Step::kMessage: break;
     }
+    if (!Message(step, totals)) return false;
+    return output_.bytes() - committedBytes_ < kCommitBytes || Commit(*totals);
+}
+
+bool MailPass::Replay(const Step& step) {
+    if (step.kind == Step::kBeginFolder) resumeFolder_ = step.path;
+    if (step.kind == Step::kEndFolder) resumeFolder_.clear();
+    if (step.kind == Step::kMessage) progress_.Step(0);
+    return true;
+}
+
+bool MailPass::Message(Step& step, MailTotals* totals) {
     Json entry = {{"index", step.path}};
     entry["message_id"] = step.hasId ? Json(step.messageId) : Json(nullptr);
     entry["subject"] = step.hasSubject ? Json(step.subject) : Json(nullptr);
@@ -164,7 +203,9 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
         const std::string& text = rewritten ? rewritten_ : step.data;
         WrittenMessage written;
         const uint64_t before = output_.bytes();
+        if (KillPointReached(KillPoint::kMidMessage)) output_.KillInNextWrite();
         if (!writer_.WriteMessage(step.position, text.data(), text.size(), &written)) return false;
+        KillAt(KillPoint::kMessage);
         entry["file"] = written.file;
         if (written.shared) entry["offset"] = written.offset;
         entry["length"] = written.length;
@@ -182,7 +223,25 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
         totals->bytes += output_.bytes() - before;
         progress_.Step(output_.bytes() - before);
     }
-    return manifest_ == nullptr || manifest_->Append(entry);
+    return manifest_ == nullptr || manifest_->Append(entry) || output_.Fail(manifest_->error());
+}
+
+bool MailPass::Commit(const MailTotals& totals) {
+    committedBytes_ = output_.bytes();
+    if (journal_ == nullptr) return true;  // a dry run
+    std::string error;
+    if (!output_.Commit()) return false;
+    if (!manifest_->Commit(&state_.manifest)) return output_.Fail(manifest_->error());
+    state_.steps = done_;
+    state_.listed = manifest_->listed();
+    state_.folder = output_.openFile();
+    state_.folderLength = output_.offset();
+    state_.written = totals.written;
+    state_.failed = totals.failed;
+    state_.unread = totals.unread;
+    state_.bytes = totals.bytes;
+    KillAt(KillPoint::kJournal);
+    return journal_->Save(state_, &error) || output_.Fail(error);
 }
 
 }  // namespace tqnralm

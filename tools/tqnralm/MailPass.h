@@ -7,15 +7,23 @@
 // pass between them in batches through a bounded queue, in tree order, so
 // the output is what one thread would write; the writer hands the emptied
 // batches back, so that a message's buffer is reused and not made anew.
+//
+// The writer commits (Journal.h) after each folder is begun and ended, and
+// after every few megabytes: the syncs are batched, not paid per message.
+// A rerun that resumes counts the same steps again: the walker fetches no
+// message that the journal counts, and the writer does nothing for those
+// steps but find the folder it goes on with.
 #ifndef TQNRALM_TOOL_MAILPASS_H
 #define TQNRALM_TOOL_MAILPASS_H
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "ExportPlan.h"
+#include "Journal.h"
 #include "MailWriter.h"
 #include "Manifest.h"
 #include "Output.h"
@@ -33,17 +41,23 @@ struct MailTotals {
 
 class MailPass {
 public:
-    MailPass(MailWriter& writer, Output& output, Manifest* manifest, Progress& progress, ExportPlan& plan)
-        : writer_(writer), output_(output), manifest_(manifest), progress_(progress), plan_(plan),
-          queue_(kQueueBytes) {}
+    // `journal` and `manifest` are null in a dry run; `resume` is where the
+    // journal of an earlier run left off (its identity is kept in commits).
+    MailPass(MailWriter& writer, Output& output, Manifest* manifest, Journal* journal, const JournalState& resume,
+             Progress& progress, ExportPlan& plan)
+        : writer_(writer), output_(output), manifest_(manifest), journal_(journal), state_(resume),
+          resumeSteps_(resume.steps), progress_(progress), plan_(plan), queue_(kQueueBytes) {}
 
     // Writes each message exactly as the library gives it, not with its raw
     // 8-bit header fields made into encoded words (HeaderRewrite.h).
     void KeepRawHeaders(bool raw) { keepRaw_ = raw; }
 
     // False when the output failed (the export stops); read failures are
-    // counted in the totals and listed in the plan's problems.
+    // counted in the totals and listed in the plan's problems. `totals`
+    // starts from the journal's. A stop asked for (os::StopRequested) ends
+    // the walk early; what was written is committed.
     bool Run(MailTotals* totals);
+    bool stopped() const { return stopped_; }
 
 private:
     // Message bytes that may wait between the two threads; the steps and
@@ -54,6 +68,8 @@ private:
     static constexpr size_t kBatchBytes = 256 << 10;
     static constexpr size_t kSpareBatches = kQueueBytes / kBatchBytes + 2;
     static constexpr size_t kKeptBuffer = 1 << 20;
+    // Bytes written between two commits at most (about).
+    static constexpr uint64_t kCommitBytes = 8 << 20;
 
     // One step, made by the walker and done by the writer.
     struct Step {
@@ -75,17 +91,28 @@ private:
     // The walker's side.
     void Walk();
     bool Folder(FolderPlan& folder);
+    void Fetch(QV_OBJ message, Step& step);
     Step& NextStep(Step::Kind kind);
     bool Hand();  // false when the writer has stopped
     bool HandIfFull();
     // The writer's side.
     bool Write(MailTotals* totals);
     bool Do(Step& step, MailTotals* totals);
+    bool Replay(const Step& step);
+    bool Message(Step& step, MailTotals* totals);
+    bool Commit(const MailTotals& totals);
     void GiveBack(Batch batch);
 
     MailWriter& writer_;
     Output& output_;
     Manifest* manifest_;
+    Journal* journal_;
+    JournalState state_;  // of the last commit
+    const uint64_t resumeSteps_;
+    uint64_t walked_ = 0, done_ = 0;  // steps made by the walker, done by the writer
+    std::string resumeFolder_;  // begun by the earlier run, not yet ended
+    uint64_t committedBytes_ = 0;
+    std::atomic<bool> stopped_{false};
     Progress& progress_;
     ExportPlan& plan_;
     Batch batch_;

@@ -43,6 +43,12 @@ public:
     virtual bool BeginAccount(const std::string& account) { return output_.MakeDir(account); }
     // Called for each folder in tree order, parents before their subfolders.
     virtual bool BeginFolder(const std::string& target) = 0;
+    // Goes on with a folder that an earlier run began and did not finish;
+    // `length` is what the journal counted of its file (mbox).
+    virtual bool ResumeFolder(const std::string& target, uint64_t length) {
+        (void)length;
+        return BeginFolder(target);
+    }
     // Writes the message at `position` (from 0) of the current folder.
     virtual bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) = 0;
     virtual bool EndFolder() { return true; }

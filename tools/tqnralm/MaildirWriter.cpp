@@ -4,7 +4,8 @@
 // by the Maildir rules of FileNames.h. Each message is
 // the file cur/NNNNNN.<hash>:2,S: its position in the folder from 1 and the
 // start of its SHA-256, so two exports name it alike, seen ("S") so that
-// Dovecot takes it as old mail.
+// Dovecot takes it as old mail. It is written in tmp/ and renamed into cur/
+// when whole.
 #include <cstdio>
 
 #include "MailWriter.h"
@@ -49,13 +50,15 @@ public:
     bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) override {
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
+        // Written in tmp/ and moved into cur/ when whole, as Maildir wants.
         char name[64];
-        std::snprintf(name, sizeof name, "/cur/%06lld.%.16s%c2,S", static_cast<long long>(position + 1),
-                      written->sha256.c_str(), os::MaildirInfoSeparator());
-        written->file = folder_ + name;
+        const int unique = std::snprintf(name, sizeof name, "%06lld.%.16s", static_cast<long long>(position + 1),
+                                         written->sha256.c_str());
+        std::snprintf(name + unique, sizeof name - unique, "%c2,S", os::MaildirInfoSeparator());
+        written->file = folder_ + "/cur/" + name;
         written->offset = 0;
         written->length = size;
-        return output_.WriteNewFile(written->file, data, size);
+        return output_.WriteNewFile(folder_ + "/tmp/" + std::string(name, unique), written->file, data, size);
     }
 
 private:

@@ -23,24 +23,26 @@ std::string Nested(const Json& value) {
 
 const char* const Manifest::kFileName = "manifest.json";
 
-bool Manifest::Open(const std::string& outDir, std::string* error) {
+bool Manifest::Open(const std::string& outDir, std::string* error) { return Resume(outDir, 0, false, error); }
+
+bool Manifest::Resume(const std::string& outDir, uint64_t length, bool listed, std::string* error) {
     final_ = outDir + "/" + kFileName;
     temporary_ = final_ + ".partial";
     if (os::Exists(final_)) {
         *error = "'" + final_ + "' exists (nothing is overwritten)";
         return false;
     }
-    if (file_.Create(temporary_, error) != os::Created::kNew) return false;
-    created_ = true;
-    return Emit("{");
+    length_ = length;
+    if (length == 0) return file_.CreateOrEmpty(temporary_, error) && Emit("{");
+    firstMember_ = false;
+    firstElement_ = !listed;
+    return file_.OpenAt(temporary_, length, error);
 }
 
 bool Manifest::Emit(const std::string& text) {
     buffer_ += text;
     if (buffer_.size() < (1 << 16)) return true;
-    bool ok = file_.Write(buffer_.data(), buffer_.size(), &error_);
-    buffer_.clear();
-    return ok;
+    return Commit(nullptr);
 }
 
 bool Manifest::Key(const std::string& key) {
@@ -65,21 +67,24 @@ bool Manifest::Append(const Json& element) {
 
 bool Manifest::EndArray() { return Emit(firstElement_ ? "]" : "\n  ]"); }
 
-bool Manifest::Finish() {
-    if (!Put("totals", totals_) || !Emit("\n}\n")) return false;
-    if (!file_.Write(buffer_.data(), buffer_.size(), &error_) || !file_.Sync(&error_) || !file_.Close(&error_))
-        return false;
+bool Manifest::Commit(uint64_t* length) {
+    if (!file_.Write(buffer_.data(), buffer_.size(), &error_)) return false;
+    length_ += buffer_.size();
     buffer_.clear();
-    if (!os::RenameNew(temporary_, final_, &error_)) return false;
-    created_ = false;
-    return true;
+    if (length == nullptr) return true;
+    *length = length_;
+    return file_.Sync(&error_);
 }
+
+bool Manifest::Complete(uint64_t* length) {
+    return Put("totals", totals_) && Emit("\n}\n") && Commit(length) && file_.Close(&error_);
+}
+
+bool Manifest::Publish() { return os::RenameNew(temporary_, final_, &error_); }
 
 void Manifest::Abandon() {
     std::string ignored;
     file_.Close(&ignored);
-    if (created_) os::RemoveFile(temporary_);
-    created_ = false;
 }
 
 }  // namespace tqnralm

@@ -1,7 +1,8 @@
 // OUTDIR/manifest.json: what an export wrote, streamed to a temporary file
 // member by member (a large store has more messages than memory should hold
 // at once) and renamed into place last, so that its presence means the
-// export finished. Every value is encoded by nlohmann-json.
+// export finished. A journal (Journal.h) counts the length that is on the
+// disk, and a rerun goes on from there. Every value is encoded by nlohmann-json.
 //
 // The members in order: those given by Put, arrays given by BeginArray and
 // Append, then "totals", an object that each part of the export adds to.
@@ -25,6 +26,10 @@ public:
     // Opens the temporary file in `outDir`; false with `error` set when it
     // cannot be made (or the manifest exists already).
     bool Open(const std::string& outDir, std::string* error);
+    // Goes on with the temporary file of an export that stopped, cut to
+    // the `length` bytes its journal counted (0: from the start); `listed`:
+    // those hold a message already.
+    bool Resume(const std::string& outDir, uint64_t length, bool listed, std::string* error);
     // One member of the top object.
     bool Put(const std::string& key, const Json& value);
     // A member whose value is an array, written one element at a time.
@@ -33,9 +38,16 @@ public:
     bool EndArray();
     // The "totals" member, written by Finish.
     Json& totals() { return totals_; }
-    // Writes the totals, flushes the file to the disk and renames it into place.
-    bool Finish();
-    // Removes the unfinished temporary file (an export that stopped).
+    // Puts what was given on the disk; `length` receives the file's length.
+    bool Commit(uint64_t* length);
+    // Whether the messages array holds an element.
+    bool listed() const { return !firstElement_; }
+    // Writes the totals and flushes the file to the disk; `length` receives
+    // the file's length.
+    bool Complete(uint64_t* length);
+    // Renames the completed file into place.
+    bool Publish();
+    // Closes the temporary file, which stays for the export's rerun.
     void Abandon();
     const std::string& error() const { return error_; }
 
@@ -46,7 +58,7 @@ private:
     os::NewFile file_;
     std::string temporary_, final_;
     std::string buffer_;
-    bool created_ = false;
+    uint64_t length_ = 0;  // written to the file
     bool firstMember_ = true;
     bool firstElement_ = true;
     Json totals_ = Json::object();

@@ -31,6 +31,11 @@ public:
         return output_.MakeDir(parent) && output_.OpenFile(target);
     }
 
+    bool ResumeFolder(const std::string& target, uint64_t length) override {
+        file_ = target;
+        return output_.ReopenFile(target, length);
+    }
+
     bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
         text_ = FromLine(data, size);
         AppendMboxrd(data, size, text_);

@@ -16,6 +16,7 @@ enum Exit {
     kExitUsage = 2,         // the command line is wrong
     kExitNotInstalled = 3,  // the mail client was not found
     kExitOutput = 4,        // the output could not be written
+    kExitStopped = 130,     // SIGINT or SIGTERM: stopped, the rerun goes on
 };
 
 // Options that stand before or after any command.

@@ -65,6 +65,10 @@ HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
 }  // namespace
 
+// For OsDurable.cpp, the other half of this seam.
+std::wstring WidePath(const std::string& utf8) { return Wide(utf8); }
+std::string SystemError() { return LastError(); }
+
 bool StderrIsTerminal() { return _isatty(_fileno(stderr)) != 0; }
 
 char MaildirInfoSeparator() { return '!'; }

@@ -33,6 +33,14 @@ public:
     ~NewFile();
 
     Created Create(const std::string& path, std::string* error);
+    // A file of this export's own (a temporary name): made, or emptied
+    // when an earlier run that stopped left it.
+    bool CreateOrEmpty(const std::string& path, std::string* error);
+    // Opens a file that exists for adding to it, cut to `length` bytes
+    // first; false when it is shorter than that.
+    bool OpenAt(const std::string& path, uint64_t length, std::string* error);
+    // Cuts the open file to `length` bytes; later writes go to its end.
+    bool Truncate(uint64_t length, std::string* error);
     bool Write(const char* data, size_t size, std::string* error);
     // Flushes the file to the disk.
     bool Sync(std::string* error);
@@ -57,6 +65,23 @@ bool Exists(const std::string& path);
 bool RenameNew(const std::string& from, const std::string& to, std::string* error);
 // Removes a file this run created (the unfinished manifest).
 void RemoveFile(const std::string& path);
+
+// Durability and stopping (OsDurable.cpp).
+// Renames `from` over `to` in one step (the journal only, never mail).
+bool ReplaceFile(const std::string& from, const std::string& to, std::string* error);
+// Makes the names made or renamed in a directory last through a power cut.
+bool SyncDirectory(const std::string& path, std::string* error);
+// Flushes the files just written (and closed) to the disk; `paths` all lie
+// on the file system of the first one.
+bool SyncFiles(const std::vector<std::string>& paths, std::string* error);
+// From now on SIGINT and SIGTERM (Ctrl+C, Ctrl+Break, closing the console)
+// only ask the export to stop; a second one ends the process at once.
+void CatchStopSignals();
+bool StopRequested();
+// Sends this process the stop signal (SIGINT; on Windows it only asks).
+void RaiseStop();
+// Ends the process at once, as SIGKILL does (the tests' kill points).
+[[noreturn]] void KillSelf();
 
 // The absolute form of a path with the links of its existing part resolved,
 // for comparing two paths.

@@ -1,47 +1,112 @@
 // Where an export writes (see Output.h).
 #include "Output.h"
 
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "KillPoint.h"
+
 namespace tqnralm {
 namespace {
 
 // Bigger writes go straight to the file.
 constexpr size_t kBufferSize = 1 << 20;
 
+std::string Parent(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+uint64_t SizeOf(const std::string& path) {
+    std::error_code ec;
+    const uintmax_t size = std::filesystem::file_size(std::filesystem::u8path(path), ec);
+    return ec ? UINT64_MAX : size;
+}
+
 }  // namespace
+
+bool SameFileContent(const std::string& a, const std::string& b) {
+    if (SizeOf(a) != SizeOf(b) || SizeOf(a) == UINT64_MAX) return false;
+
+    std::ifstream fa(std::filesystem::u8path(a), std::ios::binary), fb(std::filesystem::u8path(b), std::ios::binary);
+    char ba[1 << 16], bb[1 << 16];
+    while (fa && fb) {
+        fa.read(ba, sizeof ba);
+        fb.read(bb, sizeof bb);
+        if (fa.gcount() != fb.gcount() || std::char_traits<char>::compare(ba, bb, fa.gcount()) != 0) return false;
+    }
+    return fa.eof() && fb.eof();
+}
+
 
 bool Output::Fail(const std::string& error) {
     if (error_.empty()) error_ = error;
     return false;
 }
 
+void Output::Touched(const std::string& relative) { dirtyDirs_.insert(Parent(root_ + "/" + relative)); }
+
 bool Output::MakeDir(const std::string& relative) {
     if (dryRun_) return true;
     std::string error;
-    return os::MakeDirectory(root_ + "/" + relative, &error) != os::Created::kFailed || Fail(error);
-}
-
-bool Output::OpenFile(const std::string& relative) {
-    offset_ = 0;
-    if (dryRun_) return true;
-    std::string error;
-    switch (file_.Create(root_ + "/" + relative, &error)) {
-    case os::Created::kNew: return true;
-    case os::Created::kExists: return Fail(error + " (exists; nothing is overwritten)");
+    switch (os::MakeDirectory(root_ + "/" + relative, &error)) {
+    case os::Created::kNew: Touched(relative); return true;
+    case os::Created::kExists: return true;
     default: return Fail(error);
     }
 }
 
-bool Output::Flush() {
+bool Output::OpenFile(const std::string& relative) {
+    offset_ = onDisk_ = 0;
+    openFile_ = relative;
+    if (dryRun_) return true;
     std::string error;
-    if (!buffer_.empty() && !file_.Write(buffer_.data(), buffer_.size(), &error)) return Fail(error);
+    switch (file_.Create(root_ + "/" + relative, &error)) {
+    case os::Created::kNew: Touched(relative); return true;
+    case os::Created::kExists:
+        // An export stopped between making the file and its next commit.
+        if (resuming_ && SizeOf(root_ + "/" + relative) == 0) return ReopenFile(relative, 0);
+        return Fail(error + " (exists; nothing is overwritten)");
+    default: return Fail(error);
+    }
+}
+
+bool Output::ReopenFile(const std::string& relative, uint64_t length) {
+    offset_ = onDisk_ = length;
+    openFile_ = relative;
+    std::string error;
+    return file_.OpenAt(root_ + "/" + relative, length, &error) || Fail(error);
+}
+
+bool Output::Flush() {
+    if (buffer_.empty()) return true;
+    const bool ok = WriteThrough(buffer_.data(), buffer_.size());
     buffer_.clear();
-    return true;
+    return ok;
+}
+
+bool Output::WriteThrough(const char* data, size_t size) {
+    std::string error;
+    if (file_.Write(data, size, &error)) {
+        onDisk_ += size;
+        return true;
+    }
+    // A full disk: the file keeps its whole messages only.
+    std::string ignored;
+    file_.Truncate(onDisk_, &ignored);
+    return Fail(error);
+}
+
+void Output::KillHalfway(const char* data, size_t size) {
+    Flush();
+    std::string ignored;
+    file_.Write(data, size / 2, &ignored);
+    os::KillSelf();
 }
 
 bool Output::Write(const char* data, size_t size) {
     offset_ += size;
     bytes_ += size;
     if (dryRun_) return true;
+    if (killInWrite_) KillHalfway(data, size);
     if (buffer_.size() + size <= kBufferSize) {
         buffer_.append(data, size);
         return true;
@@ -51,16 +116,85 @@ bool Output::Write(const char* data, size_t size) {
         buffer_.append(data, size);
         return true;
     }
-    std::string error;
-    return file_.Write(data, size, &error) || Fail(error);
+    return WriteThrough(data, size);
 }
 
 bool Output::CloseFile(bool sync) {
+    openFile_.clear();
     if (dryRun_) return true;
     std::string error;
     bool ok = Flush() && (!sync || file_.Sync(&error) || Fail(error));
     if (!file_.Close(&error) && ok) return Fail(error);
     return ok;
+}
+
+bool Output::WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size) {
+    bytes_ += size;
+    if (dryRun_) return true;
+    std::string error;
+    os::NewFile file;
+    if (!file.CreateOrEmpty(root_ + "/" + temporary, &error)) return Fail(error);
+    if (killInWrite_) {
+        file.Write(data, size / 2, &error);
+        os::KillSelf();
+    }
+    if (!file.Write(data, size, &error) || !file.Close(&error)) {
+        file.Close(&error);
+        os::RemoveFile(root_ + "/" + temporary);
+        return Fail(error);
+    }
+    waiting_.emplace_back(temporary, final);
+    return true;
+}
+
+bool Output::WriteWholeFile(const std::string& relative, const std::string& data) {
+    bytes_ += data.size();
+    if (dryRun_) return true;
+    const std::string temporary = relative + ".part";
+    std::string error;
+    os::NewFile file;
+    if (!file.CreateOrEmpty(root_ + "/" + temporary, &error) || !file.Write(data.data(), data.size(), &error) ||
+        !file.Sync(&error) || !file.Close(&error)) {
+        file.Close(&error);
+        os::RemoveFile(root_ + "/" + temporary);
+        return Fail(error);
+    }
+    if (!Place(temporary, relative)) return false;
+    KillAt(KillPoint::kFile);
+    return true;
+}
+
+bool Output::Place(const std::string& temporary, const std::string& final) {
+    const std::string from = root_ + "/" + temporary, to = root_ + "/" + final;
+    std::string error;
+    Touched(final);
+    if (os::RenameNew(from, to, &error)) return true;
+    // An earlier run that stopped renamed it before its journal counted it.
+    if (resuming_ && SameFileContent(from, to)) {
+        os::RemoveFile(from);
+        return true;
+    }
+    os::RemoveFile(from);
+    return Fail(error + " (exists; nothing is overwritten)");
+}
+
+bool Output::Commit() {
+    if (dryRun_) return true;
+    std::string error;
+    if (file_.IsOpen() && !Flush()) return false;
+    if (file_.IsOpen() && !file_.Sync(&error)) return Fail(error);
+    std::vector<std::string> paths;
+    for (const auto& file : waiting_) paths.push_back(root_ + "/" + file.first);
+    if (!os::SyncFiles(paths, &error)) return Fail(error);
+    for (const auto& file : waiting_) {
+        if (!Place(file.first, file.second)) return false;
+    }
+    waiting_.clear();
+    for (const std::string& dir : dirtyDirs_) {
+        if (!os::SyncDirectory(dir, &error)) return Fail(error);
+    }
+    dirtyDirs_.clear();
+    return true;
 }
 
 }  // namespace tqnralm

@@ -35,8 +35,23 @@ void Progress::Show(std::chrono::steady_clock::time_point now) {
     width_ = n;
 }
 
-void Progress::Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes) {
+void Progress::Clear() {
     if (width_ > 0) std::fprintf(stderr, "\r%*s\r", width_, "");
+    width_ = 0;
+}
+
+void Progress::Stopped(int64_t written, int64_t failed, uint64_t bytes) {
+    Clear();
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    std::fprintf(stderr,
+                 "tqnralm: export stopped: %lld written, %lld failed, %llu bytes, %.2f s; "
+                 "the same command goes on from there\n",
+                 static_cast<long long>(written), static_cast<long long>(failed),
+                 static_cast<unsigned long long>(bytes), seconds);
+}
+
+void Progress::Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes) {
+    Clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
     std::fprintf(stderr, "tqnralm: %s: %lld %s, %lld failed, %llu bytes, %.2f s\n", dryRun ? "dry run" : "export",
                  static_cast<long long>(written), dryRun ? "to write" : "written",

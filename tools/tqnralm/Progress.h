@@ -21,7 +21,11 @@ public:
     // are what would be written.
     void Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes);
 
+    // The same when a stop was asked for: how far the export got.
+    void Stopped(int64_t written, int64_t failed, uint64_t bytes);
+
 private:
+    void Clear();
     void Show(std::chrono::steady_clock::time_point now);
 
     bool live_;
