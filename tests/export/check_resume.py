@@ -1,0 +1,156 @@
+#!/usr/bin/python3
+"""An export that is stopped and run again ends as one that never stopped.
+
+    check_resume.py TQNRALM SAMPLESTORE FORMAT
+
+The export of the sample store in FORMAT (mbox, maildir or eml) is ended by
+SIGKILL at kill points chosen by TQNRALM_KILL_AT, not by time; right after
+each kill no file under a final name may hold anything but whole messages,
+and the same command run again must leave a tree byte-identical to an
+uninterrupted export, manifest included, with nothing of the journal left.
+Then: a stop by SIGINT (exit 130 and a summary), another store or other
+options refused (exit 4), and a disk that fills and frees again.
+"""
+import json
+import os
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+
+TOOL, SAMPLESTORE, FMT = sys.argv[1:4]
+failures = []
+
+# Each point with its countdowns. The sample store has 7 messages in 8
+# folders; a commit comes after each folder ends (and in mbox after its file
+# is made) and after the last message.
+LAST_COMMIT = 17 if FMT == "mbox" else 9
+KILLS = [
+    ("message", 1), ("message", 4), ("message", 7),
+    ("mid-message", 1), ("mid-message", 5),
+    ("journal", 1), ("journal", 2), ("journal", 5), ("journal", LAST_COMMIT),
+    ("file", 1), ("file", 4),
+    ("rename", 1), ("rename", 2),
+]
+LEFTOVERS = re.compile(r"(\.part|\.partial|\.journal|\.new)$|/tmp/")
+
+
+def check(condition, what):
+    if not condition:
+        failures.append(what)
+        print("FAIL:", what)
+
+
+def run(prefix, out, *args, kill=None, limit=None):
+    env = dict(os.environ, WINEPREFIX=prefix)
+    env.pop("TQNRALM_KILL_AT", None)
+    if kill:
+        env["TQNRALM_KILL_AT"] = kill
+
+    def small_disk():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # a write past the limit fails with EFBIG
+        resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+    return subprocess.run([TOOL, "export", out, "--format", FMT, "--quiet", *args], env=env, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, preexec_fn=small_disk if limit else None, timeout=300)
+
+
+def tree_files(root):
+    out = {}
+    for folder, _, files in os.walk(root):
+        for name in files:
+            path = os.path.join(folder, name)
+            with open(path, "rb") as f:
+                out[os.path.relpath(path, root)] = f.read()
+    return out
+
+
+def whole_messages(files, ref, what):
+    """Every file under a final name is the uninterrupted export's file (an
+    mbox: a start of it that a mail reader splits into whole messages; only
+    a kill inside a write may leave a cut one after what the journal
+    counts, which the rerun cuts off)."""
+    journal = json.loads(files.get("manifest.json.journal", b"{}"))
+    for name, data in files.items():
+        if LEFTOVERS.search("/" + name):
+            continue
+        if FMT == "mbox" and name in ref and "addresses/" not in name:
+            cut = [m.start() for m in re.finditer(rb"^From ", ref[name], re.M)] + [len(ref[name])]
+            torn = what.startswith("mid-message") and journal.get("folder") == name
+            check(ref[name].startswith(data), f"{what}: {name} is not the start of the export's")
+            check(len(data) in cut or torn and journal["folder_length"] in cut,
+                  f"{what}: {name} ends inside a message ({len(data)} bytes)")
+        else:
+            check(ref.get(name) == data, f"{what}: {name} is not a whole file of the export")
+
+
+def kill_and_resume(prefix, work, ref):
+    for point, n in KILLS:
+        what = f"{point}:{n}"
+        out = os.path.join(work, "kill-" + what.replace(":", "-"))
+        first = run(prefix, out, kill=what)
+        check(first.returncode == -signal.SIGKILL, f"{what}: killed, exit {first.returncode} {first.stderr!r}")
+        whole_messages(tree_files(out), ref, what)
+        if point == "rename" and n == 1:
+            # Killed inside the rename (POSIX links the new name, then
+            # unlinks the old): both names hold the manifest.
+            os.link(os.path.join(out, "manifest.json.partial"), os.path.join(out, "manifest.json"))
+        again = run(prefix, out)
+        check(again.returncode == 0, f"{what}: rerun exit {again.returncode} {again.stderr!r}")
+        got = tree_files(out)
+        check(got == ref, f"{what}: differs from the uninterrupted export: "
+                          f"{sorted(k for k in set(got) | set(ref) if got.get(k) != ref.get(k))[:5]}")
+
+
+def stop_and_refusals(prefix, work, ref):
+    out = os.path.join(work, "stopped")
+    first = run(prefix, out, kill="message:3:stop")
+    err = first.stderr.decode()
+    check(first.returncode == 130, f"SIGINT: exit {first.returncode}")
+    check(re.search(r"export stopped: [34] written, 0 failed, \d+ bytes.*goes on", err), f"SIGINT summary {err!r}")
+    check("manifest.json" not in os.listdir(out), "SIGINT: no manifest")
+    whole_messages(tree_files(out), ref, "SIGINT")
+    other = "eml" if FMT != "eml" else "mbox"
+    env = dict(os.environ, WINEPREFIX=prefix)
+    refused = subprocess.run([TOOL, "export", out, "--format", other, "--quiet"], env=env, stderr=subprocess.PIPE)
+    check(refused.returncode == 4 and b"unfinished export" in refused.stderr, f"other options: {refused.stderr!r}")
+    check(run(prefix, out, "--no-addresses").returncode == 4, "other options: --no-addresses refused")
+    check(run(prefix, out).returncode == 0 and tree_files(out) == ref, "SIGINT, then the rerun")
+    check(run(prefix, out).returncode == 4, "a finished export is not written again")
+
+
+def full_disk(work):
+    big = os.path.join(work, "big")
+    # Maildir and EML make a file per message: fewer of them.
+    messages = 6000 if FMT == "mbox" else 1500
+    subprocess.run([SAMPLESTORE, "--generate", big, "--messages", str(messages), "--folders", "2"], check=True,
+                   stdout=subprocess.DEVNULL)
+    ref_out = os.path.join(work, "big-ref")
+    check(run(big, ref_out).returncode == 0, "big store: export")
+    ref = tree_files(ref_out)
+    out = os.path.join(work, "big-full")
+    # The disk fills (for mbox in a folder file, else in the manifest), is
+    # freed a little, then wholly.
+    for limit in ((2 << 20, 4 << 20) if FMT == "mbox" else (100 << 10, 200 << 10)):
+        full = run(big, out, limit=limit)
+        check(full.returncode == 4 and b"the same command goes on" in full.stderr, f"full disk: {full.stderr!r}")
+        whole_messages(tree_files(out), ref, f"full disk at {limit}")
+    again = run(big, out)
+    check(again.returncode == 0 and tree_files(out) == ref, f"full disk, then space: {again.stderr!r}")
+    # Killed between a commit inside a large folder and its journal.
+    out = os.path.join(work, "big-kill")
+    check(run(big, out, kill="journal:2").returncode == -signal.SIGKILL, "big store: killed")
+    check(run(big, out).returncode == 0 and tree_files(out) == ref, "big store: killed inside a folder, rerun")
+
+
+with tempfile.TemporaryDirectory(prefix="tqnralm-resume-") as work:
+    prefix = os.path.join(work, "prefix")
+    subprocess.run([SAMPLESTORE, prefix, "default"], check=True, stdout=subprocess.DEVNULL)
+    ref_out = os.path.join(work, "ref")
+    check(run(prefix, ref_out).returncode == 0, "uninterrupted export")
+    reference = tree_files(ref_out)
+    kill_and_resume(prefix, work, reference)
+    stop_and_refusals(prefix, work, reference)
+    full_disk(work)
+sys.exit(1 if failures else 0)
