@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "MsgCharset.h"
@@ -29,7 +30,18 @@ constexpr uint32_t kShiftJis = 932;
 
 bool IsRaw(char c) { return static_cast<unsigned char>(c) >= 0x80 || c == '\x1B'; }
 
-bool HasRaw(std::string_view s) { return std::any_of(s.begin(), s.end(), IsRaw); }
+// Eight bytes at a time: every message's header passes through here.
+bool HasRaw(std::string_view s) {
+    constexpr uint64_t kOnes = 0x0101010101010101u, kHigh = 0x8080808080808080u, kEsc = 0x1B * kOnes;
+    size_t i = 0;
+    for (; i + 8 <= s.size(); i += 8) {
+        uint64_t w;
+        std::memcpy(&w, s.data() + i, 8);
+        const uint64_t esc = w ^ kEsc;  // a zero byte where w holds an escape
+        if ((w & kHigh) != 0 || ((esc - kOnes) & ~esc & kHigh) != 0) return true;
+    }
+    return std::any_of(s.begin() + static_cast<std::ptrdiff_t>(i), s.end(), IsRaw);
+}
 
 // One line group of the header block: a field with its continuation lines,
 // or a line that is neither (kept as it is).
@@ -73,16 +85,40 @@ std::vector<Field> SplitHeader(std::string_view m) {
     return fields;
 }
 
-// The code page of the message's top-level charset parameter.
-uint32_t DeclaredCodePage(const std::vector<Field>& fields) {
-    for (const Field& f : fields) {
-        if (!f.field || !msg::EqualsNoCase(f.name, "Content-Type")) continue;
-        msg::MsgParams params;
-        params.Parse(msg::UnfoldValue(f.value));
-        std::string charset;
-        return params.Get("charset", &charset) ? msg::CodePageOfCharset(charset) : msg::kCpGuess;
+// The raw value of the first field of that name in the header block (up to
+// its last line's end; the block ends at its empty line), without making a
+// list of the fields: the subject of every message is looked up this way.
+bool FindField(std::string_view header, std::string_view name, std::string_view* value) {
+    for (size_t pos = 0; pos < header.size() && header[pos] != '\n' && header.substr(pos, 2) != "\r\n";) {
+        size_t next = header.find('\n', pos);
+        next = next == std::string_view::npos ? header.size() : next + 1;
+        const bool named = msg::EqualsNoCase(header.substr(pos, name.size()), name);
+        size_t colon = pos + name.size();
+        while (named && colon < next && msg::IsWsp(header[colon])) ++colon;
+        if (named && colon < next && header[colon] == ':') {
+            while (next < header.size() && msg::IsWsp(header[next])) {  // continuation lines
+                const size_t nl = header.find('\n', next);
+                next = nl == std::string_view::npos ? header.size() : nl + 1;
+            }
+            size_t end = next;
+            if (end > colon && header[end - 1] == '\n') --end;
+            if (end > colon && header[end - 1] == '\r') --end;
+            *value = header.substr(colon + 1, end - colon - 1);
+            return true;
+        }
+        pos = next;
     }
-    return msg::kCpGuess;
+    return false;
+}
+
+// The code page of the message's top-level charset parameter.
+uint32_t DeclaredCodePage(std::string_view message) {
+    std::string_view raw;
+    if (!FindField(message, "Content-Type", &raw)) return msg::kCpGuess;
+    msg::MsgParams params;
+    params.Parse(msg::UnfoldValue(raw));
+    std::string charset;
+    return params.Get("charset", &charset) ? msg::CodePageOfCharset(charset) : msg::kCpGuess;
 }
 
 uint32_t Detect(std::string_view bytes, uint32_t declared) { return msg::GuessCodePage(bytes, declared); }
@@ -411,30 +447,27 @@ size_t HeaderEnd(std::string_view m) {
 }  // namespace
 
 bool RewriteHeaders(std::string_view message, std::string* out) {
-    const size_t end = HeaderEnd(message);
-    if (!HasRaw(message.substr(0, end))) return false;
-    const std::vector<Field> fields = SplitHeader(message.substr(0, end));
-    const uint32_t declared = DeclaredCodePage(fields);
+    const std::string_view header = message.substr(0, HeaderEnd(message));
+    if (!HasRaw(header)) return false;
+    const uint32_t declared = DeclaredCodePage(header);
     std::string text;
     text.reserve(message.size() + message.size() / 4);
-    for (const Field& f : fields) {
+    for (const Field& f : SplitHeader(header)) {
         if (f.field && HasRaw(f.bytes)) text += RewriteField(f, declared);
         else text.append(f.bytes);
     }
-    text.append(message.substr(end));
+    text.append(message.substr(header.size()));
     *out = std::move(text);
     return true;
 }
 
 bool DecodeSubject(std::string_view message, std::string* subject) {
-    const std::vector<Field> fields = SplitHeader(message.substr(0, HeaderEnd(message)));
-    for (const Field& f : fields) {
-        if (f.field && msg::EqualsNoCase(f.name, "Subject")) {
-            *subject = Decode(msg::UnfoldValue(f.value), DeclaredCodePage(fields));
-            return true;
-        }
-    }
-    return false;
+    std::string_view raw;
+    if (!FindField(message, "Subject", &raw)) return false;
+    const std::string value = msg::UnfoldValue(raw);
+    // Encoded words name their charsets; only raw bytes need the message's.
+    *subject = Decode(value, HasRaw(value) ? DeclaredCodePage(message) : msg::kCpGuess);
+    return true;
 }
 
 }  // namespace tqnralm
