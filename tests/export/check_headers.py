@@ -98,6 +98,11 @@ for eol in (b"\r\n", b"\n"):
 for case, message in [("ascii header", b"Subject: =?UTF-8?B?5pel5pys?=\r\n\r\n" + sjis("本文")),
                       ("no header", b"\r\n" + sjis("本文")), ("empty", b"")]:
     check(run(message).returncode == 1, f"{case}: left as it is")
+# Stray closing brackets in an address field: the rewriting ends, the address stays.
+result = subprocess.run([TOOL], input=b"To: ) > " + sjis("山田") + b" <y@example.jp>\n\nb", stdout=subprocess.PIPE,
+                        timeout=10)
+check(result.returncode == 0 and result.stdout.endswith(b"?= <y@example.jp>\n\nb") and result.stdout.isascii(),
+      f"stray brackets: {result.stdout!r}")
 # Structured fields hold no encoded words: their raw bytes become UTF-8.
 result = run(b"Subject: x\nContent-Type: text/plain; name=\"" + sjis("請求書") + b".txt\"\n\nbody")
 check(result.stdout == "Subject: x\nContent-Type: text/plain; name=\"請求書.txt\"\n\nbody".encode(),

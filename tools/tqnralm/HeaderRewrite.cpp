@@ -242,9 +242,10 @@ std::vector<Lexeme> LexAddresses(std::string_view v, uint32_t cp) {
         } else if (c == ',' || c == ':' || c == ';') {
             kind = Lex::kSpecial;
             ++i;
-        } else {
-            while (i < v.size() && !msg::IsWsp(v[i]) && std::string_view("()<>\",:;").find(v[i]) == std::string_view::npos)
+        } else {  // at least one byte: a stray ')' or '>' is an atom of its own
+            do {
                 i = CharEnd(v, i, cp);
+            } while (i < v.size() && !msg::IsWsp(v[i]) && std::string_view("()<>\",:;").find(v[i]) == std::string_view::npos);
         }
         out.push_back({kind, v.substr(start, i - start), HasRaw(v.substr(start, i - start))});
     }
