@@ -18,6 +18,7 @@ escapes, mbox names follow what Thunderbird opens, and Dovecot (doveadm, where
 installed) lists every Maildir folder with its messages.
 """
 import email
+import email.utils
 import email.policy
 import hashlib
 import json
@@ -118,6 +119,34 @@ def maildir_name(path):
     return path.split("/Maildir", 1)[1].removeprefix("/.") or "INBOX"
 
 
+def arrival(data):
+    """When a message came, as email.utils reads its Date (else its first
+    Received field's date); None when neither reads."""
+    msg = email.message_from_bytes(data)
+    for value in (msg["Date"], (msg["Received"] or "").rpartition(";")[2]):
+        try:
+            return int(email.utils.parsedate_to_datetime(str(value)).timestamp())
+        except (TypeError, ValueError, IndexError):
+            pass
+    return None
+
+
+def check_times(out, manifest, api, what):
+    """Each Maildir or EML file has the time its message came (a message
+    without one: that of the message before it in the folder)."""
+    last = {}
+    for m in manifest["messages"]:
+        if m["status"] != "written":
+            continue
+        folder = os.path.dirname(m["file"])
+        want = arrival(api[m["index"]])
+        want = last.get(folder) if want is None else want
+        last[folder] = want
+        got = os.stat(os.path.join(out, m["file"])).st_mtime_ns
+        if want is not None:
+            check(got == want * 10**9, f"{what} {m['index']}: file time {got // 10**9}, message {want}")
+
+
 def store_state(prefix):
     """Every file of the store with its bytes and times."""
     state = {}
@@ -162,10 +191,16 @@ def export_and_read(fmt, work):
         if fmt != "mbox":
             check(data == api[m["index"]], f"{m['index']}: the bytes of QV_MailMessage_GetData")
     read_back(fmt, out, manifest, api)
+    if fmt != "mbox":
+        check_times(out, manifest, api, fmt)
 
     again = os.path.join(work, "again")
     check(tqnralm(prefix, "export", again, "--format", fmt, "--quiet", "--raw").returncode == 0, "second export")
     check(tree_files(again) == files, "two exports are byte-identical")
+    # (An empty mbox file has no message to take a time from.)
+    times = [(os.stat(os.path.join(out, n)).st_mtime_ns, os.stat(os.path.join(again, n)).st_mtime_ns)
+             for n in {m["file"] for m in manifest["messages"] if m["status"] == "written"}]
+    check(times and all(a == b for a, b in times), "two exports give their message files the same times")
     readable(fmt, work, prefix, manifest, files, api)
 
 
@@ -248,6 +283,14 @@ def exits(work):
     check(manifest["problems"] and manifest["problems"][0]["item"] == "folder", "the unreadable folder is listed")
     folders = [f["name"] for u in manifest["users"] for a in u["accounts"] for f in a.get("folders", [])]
     check(folders[-1:] == ["日本語"], f"the folder after the unreadable one is exported: {folders}")
+    for fmt in ("maildir", "eml"):
+        out = os.path.join(work, "damaged-" + fmt)
+        tqnralm(damaged, "export", out, "--format", fmt)
+        with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+            listed = json.load(f)
+        api = {m["index"]: tqnralm(damaged, "cat", m["index"]).stdout for m in listed["messages"]}
+        check(any(arrival(data) is None for data in api.values()), "a message without a time")
+        check_times(out, listed, api, "damaged " + fmt)
 
     dry = os.path.join(work, "dry")
     run = tqnralm(prefix, "export", dry, "--dry-run")

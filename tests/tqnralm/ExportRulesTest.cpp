@@ -66,6 +66,28 @@ TEST(Mboxrd, DateInUtcAsAsctime) {
     for (const auto& row : rows) EXPECT_EQ(row.asctime, AsctimeUtc(row.date)) << row.date;
 }
 
+TEST(Mboxrd, MessageTimeFromDateElseReceived) {
+    const int64_t k2008 = 1205453101;  // Fri, 14 Mar 2008 00:05:01 UTC
+    const struct {
+        const char* headers;
+        int64_t time;  // -1: none
+    } rows[] = {
+        {"Date: Fri, 14 Mar 2008 09:05:01 +0900\r\n\r\n", k2008},
+        {"Received: from a by b; Fri, 14 Mar 2008 00:05:01 +0000\nReceived: from c; 1 Jan 2000 00:00 +0000\n\n", k2008},
+        {"Received: from a\n by b (x; y);\n Fri, 14 Mar 2008 00:05:01 GMT\n\n", k2008},  // folded, ';' in a comment
+        {"Date: someday\nReceived: by b; 14 Mar 2008 09:05:01 +0900\n\n", k2008},
+        {"Received: by b without a date\n\n", -1},
+        {"Subject: none\n\nDate: Fri, 14 Mar 2008 09:05:01 +0900\n", -1},  // in the body
+        {"", -1},
+    };
+    for (const auto& row : rows) {
+        int64_t time = -1;
+        const bool found = MessageTime(row.headers, std::string(row.headers).size(), &time);
+        EXPECT_EQ(row.time >= 0, found) << row.headers;
+        EXPECT_EQ(row.time, found ? time : -1) << row.headers;
+    }
+}
+
 TEST(Mboxrd, FromLineSender) {
     const struct {
         const char* headers;
@@ -81,7 +103,10 @@ TEST(Mboxrd, FromLineSender) {
         {"From: a b@x.jp\n\n", "From b@x.jp Thu Jan  1 00:00:00 1970\n"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(row.line, FromLine(row.headers, std::string(row.headers).size())) << row.headers;
+        const size_t size = std::string(row.headers).size();
+        int64_t time = -1;
+        MessageTime(row.headers, size, &time);
+        EXPECT_EQ(row.line, FromLine(row.headers, size, time)) << row.headers;
     }
 }
 

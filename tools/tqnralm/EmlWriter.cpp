@@ -33,6 +33,7 @@ public:
 
     bool BeginFolder(const std::string& target) override {
         folder_ = target;
+        StartFolderTimes();
         return output_.MakeDir(target);
     }
 
@@ -44,7 +45,7 @@ public:
         written->length = size;
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
-        return output_.WriteNewFile(written->file + ".part", written->file, data, size);
+        return output_.WriteNewFile(written->file + ".part", written->file, data, size, TimeOf(data, size));
     }
 
 private:

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "FileNames.h"
+#include "Mbox.h"
 #include "Options.h"
 #include "Output.h"
 
@@ -54,7 +55,21 @@ public:
     virtual bool EndFolder() { return true; }
 
 protected:
+    // The time of a message, for its file and its From line: its own
+    // (MessageTime), else that of the message before it in the folder, as the
+    // client lists a folder's messages in the order they came; -1 while none
+    // is known. Each BeginFolder calls StartFolderTimes.
+    int64_t TimeOf(const char* data, size_t size) {
+        int64_t time = 0;
+        if (MessageTime(data, size, &time)) lastTime_ = time;
+        return lastTime_;
+    }
+    void StartFolderTimes() { lastTime_ = -1; }
+
     Output& output_;
+
+private:
+    int64_t lastTime_ = -1;
 };
 
 std::unique_ptr<MailWriter> MakeMboxWriter(Output& output);

@@ -44,6 +44,7 @@ public:
 
     bool BeginFolder(const std::string& target) override {
         folder_ = target;
+        StartFolderTimes();
         return MakeMaildir(output_, target);
     }
 
@@ -58,7 +59,9 @@ public:
         written->file = folder_ + "/cur/" + name;
         written->offset = 0;
         written->length = size;
-        return output_.WriteNewFile(folder_ + "/tmp/" + std::string(name, unique), written->file, data, size);
+        // Dovecot and mu take the file's time as the time the message came.
+        return output_.WriteNewFile(folder_ + "/tmp/" + std::string(name, unique), written->file, data, size,
+                                    TimeOf(data, size));
     }
 
 private:

@@ -169,10 +169,10 @@ std::string AddrSpec(const std::string& value) {
     return inner;
 }
 
-std::string AsctimeUtc(const std::string& date) {
+bool ParseDate(const std::string& date, int64_t* seconds) {
     bool angle = false;
     std::string text = StripComments(date, &angle);
-    if (angle) return kEpoch;
+    if (angle) return false;
     std::vector<std::string> words;
     std::string word;
     for (char c : text + " ") {
@@ -185,14 +185,14 @@ std::string AsctimeUtc(const std::string& date) {
     }
     size_t i = 0;
     if (i < words.size() && std::isalpha(static_cast<unsigned char>(words[i][0]))) ++i;  // the day of the week
-    if (words.size() < i + 4) return kEpoch;
+    if (words.size() < i + 4) return false;
     const std::string& dayWord = words[i];
     const std::string& monthWord = words[i + 1];
     const std::string& yearWord = words[i + 2];
     const std::string& timeWord = words[i + 3];
     if (!AllDigits(dayWord) || dayWord.size() > 2 || !AllDigits(yearWord) || yearWord.size() < 2 ||
         yearWord.size() > 4)
-        return kEpoch;
+        return false;
     int month = -1;
     for (int m = 0; m < 12; ++m) {
         if (EqualNoCase(monthWord.data(), monthWord.size(), kMonths[m])) month = m + 1;
@@ -204,16 +204,20 @@ std::string AsctimeUtc(const std::string& date) {
     static const int kLength[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
     if (month < 1 || day < 1 || day > kLength[month - 1] || (month == 2 && day == 29 && !leap) || year < 1900)
-        return kEpoch;
+        return false;
     int hh = 0, mm = 0, ss = 0;
     char rest = 0;
     int fields = std::sscanf(timeWord.c_str(), "%2d:%2d:%2d%c", &hh, &mm, &ss, &rest);
     if (!(fields == 3 || (fields == 2 && timeWord.size() <= 5)) || hh > 23 || mm > 59 || ss > 60 || hh < 0 ||
         mm < 0 || ss < 0)
-        return kEpoch;
+        return false;
     int offset = 0;
-    if (words.size() > i + 4 && !ZoneOffset(words[i + 4], &offset)) return kEpoch;
-    const int64_t seconds = DaysFromCivil(year, month, day) * 86400 + hh * 3600 + mm * 60 + ss - offset * 60;
+    if (words.size() > i + 4 && !ZoneOffset(words[i + 4], &offset)) return false;
+    *seconds = DaysFromCivil(year, month, day) * 86400 + hh * 3600 + mm * 60 + ss - offset * 60;
+    return true;
+}
+
+std::string Asctime(int64_t seconds) {
     int64_t days = seconds >= 0 ? seconds / 86400 : -((-seconds + 86399) / 86400);
     const int64_t inDay = seconds - days * 86400;
     int64_t y = 0;
@@ -226,15 +230,27 @@ std::string AsctimeUtc(const std::string& date) {
     return out;
 }
 
-std::string FromLine(const char* data, size_t size) {
+std::string AsctimeUtc(const std::string& date) {
+    int64_t seconds = 0;
+    return ParseDate(date, &seconds) ? Asctime(seconds) : kEpoch;
+}
+
+bool MessageTime(const char* data, size_t size, int64_t* seconds) {
+    std::string value;
+    if (HeaderValue(data, size, "Date", &value) && ParseDate(value, seconds)) return true;
+    value.clear();
+    if (!HeaderValue(data, size, "Received", &value)) return false;
+    const size_t semicolon = value.rfind(';');
+    return semicolon != std::string::npos && ParseDate(value.substr(semicolon + 1), seconds);
+}
+
+std::string FromLine(const char* data, size_t size, int64_t time) {
     std::string value, sender;
     if (HeaderValue(data, size, "Return-Path", &value)) sender = AddrSpec(value);
     value.clear();
     if (sender.empty() && HeaderValue(data, size, "From", &value)) sender = AddrSpec(value);
     if (sender.empty()) sender = "MAILER-DAEMON";
-    value.clear();
-    std::string date = HeaderValue(data, size, "Date", &value) ? AsctimeUtc(value) : kEpoch;
-    return "From " + sender + " " + date + "\n";
+    return "From " + sender + " " + (time >= 0 ? Asctime(time) : std::string(kEpoch)) + "\n";
 }
 
 void AppendMboxrd(const char* data, size_t size, std::string& out) {

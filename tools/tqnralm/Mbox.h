@@ -4,6 +4,7 @@
 #define TQNRALM_TOOL_MBOX_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace tqnralm {
@@ -16,14 +17,25 @@ bool HeaderValue(const char* data, size_t size, const char* name, std::string* v
 // "taro@example.jp (Taro)"); empty when there is none usable on a From line.
 std::string AddrSpec(const std::string& value);
 
-// An RFC 5322 date ("Fri, 14 Mar 2008 09:05:01 +0900") in UTC, in the form of
-// asctime ("Fri Mar 14 00:05:01 2008"); "Thu Jan  1 00:00:00 1970" when it
-// cannot be read.
+// An RFC 5322 date ("Fri, 14 Mar 2008 09:05:01 +0900") as seconds since
+// 1970 (UTC); false when it cannot be read.
+bool ParseDate(const std::string& date, int64_t* seconds);
+
+// A time in UTC in the form of asctime ("Fri Mar 14 00:05:01 2008").
+std::string Asctime(int64_t seconds);
+
+// An RFC 5322 date in UTC in the form of asctime; "Thu Jan  1 00:00:00 1970"
+// when it cannot be read.
 std::string AsctimeUtc(const std::string& date);
 
+// When a message came: its Date, else the date of its first Received field
+// (which the last server put on top as it took the message in); false when
+// neither can be read.
+bool MessageTime(const char* data, size_t size, int64_t* seconds);
+
 // "From <sender> <date>\n" for a message: the addr-spec of Return-Path, else
-// of From, else MAILER-DAEMON; the Date header in UTC.
-std::string FromLine(const char* data, size_t size);
+// of From, else MAILER-DAEMON; `time` in UTC (1970 when it is below 0).
+std::string FromLine(const char* data, size_t size, int64_t time);
 
 // Appends a message body in mboxrd form to `out`: CR LF becomes LF, a line
 // that matches ^>*From gets one more ">", a last line without an end gets

@@ -28,6 +28,8 @@ public:
         file_ = target;
         // The parent's .sbd directory (or the account's folder, made already).
         const std::string parent = target.substr(0, target.rfind('/'));
+        StartFolderTimes();
+        newest_ = -1;
         return output_.MakeDir(parent) && output_.OpenFile(target);
     }
 
@@ -37,7 +39,9 @@ public:
     }
 
     bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
-        text_ = FromLine(data, size);
+        const int64_t time = TimeOf(data, size);
+        if (time > newest_) newest_ = time;
+        text_ = FromLine(data, size, time);
         AppendMboxrd(data, size, text_);
         written->file = file_;
         written->shared = true;
@@ -49,11 +53,12 @@ public:
     }
 
     // The one file of a folder is flushed to the disk before the manifest
-    // says it is complete.
-    bool EndFolder() override { return output_.CloseFile(true); }
+    // says it is complete. Its time is that of its newest message.
+    bool EndFolder() override { return output_.CloseFile(true, newest_); }
 
 private:
     std::string file_;
+    int64_t newest_ = -1;
     std::string text_;  // one message at a time, its capacity kept
     Sha256 hash_;
 };

@@ -104,6 +104,17 @@ bool NewFile::Sync(std::string* error) {
     return false;
 }
 
+bool NewFile::SetTime(int64_t seconds, std::string* error) {
+    // FILETIME counts 100 ns from 1601.
+    const uint64_t ticks = static_cast<uint64_t>(seconds + 11644473600LL) * 10000000ULL;
+    FILETIME time;
+    time.dwLowDateTime = static_cast<DWORD>(ticks);
+    time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
+    if (SetFileTime(H(handle_), nullptr, &time, &time)) return true;
+    *error = Describe(path_, LastError());
+    return false;
+}
+
 bool NewFile::Close(std::string* error) {
     if (handle_ == -1) return true;
     bool ok = CloseHandle(H(handle_)) != 0;
@@ -204,6 +215,15 @@ bool NewFile::Write(const char* data, size_t size, std::string* error) {
 
 bool NewFile::Sync(std::string* error) {
     if (fsync(static_cast<int>(handle_)) == 0) return true;
+    *error = Describe(path_, Errno());
+    return false;
+}
+
+bool NewFile::SetTime(int64_t seconds, std::string* error) {
+    struct timespec times[2];
+    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(seconds);
+    times[0].tv_nsec = times[1].tv_nsec = 0;
+    if (futimens(static_cast<int>(handle_), times) == 0) return true;
     *error = Describe(path_, Errno());
     return false;
 }

@@ -44,6 +44,9 @@ public:
     bool Write(const char* data, size_t size, std::string* error);
     // Flushes the file to the disk.
     bool Sync(std::string* error);
+    // Sets the time of the last change (seconds since 1970, UTC), after the
+    // last write.
+    bool SetTime(int64_t seconds, std::string* error);
     bool Close(std::string* error);
     bool IsOpen() const { return handle_ != -1; }
 

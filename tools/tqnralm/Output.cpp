@@ -119,16 +119,18 @@ bool Output::Write(const char* data, size_t size) {
     return WriteThrough(data, size);
 }
 
-bool Output::CloseFile(bool sync) {
+bool Output::CloseFile(bool sync, int64_t time) {
     openFile_.clear();
     if (dryRun_) return true;
     std::string error;
-    bool ok = Flush() && (!sync || file_.Sync(&error) || Fail(error));
+    bool ok = Flush() && (!sync || file_.Sync(&error) || Fail(error)) &&
+              (time < 0 || file_.SetTime(time, &error) || Fail(error));
     if (!file_.Close(&error) && ok) return Fail(error);
     return ok;
 }
 
-bool Output::WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size) {
+bool Output::WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
+                          int64_t time) {
     bytes_ += size;
     if (dryRun_) return true;
     std::string error;
@@ -138,7 +140,7 @@ bool Output::WriteNewFile(const std::string& temporary, const std::string& final
         file.Write(data, size / 2, &error);
         os::KillSelf();
     }
-    if (!file.Write(data, size, &error) || !file.Close(&error)) {
+    if (!file.Write(data, size, &error) || (time >= 0 && !file.SetTime(time, &error)) || !file.Close(&error)) {
         file.Close(&error);
         os::RemoveFile(root_ + "/" + temporary);
         return Fail(error);

@@ -40,11 +40,13 @@ public:
     // Appends to the open file; the bytes of one call are one whole message.
     bool Write(const char* data, size_t size);
     bool Write(const std::string& text) { return Write(text.data(), text.size()); }
-    // Closes the open file; `sync` flushes it to the disk first.
-    bool CloseFile(bool sync);
-    // A file that holds just these bytes: written as `temporary` and renamed
-    // to `final` at the next Commit.
-    bool WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size);
+    // Closes the open file; `sync` flushes it to the disk first; a `time`
+    // of 0 or more (seconds since 1970, UTC) becomes its time of change.
+    bool CloseFile(bool sync, int64_t time = -1);
+    // A file that holds just these bytes, changed at `time` as CloseFile
+    // says: written as `temporary` and renamed to `final` at the next Commit.
+    bool WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
+                      int64_t time = -1);
     // The same, renamed at once.
     bool WriteWholeFile(const std::string& relative, const std::string& data);
     // Flushes the open file and the waiting files to the disk, renames the
