@@ -33,7 +33,6 @@ public:
 
     bool BeginFolder(const std::string& target) override {
         folder_ = target;
-        StartFolderTimes();
         return output_.MakeDir(target);
     }
 

@@ -170,6 +170,7 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
     case Step::kAccount: return writer_.BeginAccount(step.path);
     case Step::kBeginFolder:
         // A folder's new file (mbox) is counted before anything goes in.
+        writer_.StartFolderTimes();
         return writer_.BeginFolder(step.path) && (output_.openFile().empty() || Commit(*totals));
     case Step::kEndFolder:
         totals->unread += step.unread;
@@ -181,9 +182,15 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
 }
 
 bool MailPass::Replay(const Step& step) {
-    if (step.kind == Step::kBeginFolder) resumeFolder_ = step.path;
+    if (step.kind == Step::kBeginFolder) {
+        resumeFolder_ = step.path;
+        writer_.StartFolderTimes();
+    }
     if (step.kind == Step::kEndFolder) resumeFolder_.clear();
-    if (step.kind == Step::kMessage) progress_.Step(0);
+    if (step.kind == Step::kMessage) {
+        if (step.code == QV_S_OK) writer_.PassOver(step.data.data(), step.data.size());
+        progress_.Step(0);
+    }
     return true;
 }
 

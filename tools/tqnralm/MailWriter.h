@@ -54,22 +54,33 @@ public:
     virtual bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) = 0;
     virtual bool EndFolder() { return true; }
 
+    // The times of a folder's messages start anew (before BeginFolder).
+    void StartFolderTimes() { lastTime_ = newest_ = -1; }
+    // A message that an earlier run wrote, passed over on a rerun: its time
+    // still counts for the messages after it.
+    void PassOver(const char* data, size_t size) { TimeOf(data, size); }
+
 protected:
     // The time of a message, for its file and its From line: its own
     // (MessageTime), else that of the message before it in the folder, as the
     // client lists a folder's messages in the order they came; -1 while none
-    // is known. Each BeginFolder calls StartFolderTimes.
+    // is known.
     int64_t TimeOf(const char* data, size_t size) {
         int64_t time = 0;
-        if (MessageTime(data, size, &time)) lastTime_ = time;
+        if (MessageTime(data, size, &time)) {
+            lastTime_ = time;
+            if (time > newest_) newest_ = time;
+        }
         return lastTime_;
     }
-    void StartFolderTimes() { lastTime_ = -1; }
+    // The newest time of the folder's messages so far; -1 while none is known.
+    int64_t newestTime() const { return newest_; }
 
     Output& output_;
 
 private:
     int64_t lastTime_ = -1;
+    int64_t newest_ = -1;
 };
 
 std::unique_ptr<MailWriter> MakeMboxWriter(Output& output);

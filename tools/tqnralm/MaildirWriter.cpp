@@ -44,7 +44,6 @@ public:
 
     bool BeginFolder(const std::string& target) override {
         folder_ = target;
-        StartFolderTimes();
         return MakeMaildir(output_, target);
     }
 

@@ -28,8 +28,6 @@ public:
         file_ = target;
         // The parent's .sbd directory (or the account's folder, made already).
         const std::string parent = target.substr(0, target.rfind('/'));
-        StartFolderTimes();
-        newest_ = -1;
         return output_.MakeDir(parent) && output_.OpenFile(target);
     }
 
@@ -40,7 +38,6 @@ public:
 
     bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
         const int64_t time = TimeOf(data, size);
-        if (time > newest_) newest_ = time;
         text_ = FromLine(data, size, time);
         AppendMboxrd(data, size, text_);
         written->file = file_;
@@ -54,11 +51,10 @@ public:
 
     // The one file of a folder is flushed to the disk before the manifest
     // says it is complete. Its time is that of its newest message.
-    bool EndFolder() override { return output_.CloseFile(true, newest_); }
+    bool EndFolder() override { return output_.CloseFile(true, newestTime()); }
 
 private:
     std::string file_;
-    int64_t newest_ = -1;
     std::string text_;  // one message at a time, its capacity kept
     Sha256 hash_;
 };
