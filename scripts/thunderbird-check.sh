@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Opens the mbox export of the sample store in Thunderbird and checks that
-# every folder holds the messages the manifest lists as written, all read.
+# every folder holds the messages the manifest lists as written, all read;
+# then imports every address book through Thunderbird's own importer.
 #
 #   scripts/thunderbird-check.sh BUILD
 #
@@ -13,8 +14,12 @@
 # xdotool places its window, clicks the Local Folders row and walks every row
 # with Right and Down, which opens each folder; Ctrl+Q makes it write
 # folderCache.json, where each folder's totalMsgs stands under the path of
-# its .msf file. Without Thunderbird, Xvfb, xdotool or ImageMagick (and no
-# way to install them) it says so in one line and passes.
+# its .msf file. The address books go through a second, headless run of a
+# private copy of Thunderbird (links to its files, its own binary) whose
+# AutoConfig file, thunderbird-import.cfg, imports each book's .vcf, .ldif
+# and .csv into a new address book and lists what came of them. Without
+# Thunderbird, Xvfb, xdotool or ImageMagick (and no way to install them) it
+# says so in one line and passes.
 set -euo pipefail
 [ $# = 1 ] || { echo "usage: $0 BUILD" >&2; exit 2; }
 here=$(cd "$(dirname "$0")" && pwd)
@@ -38,7 +43,7 @@ rm -rf "$work"
 mkdir -p "$work/home"
 "$build/bin/samplestore" "$work/prefix" default >/dev/null
 status=0
-WINEPREFIX=$work/prefix "$build/bin/tqnralm" export "$work/export" --quiet --no-addresses || status=$?
+WINEPREFIX=$work/prefix "$build/bin/tqnralm" export "$work/export" --quiet 2>"$work/export.log" || status=$?
 [ $status -le 1 ] || { echo "thunderbird-check: the export failed ($status)"; exit 1; }
 
 export HOME=$work/home MOZ_CRASHREPORTER_DISABLE=1
@@ -63,9 +68,10 @@ user_pref("datareporting.policy.dataSubmissionEnabled", false);
 user_pref("datareporting.healthreport.uploadEnabled", false);
 user_pref("app.update.auto", false);
 EOF
-rows=$(/usr/bin/python3 "$here/thunderbird_folders.py" place "$work/export" "$profile/Mail/Local Folders")
+rows=$(/usr/bin/python3 "$here/thunderbird_check.py" place "$work/export" "$profile/Mail/Local Folders")
 
 pids=()
+# shellcheck disable=SC2317  # called by the trap
 cleanup() { local p; for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; }
 trap cleanup EXIT
 exec 3>"$work/display"
@@ -101,5 +107,36 @@ if kill -0 $tb 2>/dev/null; then
   exit 1
 fi
 echo "thunderbird-check: $(thunderbird --version 2>/dev/null | tail -n1); screenshot $work/folder-pane.png"
-/usr/bin/python3 "$here/thunderbird_folders.py" compare "$work/export" "$profile/Mail/Local Folders" \
-  "$profile/folderCache.json"
+result=0
+/usr/bin/python3 "$here/thunderbird_check.py" compare "$work/export" "$profile/Mail/Local Folders" \
+  "$profile/folderCache.json" || result=1
+
+# The address books, in a private copy that reads thunderbird-import.cfg.
+# Debian's thunderbird is a script that starts /usr/lib/thunderbird/thunderbird-bin.
+installed=""
+for dir in "$(dirname "$(readlink -f "$(command -v thunderbird)")")" /usr/lib/thunderbird; do
+  if [ -x "$dir/thunderbird-bin" ]; then installed=$dir; break; fi
+done
+if [ -z "$installed" ]; then
+  echo "thunderbird-check: the address import is skipped: no thunderbird-bin found"
+  exit $result
+fi
+app=$work/app
+mkdir -p "$app"
+cp -rsL "$installed/." "$app/"
+rm -f "$app/thunderbird-bin" "$app/thunderbird"
+cp "$installed/thunderbird-bin" "$app/"
+cp "$here/thunderbird-import.cfg" "$app/tqnralm-import.cfg"
+cat >"$app/defaults/pref/autoconfig.js" <<'EOF'
+pref("general.config.filename", "tqnralm-import.cfg");
+pref("general.config.obscure_value", 0);
+pref("general.config.sandbox_enabled", false);
+EOF
+mkdir "$work/profile-addresses"
+cp "$profile/user.js" "$work/profile-addresses/"
+TQNRALM_TB_IMPORT=$(/usr/bin/python3 "$here/thunderbird_check.py" imports "$work/export") \
+TQNRALM_TB_RESULT=$work/addresses.json \
+  timeout 120 "$app/thunderbird-bin" --headless --profile "$work/profile-addresses" --no-remote \
+  >"$work/thunderbird-addresses.log" 2>&1 || true
+/usr/bin/python3 "$here/thunderbird_check.py" addresses "$work/export" "$work/addresses.json" || result=1
+exit $result
