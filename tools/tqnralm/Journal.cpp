@@ -56,7 +56,7 @@ bool Journal::Save(const JournalState& s, std::string* error) {
     const std::string fresh = path_ + ".new";
     os::NewFile file;
     return file.CreateOrEmpty(fresh, error) && file.Write(text.data(), text.size(), error) && file.Sync(error) &&
-           file.Close(error) && os::ReplaceFile(fresh, path_, error) && os::SyncDirectory(dir_, error);
+           file.Close(error) && os::RenameOver(fresh, path_, error) && os::SyncDirectory(dir_, error);
 }
 
 bool Journal::Remove(std::string* error) {

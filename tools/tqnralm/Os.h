@@ -71,7 +71,7 @@ void RemoveFile(const std::string& path);
 
 // Durability and stopping (OsDurable.cpp).
 // Renames `from` over `to` in one step (the journal only, never mail).
-bool ReplaceFile(const std::string& from, const std::string& to, std::string* error);
+bool RenameOver(const std::string& from, const std::string& to, std::string* error);
 // Makes the names made or renamed in a directory last through a power cut.
 bool SyncDirectory(const std::string& path, std::string* error);
 // Flushes the files just written (and closed) to the disk; `paths` all lie

@@ -89,7 +89,7 @@ bool NewFile::Truncate(uint64_t length, std::string* error) {
     return false;
 }
 
-bool ReplaceFile(const std::string& from, const std::string& to, std::string* error) {
+bool RenameOver(const std::string& from, const std::string& to, std::string* error) {
     if (MoveFileExW(WidePath(from).c_str(), WidePath(to).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return true;
     *error = Describe(to, SystemError());
@@ -171,7 +171,7 @@ bool NewFile::Truncate(uint64_t length, std::string* error) {
     return false;
 }
 
-bool ReplaceFile(const std::string& from, const std::string& to, std::string* error) {
+bool RenameOver(const std::string& from, const std::string& to, std::string* error) {
     if (rename(from.c_str(), to.c_str()) == 0) return true;
     *error = Describe(to, Errno());
     return false;
