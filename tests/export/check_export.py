@@ -250,6 +250,9 @@ def readable(fmt, work, prefix, raw_manifest, raw_files, api):
         check(not raw[index]["headers_rewritten"], f"{index}: --raw rewrites nothing")
         check(m["headers_rewritten"] == (m["message_id"] == "<sjis@example.jp>"), f"{index}: headers_rewritten")
         data, before = message_bytes(files, m), message_bytes(raw_files, raw[index])
+        if fmt == "mbox":  # marked read for Thunderbird, unlike --raw
+            check(data.startswith(b"X-Mozilla-Status: 0001\n") and b"X-Mozilla-Status" not in before, f"{index}: read")
+            data = data.removeprefix(b"X-Mozilla-Status: 0001\n")
         if m["headers_rewritten"]:
             body = [re.split(rb"\n\r?\n", text, maxsplit=1)[-1] for text in (data, before)]
             check(body[0] == body[1], f"{index}: the body as it was")
@@ -297,7 +300,7 @@ def exits(work):
     check(run.returncode == 0 and not os.path.exists(dry), f"dry run: exit {run.returncode}, writes nothing")
     lines = run.stdout.decode().splitlines()
     check("       3  山田太郎/仕事/プロジェクト.sbd/見積もり" in lines, "dry run: a folder's count and target")
-    check(lines[-1] == "7 messages in 8 folders, 2004 bytes to write", f"dry run totals: {lines[-1]!r}")
+    check(lines[-1] == "7 messages in 8 folders, 2165 bytes to write", f"dry run totals: {lines[-1]!r}")
 
     mine = os.path.join(work, "mine")
     os.makedirs(os.path.join(mine, "山田太郎", "仕事"))
@@ -416,6 +419,16 @@ def names(work):
                     parts += [p.removesuffix(".sbd") for f in a["folders"] for p in f["path"][len(a["path"]) + 1:].split("/")]
                     bad = [p for p in parts if not thunderbird_opens(p)]
                     check(not bad, f"{variant}: names Thunderbird does not open: {bad}")
+                # Every message counts as one, an empty one too, and is read.
+                for name in {m["file"] for m in manifest["messages"] if "file" in m}:
+                    entries = [m for m in manifest["messages"] if m.get("file") == name]
+                    box = mailbox.mbox(os.path.join(out, name), create=False)
+                    check(len(box) == len(entries), f"{variant} {name}: {len(box)} messages, {len(entries)} listed")
+                    for msg, entry in zip(box, entries):
+                        check(msg["X-Mozilla-Status"] == "0001", f"{entry['index']}: read")
+                        check((msg["X-Tqnralm-Empty"] == "1") == entry.get("empty", False), f"{entry['index']}: empty")
+                if variant == "inbox":
+                    check(sum(m.get("empty", False) for m in manifest["messages"]) == 1, "the empty message")
             if fmt == "maildir":
                 folders = set()
                 for a in accounts:

@@ -143,7 +143,7 @@ void BuildThreesStore(WinePrefix& prefix) {
 
 // Accounts whose inbox must be found by its title: 郵便受け with a
 // subfolder beside 受信箱 and Inbox; a folder titled INBOX; none at the top
-// (a 郵便受け below another folder is no inbox).
+// (a 郵便受け below another folder is no inbox). One message is empty.
 void BuildInboxStore(WinePrefix& prefix) {
     StoreWriter w(prefix);
     w.Install(kExe);
@@ -155,7 +155,7 @@ void BuildInboxStore(WinePrefix& prefix) {
     const struct { int account; const char* dir; const char* title; bool parent; int messages; } rows[] = {
         {0, "00000001.box", "受信箱", false, 1},  {0, "00000002.box", "郵便受け", true, 0},
         {0, "00000002.box\\00000003.box", "下", false, 2}, {0, "00000004.box", "Inbox", false, 1},
-        {1, "00000001.box", "箱", false, 1},      {1, "00000002.box", "INBOX", false, 3},
+        {1, "00000001.box", "箱", false, 2},      {1, "00000002.box", "INBOX", false, 3},
         {2, "00000001.box", "箱", false, 1},      {2, "00000002.box", "親", true, 0},
         {2, "00000002.box\\00000003.box", "郵便受け", false, 1}};
     for (int a = 0; a < 3; ++a) w.Account(box + "\\Account" + std::to_string(a + 1), titles[a]);
@@ -167,6 +167,7 @@ void BuildInboxStore(WinePrefix& prefix) {
             const std::string id = "<" + std::to_string(row.account) + "-" + Number(m) + "-" + row.dir + "@example.jp>";
             messages.push_back(Message(std::string(row.title) + " " + std::to_string(m), id));
         }
+        if (row.account == 1 && row.messages == 2) messages[1].clear();  // a message file of no bytes
         if (!messages.empty()) w.Messages(dir, messages);
     }
 }

@@ -225,6 +225,7 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
             entry["library_sha256"] = written.sha256;  // the same bytes
         }
         entry["headers_rewritten"] = rewritten;
+        if (step.data.empty()) entry["empty"] = true;
         entry["status"] = "written";
         ++totals->written;
         totals->bytes += output_.bytes() - before;

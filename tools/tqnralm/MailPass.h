@@ -50,7 +50,10 @@ public:
 
     // Writes each message exactly as the library gives it, not with its raw
     // 8-bit header fields made into encoded words (HeaderRewrite.h).
-    void KeepRawHeaders(bool raw) { keepRaw_ = raw; }
+    void KeepRawHeaders(bool raw) {
+        keepRaw_ = raw;
+        writer_.KeepRaw(raw);
+    }
 
     // False when the output failed (the export stops); read failures are
     // counted in the totals and listed in the plan's problems. `totals`

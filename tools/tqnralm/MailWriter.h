@@ -54,6 +54,8 @@ public:
     virtual bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) = 0;
     virtual bool EndFolder() { return true; }
 
+    // Messages exactly as the library gives them: no marks of the writer's own.
+    void KeepRaw(bool raw) { raw_ = raw; }
     // The times of a folder's messages start anew (before BeginFolder).
     void StartFolderTimes() { lastTime_ = newest_ = -1; }
     // A message that an earlier run wrote, passed over on a rerun: its time
@@ -75,10 +77,12 @@ protected:
     }
     // The newest time of the folder's messages so far; -1 while none is known.
     int64_t newestTime() const { return newest_; }
+    bool raw() const { return raw_; }
 
     Output& output_;
 
 private:
+    bool raw_ = false;
     int64_t lastTime_ = -1;
     int64_t newest_ = -1;
 };

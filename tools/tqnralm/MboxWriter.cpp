@@ -1,6 +1,6 @@
 // mbox in Thunderbird's "Local Folders" layout: folder X is the mbox file X
 // (no extension) and its subfolders lie in the directory X.sbd. Each
-// message is mboxrd (Mbox.h).
+// message is mboxrd (Mbox.h), marked read for Thunderbird.
 #include "MailWriter.h"
 #include "Mbox.h"
 #include "Sha256.h"
@@ -39,6 +39,12 @@ public:
     bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
         const int64_t time = TimeOf(data, size);
         text_ = FromLine(data, size, time);
+        // Thunderbird shows a message without this field as unread; 0001 is
+        // read, as the Maildir's "S".
+        if (!raw()) text_ += "X-Mozilla-Status: 0001\n";
+        // A message of no bytes would be a bare From line, which readers take
+        // for the end of the message before it: it gets a header of one field.
+        if (size == 0) text_ += "X-Tqnralm-Empty: 1\n\n";
         AppendMboxrd(data, size, text_);
         written->file = file_;
         written->shared = true;
