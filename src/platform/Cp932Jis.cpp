@@ -289,6 +289,20 @@ bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool st
     return true;
 }
 
+bool Utf16BytesToUtf16(bool bigEndian, const unsigned char* p, size_t n, bool strict, std::u16string* out) {
+    if (n >= 2 && ((p[0] == 0xFE && p[1] == 0xFF) || (p[0] == 0xFF && p[1] == 0xFE))) {
+        bigEndian = p[0] == 0xFE;
+        p += 2;
+        n -= 2;
+    }
+    for (size_t i = 0; i + 1 < n; i += 2)
+        out->push_back(static_cast<char16_t>(bigEndian ? (p[i] << 8) | p[i + 1] : (p[i + 1] << 8) | p[i]));
+    if (n % 2 == 0) return true;
+    if (strict) return false;
+    out->push_back(0xFFFD);
+    return true;
+}
+
 std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t count) {
     std::string out;
     bool twoByte = false;  // ISO-2022-JP: inside ESC $ B

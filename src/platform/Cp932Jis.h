@@ -89,6 +89,10 @@ bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, std::s
 // ISO-8859-1 (limit 0xFF) and US-ASCII (limit 0x7F); a byte above the limit
 // fails (strict) or becomes U+FFFD.
 bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict, std::u16string* out);
+// UTF-16 text as bytes (kCpUtf16Le, kCpUtf16Be), which MultiByteToWideChar
+// does not take: a leading byte order mark chooses the order and is dropped.
+// An odd last byte fails (strict) or becomes U+FFFD.
+bool Utf16BytesToUtf16(bool bigEndian, const unsigned char* p, size_t n, bool strict, std::u16string* out);
 // UTF-16 to ISO-2022-JP or EUC-JP; a character without a form becomes '?'.
 std::string Utf16ToJapanese(uint32_t codePage, const char16_t* units, size_t count);
 

@@ -49,7 +49,8 @@ void Free(void* p);
 // ---------------------------------------------------------------- text ----
 
 // Code page numbers as Windows knows them. The message library also converts
-// from the charsets of mail: UTF-8, ISO-2022-JP, EUC-JP, ISO-8859-1, US-ASCII.
+// from the charsets of mail: UTF-8, ISO-2022-JP, EUC-JP, ISO-8859-1, US-ASCII
+// here, and any other code page that the system has a converter for.
 enum : uint32_t {
     kCpAcp = 0,
     kCp932 = 932,
@@ -59,6 +60,8 @@ enum : uint32_t {
     kCpLatin1 = 28591,
     kCpAscii = 20127,
     kCp1252 = 1252,
+    kCpUtf16Le = 1200,
+    kCpUtf16Be = 1201,
 };
 // MultiByteToWideChar flag: an invalid sequence fails the whole conversion.
 enum : uint32_t { kMbErrInvalidChars = 0x8 };
@@ -66,7 +69,9 @@ enum : uint32_t { kMbErrInvalidChars = 0x8 };
 // MultiByteToWideChar: cbMulti -1 converts up to and including the NUL.
 // cchWide 0 asks for the size. Returns the number of 16-bit units written
 // (or needed), 0 on failure (invalid sequence with the flag, buffer too
-// small). kCpAcp is the process's default ANSI code page (932 on Linux).
+// small, a code page without a converter). kCpAcp is the process's default
+// ANSI code page (932 on Linux). Without the flag an invalid sequence becomes
+// a replacement character (U+FFFD, or U+30FB in the Japanese code pages).
 int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi,
                         int cbMulti, char16_t* wide, int cchWide);
 

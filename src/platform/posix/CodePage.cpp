@@ -7,7 +7,7 @@
 // MultiByteToWideChar can be applied per sequence. Where glibc and Windows
 // part (the single bytes A0, FD-FF, the best-fit forms Windows writes for
 // Latin-1 letters), Windows is followed. UTF-8, ISO-8859-1 and US-ASCII are
-// direct.
+// direct; UTF-16 bytes are shared with Windows, other code pages go to iconv.
 #include "platform/platform.h"
 #include "platform/Cp932Jis.h"
 #include "platform/Faults.h"
@@ -358,7 +358,9 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
         case kCpEucJp: ok = EucJpToUtf16(p, count, strict, &out); break;
         case kCpLatin1: ok = SingleByteToUtf16(p, count, 0xFF, strict, &out); break;
         case kCpAscii: ok = SingleByteToUtf16(p, count, 0x7F, strict, &out); break;
-        default: return 0;
+        case kCpUtf16Le:
+        case kCpUtf16Be: ok = Utf16BytesToUtf16(codePage == kCpUtf16Be, p, count, strict, &out); break;
+        default: ok = IconvToUtf16(codePage, multi, count, strict, &out); break;
     }
     return ok ? CopyConverted(out, wide, cchWide) : 0;
 }

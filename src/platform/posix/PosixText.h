@@ -7,6 +7,7 @@
 #define QV_PLATFORM_POSIX_POSIXTEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace qvp {
@@ -23,6 +24,11 @@ std::string Utf16ToCp932(const char16_t* units, size_t count, bool* exact = null
 // UTF-8 to UTF-16. Strict: overlong forms, surrogates and truncated sequences
 // fail. Lenient: each bad byte becomes U+FFFD.
 bool Utf8ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* out);
+
+// Bytes in another code page to UTF-16 through iconv. False for a code page
+// glibc has no converter for, or (strict) for an invalid sequence; lenient,
+// each bad byte becomes U+FFFD.
+bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool strict, std::u16string* out);
 
 // UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
 std::string Utf16ToUtf8(const char16_t* units, size_t count);

@@ -1,9 +1,11 @@
 // CodePage.cpp - code page conversion on Windows.
 //
-// Code page 932, the ANSI code page, UTF-8, ISO-8859-1 and US-ASCII are the
-// system's own conversions. ISO-2022-JP (50220) and EUC-JP (51932) are not
-// offered by MultiByteToWideChar everywhere; they go through the shared JIS
-// codecs, with the system's code page 932 as the table.
+// Every code page is the system's own conversion but these: ISO-2022-JP
+// (50220) and EUC-JP (51932) are not offered by MultiByteToWideChar
+// everywhere; they go through the shared JIS codecs, with the system's code
+// page 932 as the table. UTF-16 as bytes (1200, 1201), which only managed
+// code converts on Windows, is shared too. Out of UTF-16 only the code pages
+// of the readers are written.
 #include "platform/platform.h"
 #include "platform/Cp932Jis.h"
 
@@ -73,7 +75,13 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
     if (multi == nullptr || cbMulti == 0 || cbMulti < -1 || cchWide < 0) return 0;
     if (cchWide > 0 && wide == nullptr) return 0;
     const bool strict = (flags & kMbErrInvalidChars) != 0;
-    if (Native(codePage)) {
+    const bool shared = codePage == kCpIso2022Jp || codePage == kCpEucJp || codePage == kCpUtf16Le ||
+                        codePage == kCpUtf16Be;
+    if (!shared) {
+        // The stateful code pages and UTF-7 refuse the flag; their strict
+        // conversion is not offered.
+        const bool flagless = (codePage >= 50220 && codePage <= 50229) || codePage == 52936 || codePage == 65000;
+        if (strict && flagless) return 0;
         return ::MultiByteToWideChar(codePage, strict ? MB_ERR_INVALID_CHARS : 0, multi, cbMulti,
                                      reinterpret_cast<wchar_t*>(wide), cchWide);
     }
@@ -83,6 +91,7 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
     bool ok = false;
     if (codePage == kCpIso2022Jp) ok = cp932::Iso2022JpToUtf16(p, count, strict, &out);
     else if (codePage == kCpEucJp) ok = cp932::EucJpToUtf16(p, count, strict, &out);
+    else ok = cp932::Utf16BytesToUtf16(codePage == kCpUtf16Be, p, count, strict, &out);
     return ok ? cp932::CopyConverted(out, wide, cchWide) : 0;
 }
 
