@@ -10,35 +10,18 @@ namespace msg {
 
 namespace {
 
-struct CharsetName {
-    const char* name;
-    uint32_t codePage;
-};
-
-// The IANA names and the aliases that Japanese mailers actually write.
-const CharsetName kCharsets[] = {
-    {"iso-2022-jp", qvp::kCpIso2022Jp},  {"csiso2022jp", qvp::kCpIso2022Jp},
-    {"iso-2022-jp-1", qvp::kCpIso2022Jp}, {"iso-2022-jp-2", qvp::kCpIso2022Jp},
-    {"shift_jis", qvp::kCp932},          {"shift-jis", qvp::kCp932},
-    {"sjis", qvp::kCp932},               {"x-sjis", qvp::kCp932},
-    {"ms_kanji", qvp::kCp932},           {"csshiftjis", qvp::kCp932},
-    {"cp932", qvp::kCp932},              {"ms932", qvp::kCp932},
-    {"windows-31j", qvp::kCp932},        {"x-ms-cp932", qvp::kCp932},
-    {"euc-jp", qvp::kCpEucJp},           {"x-euc-jp", qvp::kCpEucJp},
-    {"eucjp", qvp::kCpEucJp},            {"cseucpkdfmtjapanese", qvp::kCpEucJp},
-    {"utf-8", qvp::kCpUtf8},             {"utf8", qvp::kCpUtf8},
-    {"us-ascii", qvp::kCpAscii},         {"ascii", qvp::kCpAscii},
-    {"ansi_x3.4-1968", qvp::kCpAscii},   {"us", qvp::kCpAscii},
-    {"iso-8859-1", qvp::kCpLatin1},      {"iso_8859-1", qvp::kCpLatin1},
-    {"latin1", qvp::kCpLatin1},          {"l1", qvp::kCpLatin1},
-    {"iso-ir-100", qvp::kCpLatin1},      {"cp819", qvp::kCpLatin1},
-    {"csisolatin1", qvp::kCpLatin1},
-};
-
 const char kEsc = '\x1B';
 
-// ASCII without the escape byte reads the same in every code page we name.
-bool IsPlainAscii(std::string_view bytes) {
+// ASCII without the escape byte reads the same in every code page we name,
+// but for those that write other text in ASCII bytes: UTF-16, UTF-7, HZ and
+// the ISO-2022 forms of Korean and Chinese.
+bool WritesInAscii(uint32_t codePage) {
+    return codePage == qvp::kCpUtf16Le || codePage == qvp::kCpUtf16Be || codePage == 65000 ||
+           codePage == 52936 || codePage == 50225 || codePage == 50227;
+}
+
+bool IsPlainAscii(uint32_t codePage, std::string_view bytes) {
+    if (WritesInAscii(codePage)) return false;
     for (char c : bytes) {
         if (static_cast<unsigned char>(c) >= 0x80 || c == kEsc) return false;
     }
@@ -90,6 +73,27 @@ bool HasEightBit(std::string_view bytes) {
         if (static_cast<unsigned char>(c) >= 0x80) return true;
     }
     return false;
+}
+
+// The characters that code page 932 lacks and that Windows' best-fit table
+// for 932 writes in a close form, given here as the character of that form,
+// so that every platform's converter gives it: the JIS characters that
+// Microsoft's table maps elsewhere (what Mac and Unix mailers send), and the
+// no-break space. The private-use characters that stand for the bytes A0 and
+// FD-FF would go back to those bytes, which a strict reader refuses.
+char16_t BestFit932(char16_t c) {
+    switch (c) {
+        case 0x00A0: return u' ';      // NO-BREAK SPACE
+        case 0x00A2: return 0xFFE0;    // CENT SIGN: 0x8191
+        case 0x00A3: return 0xFFE1;    // POUND SIGN: 0x8192
+        case 0x00AC: return 0xFFE2;    // NOT SIGN: 0x81CA
+        case 0x2014: return 0x2015;    // EM DASH: 0x815C
+        case 0x2016: return 0x2225;    // DOUBLE VERTICAL LINE: 0x8161
+        case 0x2212: return 0xFF0D;    // MINUS SIGN: 0x817C
+        case 0x301C: return 0xFF5E;    // WAVE DASH: 0x8160
+        case 0xF8F0: case 0xF8F1: case 0xF8F2: case 0xF8F3: return u'?';
+        default: return c;
+    }
 }
 
 void AppendWidened(std::string_view bytes, std::u16string* out) {
@@ -161,16 +165,6 @@ size_t AsciiRunAt(uint32_t codePage, std::string_view bytes, size_t* pos) {
 
 }  // namespace
 
-uint32_t CodePageOfCharset(std::string_view name) {
-    name = TrimSpace(name);
-    size_t star = name.find('*');
-    if (star != std::string_view::npos) name = name.substr(0, star);
-    for (const CharsetName& c : kCharsets) {
-        if (EqualsNoCase(name, c.name)) return c.codePage;
-    }
-    return kCpGuess;
-}
-
 bool IsValidUtf8(std::string_view bytes) {
     const size_t n = bytes.size();
     size_t i = 0;
@@ -223,20 +217,20 @@ uint32_t GuessCodePage(std::string_view bytes, uint32_t declared) {
         if (valid) return declared;
     }
     if (escaped) return qvp::kCpIso2022Jp;
-    if (!HasEightBit(bytes)) return declared == kCpGuess ? qvp::kCpUtf8 : declared;
+    if (!HasEightBit(bytes)) return qvp::kCpUtf8;
     if (IsValidUtf8(bytes)) return qvp::kCpUtf8;
     size_t sjisLeads = 0, eucPairs = 0;
     const bool sjis = ScanShiftJis(bytes, &sjisLeads);
     const bool euc = ScanEucJp(bytes, &eucPairs);
     if (sjis && euc) return eucPairs > sjisLeads ? qvp::kCpEucJp : qvp::kCp932;
     if (sjis || euc) return sjis ? qvp::kCp932 : qvp::kCpEucJp;
-    if (declared != kCpGuess && !japanese) return declared;
+    if (declared != kCpGuess && !japanese && !WritesInAscii(declared)) return declared;
     return qvp::kCp1252;
 }
 
 void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) {
     if (bytes.empty()) return;
-    if (IsPlainAscii(bytes)) {
+    if (IsPlainAscii(codePage, bytes)) {
         out->append(bytes.begin(), bytes.end());
         return;
     }
@@ -249,49 +243,52 @@ void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out) 
 namespace {
 
 // Through the converter, whatever the bytes (an ISO-2022-JP piece without
-// escapes may still shift to kana).
-void AppendConverted(uint32_t codePage, std::string_view bytes, std::u16string* out) {
-    if (bytes.size() > static_cast<size_t>(INT_MAX / 2)) {
-        AppendWidened(bytes, out);
-        return;
-    }
+// escapes may still shift to kana). False, with nothing appended, when the
+// converter refuses the code page.
+bool TryConverted(uint32_t codePage, std::string_view bytes, std::u16string* out) {
     const int len = static_cast<int>(bytes.size());
     const size_t old = out->size();
     // No code page we name gives more units than bytes: one call into room
     // for that many, and the measuring call only when it is refused.
     out->resize(old + bytes.size());
     int got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], len);
-    if (got > 0) {
-        out->resize(old + static_cast<size_t>(got));
-        return;
-    }
-    out->resize(old);
-    int need = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, nullptr, 0);
-    if (need <= 0) {
-        AppendWidened(bytes, out);
-        return;
-    }
-    out->resize(old + static_cast<size_t>(need));
-    got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], need);
     if (got <= 0) {
         out->resize(old);
+        const int need = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, nullptr, 0);
+        if (need <= 0) return false;
+        out->resize(old + static_cast<size_t>(need));
+        got = qvp::MultiByteToWideChar(codePage, 0, bytes.data(), len, &(*out)[old], need);
+    }
+    out->resize(got > 0 ? old + static_cast<size_t>(got) : old);
+    return got > 0;
+}
+
+// A charset the system cannot convert is read as if undeclared.
+void AppendConverted(uint32_t codePage, std::string_view bytes, std::u16string* out) {
+    if (bytes.size() > static_cast<size_t>(INT_MAX / 2)) {
         AppendWidened(bytes, out);
         return;
     }
-    out->resize(old + static_cast<size_t>(got));
+    if (TryConverted(codePage, bytes, out)) return;
+    const uint32_t guess = GuessCodePage(bytes);
+    if (guess == codePage || !TryConverted(guess, bytes, out)) AppendWidened(bytes, out);
 }
 
 }  // namespace
 
-std::string WideToCp932(std::u16string_view wide) {
+std::string WideToCp932(std::u16string_view text) {
     std::string out;
     bool ascii = true;
-    for (char16_t c : wide) {
-        if (c >= 0x80) {
-            ascii = false;
-            break;
-        }
+    std::u16string fitted;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] < 0x80) continue;
+        ascii = false;
+        const char16_t fit = BestFit932(text[i]);
+        if (fit == text[i]) continue;
+        if (fitted.empty()) fitted.assign(text);
+        fitted[i] = fit;
     }
+    const std::u16string_view wide = fitted.empty() ? text : std::u16string_view(fitted);
     if (ascii || wide.size() > static_cast<size_t>(INT_MAX / 4)) {
         out.reserve(wide.size());
         for (char16_t c : wide) out.push_back(c < 0x80 ? static_cast<char>(c) : '?');
@@ -320,7 +317,7 @@ std::string WideToCp932(std::u16string_view wide) {
 }
 
 std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
-    if (IsPlainAscii(bytes)) return std::string(bytes);
+    if (IsPlainAscii(codePage, bytes)) return std::string(bytes);
     if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
     if (codePage == qvp::kCp932) return std::string(bytes);
     std::string out;

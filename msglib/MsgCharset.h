@@ -2,7 +2,8 @@
 //
 // Every conversion goes through the platform's converter with Windows code
 // page numbers; this file only names charsets, guesses the charset of raw
-// bytes and keeps ASCII off the converter.
+// bytes, keeps ASCII off the converter and makes every text handed to the
+// reader valid code page 932 (Windows' best-fit forms, else '?').
 #ifndef QV_MSGLIB_MSGCHARSET_H
 #define QV_MSGLIB_MSGCHARSET_H
 
@@ -16,8 +17,10 @@ namespace msg {
 // GuessCodePage.
 enum : uint32_t { kCpGuess = 0 };
 
-// The code page of a MIME charset name (any case; an RFC 2231 "*language"
-// suffix is ignored). kCpGuess for a charset we do not know.
+// The code page of a MIME charset label (the WHATWG labels and mailers'
+// aliases, in any case, '_' and '-' alike; an RFC 2231 "*language" suffix is
+// ignored). kCpGuess for a label we do not know; the US-ASCII labels give
+// qvp::kCpAscii, which the functions below treat as kCpGuess.
 uint32_t CodePageOfCharset(std::string_view name);
 
 // The code page to read raw bytes in: 8-bit header text outside encoded
@@ -30,25 +33,29 @@ uint32_t CodePageOfCharset(std::string_view name);
 //  4. EUC-JP or Shift_JIS, whichever they are valid in; where both, EUC-JP
 //     if its pairs of 0xA1-0xFE bytes outnumber Shift_JIS's lead bytes
 //     0x81-0x9F, else Shift_JIS;
-//  5. declared, if it is another charset (not US-ASCII, which 8-bit mail
-//     never honours);
+//  5. declared, if it is another charset that writes ASCII as ASCII (not
+//     US-ASCII, which 8-bit mail never honours, nor UTF-16 or UTF-7);
 //  6. windows-1252.
-// Bytes with neither 8-bit bytes nor an escape read alike in all of them:
-// declared, or UTF-8. Never kCpGuess. Each step looks at the bytes once; no
-// conversion is made.
+// Bytes with neither 8-bit bytes nor an escape read alike in all of those:
+// UTF-8. Never kCpGuess. Each step looks at the bytes once; no conversion is
+// made.
 uint32_t GuessCodePage(std::string_view bytes, uint32_t declared = kCpGuess);
 
 bool IsValidUtf8(std::string_view bytes);
 
 // Appends the UTF-16 form of bytes in a code page (or kCpGuess). Invalid
-// sequences do not fail: the converter's replacement, or '?' when the
-// converter refuses the whole text, stands in for them.
+// sequences do not fail: the converter's replacement stands in for them. A
+// code page the system has no converter for reads as GuessCodePage says.
 void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out);
 
-// UTF-16 to code page 932; a character without a CP932 form becomes '?'.
+// UTF-16 to code page 932 that a strict reader takes: a character without a
+// CP932 form becomes Windows' best-fit form (U+301C WAVE DASH as 0x8160, the
+// no-break space as a space, ...), else '?'; the private-use characters of
+// the bytes A0 and FD-FF become '?'.
 std::string WideToCp932(std::u16string_view wide);
 
-// Bytes in a code page (or kCpGuess) to CP932. CP932 input is kept as it is.
+// Bytes in a code page (or kCpGuess) to CP932, as AppendWide and WideToCp932
+// would give, but CP932 input is kept as it is (bodies keep their bytes).
 std::string BytesToCp932(uint32_t codePage, std::string_view bytes);
 
 }  // namespace msg

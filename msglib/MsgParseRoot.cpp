@@ -45,7 +45,9 @@ bool MsgParseRoot::MessageId(std::string* out) const {
     std::string_view raw;
     if (!m_header.Find("Message-ID", &raw)) return false;
     const std::string value = UnfoldValue(raw);
-    *out = BytesToCp932(GuessCodePage(value, Declared()), value);
+    std::u16string wide;
+    AppendWide(GuessCodePage(value, Declared()), value, &wide);
+    *out = WideToCp932(wide);
     return true;
 }
 

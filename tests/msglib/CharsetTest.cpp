@@ -1,10 +1,17 @@
-// CharsetTest.cpp - which charset raw 8-bit text is read in.
+// CharsetTest.cpp - subjects in every charset of mail: which charset raw
+// 8-bit text is read in, every label family, the best-fit forms, and bytes
+// that code page 932 has no character for.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <string>
 
+#include "CharsetRows.h"
 #include "MsgCharset.h"
 #include "platform/platform.h"
+#include "sNqxMsgNet.h"
+#include "support/WinePrefix.h"
 
 namespace {
 
@@ -33,7 +40,8 @@ TEST(MsgCharset, GuessCodePageOrder) {
         {"windows-1252 quotes", "\x93q\x94", kCpGuess, qvp::kCp1252},
         {"a bad byte spoils utf-8", kUtf8 + "\xFF", kCpGuess, qvp::kCp1252},
         {"ascii: nothing to tell", "plain", kCpGuess, qvp::kCpUtf8},
-        {"ascii keeps the declared charset", "plain", kKoi8R, kKoi8R},
+        {"ascii under a charset of ascii bytes", "plain", qvp::kCpUtf16Le, qvp::kCpUtf8},
+        {"8-bit text is no utf-16", "caf\xE9", qvp::kCpUtf16Be, qvp::kCp1252},
         // A declared Japanese charset or UTF-8 wins where the bytes are valid in it.
         {"declared agrees: euc-jp", kEuc, qvp::kCpEucJp, qvp::kCpEucJp},
         {"declared agrees: shift_jis", kSjis, qvp::kCp932, qvp::kCp932},
@@ -58,6 +66,79 @@ TEST(MsgCharset, GuessCodePageOrder) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(msg::GuessCodePage(c.bytes, c.declared), c.expected) << c.name;
+    }
+}
+
+// A subject or id as the reader gets it; "(none)" when it is not handed out,
+// "(invalid)" when the reader's strict conversion would refuse it.
+std::string Read(MT_WORD (*get)(MT_WORD, char**, MT_WORD*), const std::string& mail) {
+    MT_WORD root = MT_Init();
+    EXPECT_EQ(MT_ParseMailText(root, mail.data(), static_cast<MT_WORD>(mail.size())), 1);
+    char* text = nullptr;
+    MT_WORD length = 0;
+    std::string out = "(none)";
+    if (get(root, &text, &length)) {
+        out.assign(text, static_cast<size_t>(length));
+        const int n = static_cast<int>(out.size());
+        if (n > 0 && qvp::MultiByteToWideChar(932, qvp::kMbErrInvalidChars, out.data(), n, nullptr, 0) <= 0)
+            out = "(invalid)";
+        MT_Free(text);
+    }
+    MT_Term(root);
+    return out;
+}
+
+TEST(MsgCharset, SubjectRows) {
+    for (const qvt::SubjectRow& row : qvt::SubjectRows()) {
+        const std::string subject = Read(MT_GetSubjectD, row.Mail());
+        EXPECT_EQ(subject == "(invalid)" ? subject : qvt::Utf8(subject), row.expected) << row.name;
+    }
+}
+
+// With QV_SUBJECT_CORPUS naming a folder: each row's message, and a list of
+// what the reader got, for check_subjects.py to compare with Python's email.
+TEST(MsgCharset, WritesTheCorpus) {
+    const char* folder = std::getenv("QV_SUBJECT_CORPUS");
+    if (folder == nullptr) GTEST_SKIP() << "run by check_subjects.py";
+    std::ofstream list(std::string(folder) + "/rows.tsv", std::ios::binary);
+    const auto& rows = qvt::SubjectRows();
+    for (size_t i = 0; i < rows.size(); ++i) {
+        std::ofstream(std::string(folder) + "/" + std::to_string(i) + ".eml", std::ios::binary) << rows[i].Mail();
+        list << i << '\t' << rows[i].name << '\t' << rows[i].rawCodec << '\t'
+             << qvt::Utf8(Read(MT_GetSubjectD, rows[i].Mail())) << '\n';
+    }
+    ASSERT_TRUE(list.good());
+}
+
+// One byte that code page 932 lacks never loses a subject or an id,
+// wherever it stands and however the text around it is written.
+TEST(MsgCharset, BytesWithoutACharacterNeverLoseTheText) {
+    const std::string contexts[] = {"ab", kSjis, kEuc, kUtf8, kJis};
+    const char* wrappers[][2] = {{"", ""}, {"=?shift_jis?Q?", "?="}, {"=?utf-8?Q?", "?="},
+                                 {"=?iso-8859-1?Q?", "?="}, {"=?euc-jp?Q?", "?="}};
+    for (const char* byte : {"\xA0", "\xFD", "\xFE", "\xFF"}) {
+        for (const std::string& text : contexts) {
+            for (size_t at : {size_t{0}, text.size() / 2, text.size()}) {
+                const std::string value = text.substr(0, at) + byte + text.substr(at);
+                for (const auto& w : wrappers) {
+                    std::string word = value;
+                    if (*w[0]) {
+                        word.clear();
+                        for (char c : value) {
+                            static const char kHex[] = "0123456789ABCDEF";
+                            const unsigned char u = static_cast<unsigned char>(c);
+                            word += {'=', kHex[u >> 4], kHex[u & 15]};
+                        }
+                    }
+                    const std::string mail = "Subject: " + std::string(w[0]) + word + w[1] + "\r\nMessage-ID: <" +
+                                             value + "@x>\r\n\r\n";
+                    for (const auto get : {MT_GetSubjectD, MT_GetMessageIDD}) {
+                        const std::string text = Read(get, mail);
+                        EXPECT_TRUE(text != "(invalid)" && text != "(none)") << mail;
+                    }
+                }
+            }
+        }
     }
 }
 
