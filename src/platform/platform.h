@@ -71,7 +71,8 @@ enum : uint32_t { kMbErrInvalidChars = 0x8 };
 // (or needed), 0 on failure (invalid sequence with the flag, buffer too
 // small, a code page without a converter). kCpAcp is the process's default
 // ANSI code page (932 on Linux). Without the flag an invalid sequence becomes
-// a replacement character (U+FFFD, or U+30FB in the Japanese code pages).
+// the code page's replacement character (U+30FB in the Japanese ones, U+FFFD
+// in UTF-8 and UTF-16, '?' in most others).
 int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi,
                         int cbMulti, char16_t* wide, int cchWide);
 

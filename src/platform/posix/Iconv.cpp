@@ -5,8 +5,8 @@
 // has. A conversion opens its own converter (glibc keeps the tables loaded),
 // so no state is shared between threads; the charsets here are met per header
 // word or per body asked for, never per byte. Without the flag of strictness
-// an invalid or cut sequence becomes U+FFFD and the conversion goes on with
-// the next byte.
+// an invalid or cut sequence becomes '?', as Windows writes it in these code
+// pages, and the conversion goes on with the next byte.
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -73,7 +73,7 @@ bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool stric
             ok = false;
             break;
         }
-        out->push_back(0xFFFD);
+        out->push_back(u'?');  // Windows' default character in these code pages
         ++in;
         --inLeft;
     }

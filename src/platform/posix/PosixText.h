@@ -27,7 +27,7 @@ bool Utf8ToUtf16(const char* bytes, size_t count, bool strict, std::u16string* o
 
 // Bytes in another code page to UTF-16 through iconv. False for a code page
 // glibc has no converter for, or (strict) for an invalid sequence; lenient,
-// each bad byte becomes U+FFFD.
+// each bad byte becomes '?'.
 bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool strict, std::u16string* out);
 
 // UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
