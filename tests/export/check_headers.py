@@ -96,7 +96,8 @@ for eol in (b"\r\n", b"\n"):
 
 # What needs no rewriting is not touched: encoded words only, 8-bit bodies.
 for case, message in [("ascii header", b"Subject: =?UTF-8?B?5pel5pys?=\r\n\r\n" + sjis("本文")),
-                      ("no header", b"\r\n" + sjis("本文")), ("empty", b"")]:
+                      ("no header", b"\r\n" + sjis("本文")), ("empty", b""),
+                      ("raw bytes in no field", b"Subject: x\n" + sjis("本文") + b"\n\nbody")]:
     check(run(message).returncode == 1, f"{case}: left as it is")
 # Stray closing brackets in an address field: the rewriting ends, the address stays.
 result = subprocess.run([TOOL], input=b"To: ) > " + sjis("山田") + b" <y@example.jp>\n\nb", stdout=subprocess.PIPE,

@@ -457,6 +457,7 @@ bool RewriteHeaders(std::string_view message, std::string* out) {
         if (f.field && HasRaw(f.bytes)) text += RewriteField(f, declared);
         else text.append(f.bytes);
     }
+    if (text.size() == header.size() && message.compare(0, header.size(), text) == 0) return false;  // raw bytes in no field
     text.append(message.substr(header.size()));
     *out = std::move(text);
     return true;
