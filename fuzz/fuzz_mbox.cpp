@@ -1,6 +1,6 @@
 // fuzz_mbox.cpp - the export's readers of message bytes and names over
 // arbitrary bytes: the From line is one line, the mboxrd body reads back to
-// the message, and a file name keeps the rules it promises.
+// the message, and a file name keeps the rules it promises in each style.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -31,11 +31,32 @@ std::string Unquote(const std::string& body) {
     return out;
 }
 
+// The UTF-16 units of a name that is valid UTF-8 (no overlong forms); 0 for
+// any other, whose length is not checked.
+size_t Utf16Units(const std::string& s) {
+    size_t units = 0;
+    for (size_t i = 0; i < s.size();) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        const size_t n = c < 0x80 ? 1 : c >= 0xC2 && c < 0xE0 ? 2 : c >= 0xE0 && c < 0xF0 ? 3 : c >= 0xF0 && c < 0xF5 ? 4 : 0;
+        if (n == 0 || i + n > s.size()) return 0;
+        for (size_t k = 1; k < n; ++k) {
+            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return 0;
+        }
+        const unsigned char second = n > 1 ? static_cast<unsigned char>(s[i + 1]) : 0;
+        if ((c == 0xE0 && second < 0xA0) || (c == 0xF0 && second < 0x90)) return 0;
+        units += n == 4 ? 2 : 1;
+        i += n;
+    }
+    return units;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const char* text = reinterpret_cast<const char*>(data);
-    const std::string from = tqnralm::FromLine(text, size);
+    int64_t time = -1;
+    const bool dated = tqnralm::MessageTime(text, size, &time);
+    const std::string from = tqnralm::FromLine(text, size, dated ? time : -1);
     Require(from.compare(0, 5, "From ") == 0 && from.find('\n') == from.size() - 1);
     std::string value;
     if (tqnralm::HeaderValue(text, size, "Date", &value)) Require(tqnralm::AsctimeUtc(value).size() == 24);
@@ -50,9 +71,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!expected.empty() && expected.back() != '\n') expected.push_back('\n');
     Require(Unquote(body.substr(0, body.size() - 1)) == expected);
 
-    const std::string name = tqnralm::SafeComponent(std::string(text, size));
-    Require(!name.empty() && name.size() <= tqnralm::kMaxComponentBytes);
-    Require(name.find_first_of("/\\:*?\"<>|") == std::string::npos);
-    Require(name.back() != '.' && name.back() != ' ');
+    for (auto style : {tqnralm::NameStyle::kPlain, tqnralm::NameStyle::kThunderbird, tqnralm::NameStyle::kMaildir}) {
+        const std::string name = tqnralm::SafeComponent(tqnralm::UnescapeName(std::string(text, size)), style);
+        Require(!name.empty() && name.size() <= tqnralm::kMaxComponentBytes);
+        Require(name.find_first_of("/\\:*?\"<>|") == std::string::npos);
+        Require(name.back() != '.' && name.back() != ' ');
+        if (style == tqnralm::NameStyle::kThunderbird) {
+            Require(name.find_first_of("%#;") == std::string::npos && name[0] != '.' && name.back() != '~');
+            Require(Utf16Units(name) <= tqnralm::kMaxThunderbirdUnits);
+        }
+        if (style == tqnralm::NameStyle::kMaildir) Require(name.find('.') == std::string::npos && name[0] != '~');
+    }
     return 0;
 }
