@@ -111,13 +111,11 @@ int CheckNewOutDir(const ExportOptions& options) {
 
 // The source is never written: no OUTDIR inside the store.
 int CheckOutsideStore(const ExportOptions& options, const ExportPlan& plan) {
-    const std::string outDir = os::AbsolutePath(options.outDir);
-    for (const std::string& folder : os::StoreFolders(AccountFolders(plan))) {
-        if (os::IsInside(outDir, os::AbsolutePath(folder))) {
-            return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder +
-                            "'); choose a folder outside it",
-                        nullptr);
-        }
+    const std::vector<os::StoreFolder> store = os::StoreFolders(AccountFolders(plan));
+    if (const os::StoreFolder* folder = os::FolderHolding(store, options.outDir)) {
+        return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder->hostPath +
+                        "'); choose a folder outside it",
+                    nullptr);
     }
     return 0;
 }

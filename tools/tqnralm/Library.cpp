@@ -3,9 +3,9 @@
 #include "Library.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <vector>
 
+#include "Os.h"
 #include "Utf.h"
 
 namespace tqnralm {
@@ -92,10 +92,10 @@ int Session::Open() {
     int32_t code = QV_IsMailerInstalled(&installed);
     initialised_ = true;  // QV_ExitLibrary also ends the log, as before any failed start
     if (code != QV_S_OK || !installed || QV_InitLibrary() != QV_S_OK) {
-        const char* drive = std::getenv("TQNRALM_WINDOWS_ROOT");
-        if (drive != nullptr && *drive != 0)
-            std::fprintf(stderr, "tqnralm: AL-Mail32 was not found on the Windows drive '%s' (code %d).\n", drive,
-                         static_cast<int>(code));
+        const std::string drive = os::CopiedDrive();
+        if (!drive.empty())
+            std::fprintf(stderr, "tqnralm: AL-Mail32 was not found on the Windows drive '%s' (code %d).\n",
+                         drive.c_str(), static_cast<int>(code));
         else
             std::fprintf(stderr,
                          "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "

@@ -14,9 +14,12 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
-#include <hivex.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/posix/DriveHives.h"
+#include "platform/posix/HostPath.h"
+#include "platform/posix/Machine.h"
 #endif
 
 namespace fs = std::filesystem;
@@ -150,18 +153,46 @@ void RemoveFile(const std::string& path) { DeleteFileW(Wide(path).c_str()); }
 
 std::string SourceDescription() { return "this machine"; }
 
-std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders) { return accountFolders; }
-
-bool IsInside(const std::string& path, const std::string& folder) {
-    // Windows compares paths without regard to case.
-    if (path.size() < folder.size() || _strnicmp(path.c_str(), folder.c_str(), folder.size()) != 0) return false;
-    return path.size() == folder.size() || path[folder.size()] == '\\' || path[folder.size()] == '/' ||
-           folder.back() == '\\';
+std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders) {
+    std::vector<StoreFolder> out;
+    for (const std::string& folder : accountFolders) out.push_back({folder, folder});
+    return out;
 }
 
-void SetEnvironment(const char* name, const std::string& value) { _putenv_s(name, value.c_str()); }
+const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path) {
+    const std::string inner = AbsolutePath(path);
+    for (const StoreFolder& store : folders) {
+        // Windows compares paths without regard to case.
+        const std::string folder = AbsolutePath(store.hostPath);
+        if (inner.size() < folder.size() || _strnicmp(inner.c_str(), folder.c_str(), folder.size()) != 0) continue;
+        if (inner.size() == folder.size() || inner[folder.size()] == '\\' || inner[folder.size()] == '/' ||
+            folder.back() == '\\')
+            return &store;
+    }
+    return nullptr;
+}
 
-// The Windows build reads the running machine's own registry.
+namespace {
+std::string g_copiedDrive;
+}  // namespace
+
+// The Windows build reads the running machine's own registry; a copied drive
+// is only looked at far enough to say so.
+void ReadCopiedDrive(const std::string& root, const std::string&) { g_copiedDrive = root; }
+
+std::string CopiedDrive() { return std::string(); }
+
+DriveLayout InspectCopiedDrive() {
+    DriveLayout out;
+    const fs::path root = PathOf(g_copiedDrive);
+    out.software = (root / "Windows" / "System32" / "config" / "SOFTWARE").u8string();
+    out.users = (root / "Users").u8string();
+    out.oldUsers = (root / "Documents and Settings").u8string();
+    std::error_code ec;
+    out.hasSoftware = fs::exists(PathOf(out.software), ec);
+    return out;
+}
+
 Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
     *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
     return Hive::kUnsupported;
@@ -172,13 +203,6 @@ Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
 namespace {
 
 std::string Errno() { return std::strerror(errno); }
-
-std::string WinePrefix() {
-    const char* prefix = std::getenv("WINEPREFIX");
-    if (prefix != nullptr && *prefix != 0) return prefix;
-    const char* home = std::getenv("HOME");
-    return std::string(home != nullptr ? home : "") + "/.wine";
-}
 
 }  // namespace
 
@@ -276,65 +300,59 @@ bool RenameNew(const std::string& from, const std::string& to, std::string* erro
 void RemoveFile(const std::string& path) { unlink(path.c_str()); }
 
 std::string SourceDescription() {
-    if (const char* drive = std::getenv("TQNRALM_WINDOWS_ROOT"); drive != nullptr && *drive != 0)
-        return "copied Windows drive " + AbsolutePath(drive);
-    return "Wine prefix " + AbsolutePath(WinePrefix());
+    const std::string drive = qvp::posix::WindowsRoot();
+    if (!drive.empty()) return "copied Windows drive " + AbsolutePath(drive);
+    return "Wine prefix " + AbsolutePath(qvp::posix::PrefixRoot());
 }
 
-std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders) {
-    // The prefix holds the whole Windows machine; an account on another drive
-    // ("D:\Mail") lies where that drive's link in dosdevices points. A copied
-    // drive is C:, and other letters are where TQNRALM_DRIVE_<LETTER> says.
-    const char* copied = std::getenv("TQNRALM_WINDOWS_ROOT");
-    const bool drive = copied != nullptr && *copied != 0;
-    const std::string prefix = drive ? copied : WinePrefix();
-    std::vector<std::string> out{prefix};
+std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders) {
+    // The prefix or the drive holds the whole Windows machine; an account on
+    // another drive ("D:\Mail") lies where the library finds that drive.
+    const std::string drive = qvp::posix::WindowsRoot();
+    std::vector<StoreFolder> out{{std::string(), drive.empty() ? qvp::posix::PrefixRoot() : drive}};
     for (const std::string& folder : accountFolders) {
-        if (folder.size() < 3 || folder[1] != ':') continue;
-        const char letter = static_cast<char>(std::tolower(folder[0]));
-        const char* mapped = std::getenv((std::string("TQNRALM_DRIVE_") + static_cast<char>(std::toupper(letter))).c_str());
-        std::string path = !drive ? prefix + "/dosdevices/" + letter + ":"
-                           : letter == 'c' ? prefix
-                                           : std::string(mapped != nullptr ? mapped : "");
-        if (path.empty()) continue;
-        for (size_t i = 2; i < folder.size(); ++i) path += folder[i] == '\\' ? '/' : folder[i];
-        out.push_back(path);
+        std::string host;
+        const int mapped = qvp::posix::MapUtf8Path(folder, &host);
+        if (mapped == qvp::posix::kMapFound || mapped == qvp::posix::kMapMissing) out.push_back({folder, host});
     }
     return out;
 }
 
-void SetEnvironment(const char* name, const std::string& value) { setenv(name, value.c_str(), 1); }
-
-Hive ProbeHive(const std::string& path, const std::string& key, std::string* error) {
-    // Only a regular file: a pipe or a device would block the read.
-    struct stat st;
-    if (stat(path.c_str(), &st) != 0) {
-        *error = Describe(path, Errno());
-        return Hive::kUnreadable;
+const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path) {
+    const std::string inner = AbsolutePath(path);
+    for (const StoreFolder& folder : folders) {
+        if (qvp::posix::IsWithin(inner, AbsolutePath(folder.hostPath))) return &folder;
     }
-    if (!S_ISREG(st.st_mode)) {
-        *error = Describe(path, "not a file");
-        return Hive::kUnreadable;
-    }
-    hive_h* hive = hivex_open(path.c_str(), 0);
-    if (hive == nullptr) {
-        *error = Describe(path, errno == EACCES || errno == EPERM ? Errno() : "not a registry hive (damaged or cut short)");
-        return Hive::kUnreadable;
-    }
-    hive_node_h node = hivex_root(hive);
-    for (size_t start = 0; node != 0 && start <= key.size();) {
-        size_t end = key.find('\\', start);
-        if (end == std::string::npos) end = key.size();
-        node = hivex_node_get_child(hive, node, key.substr(start, end - start).c_str());  // ASCII in any case
-        start = end + 1;
-    }
-    hivex_close(hive);
-    return node != 0 ? Hive::kHasKey : Hive::kNoKey;
+    return nullptr;
 }
 
-bool IsInside(const std::string& path, const std::string& folder) {
-    if (path.compare(0, folder.size(), folder) != 0) return false;
-    return path.size() == folder.size() || path[folder.size()] == '/' || folder.back() == '/';
+void ReadCopiedDrive(const std::string& root, const std::string& user) { qvp::posix::UseCopiedDrive(root, user); }
+
+std::string CopiedDrive() { return qvp::posix::WindowsRoot(); }
+
+DriveLayout InspectCopiedDrive() {
+    const qvp::posix::DriveFolders folders = qvp::posix::LocateDriveFolders();
+    DriveLayout out;
+    out.hasSoftware = folders.hasSoftware;
+    out.software = folders.software;
+    out.users = folders.users;
+    out.oldUsers = folders.oldUsers;
+    for (const qvp::posix::DriveProfile& profile : qvp::posix::DriveProfiles())
+        out.profiles.push_back({profile.name, profile.hive});
+    qvp::posix::DriveProfile named;
+    out.hasNamed = qvp::posix::NamedProfile(&named);
+    out.named = {named.name, named.hive};
+    return out;
+}
+
+Hive ProbeHive(const std::string& path, const std::string& key, std::string* error) {
+    bool has = false;
+    int cause = 0;
+    if (qvp::posix::HiveHasKey(path, key, &has, &cause)) return has ? Hive::kHasKey : Hive::kNoKey;
+    *error = Describe(path, cause == EISDIR || cause == ENODEV ? "not a file"
+                            : cause == EINVAL                  ? "not a registry hive (damaged or cut short)"
+                                                               : std::strerror(cause));
+    return Hive::kUnreadable;
 }
 
 #endif

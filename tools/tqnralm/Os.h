@@ -1,8 +1,9 @@
 // The host's one seam to the operating system: the terminal test, files
 // created only when new, directories, the rename that never replaces,
-// where the mail client's store lies, and the registry hives of a copied
-// Windows drive (read with hivex, on Linux only). Paths are UTF-8 with '/' (Windows
-// also takes '\'); nothing else in the tool knows the platform.
+// where the mail client's store lies, and a copied Windows drive (Linux
+// only: the library's platform layer reads it and answers for it). Paths are
+// UTF-8 with '/' (Windows also takes '\'); nothing else in the tool knows
+// the platform.
 #ifndef TQNRALM_TOOL_OS_H
 #define TQNRALM_TOOL_OS_H
 
@@ -89,20 +90,44 @@ void RaiseStop();
 // The absolute form of a path with the links of its existing part resolved,
 // for comparing two paths.
 std::string AbsolutePath(const std::string& path);
-// Whether `path` is `folder` or lies below it (both from AbsolutePath).
-bool IsInside(const std::string& path, const std::string& folder);
 
 // Where the library reads the mail client's machine, for the manifest: the
 // Wine prefix, or "this machine".
 std::string SourceDescription();
-// The host folders that hold the store: the account folders (as the mail
-// client names them, "C:\AL-Mail\Mailbox\Account1") and, on a Wine prefix,
-// the prefix itself. An export must not write below any of them.
-std::vector<std::string> StoreFolders(const std::vector<std::string>& accountFolders);
 
-// Sets a variable of the process's environment (the library reads the
-// copied drive's settings from there).
-void SetEnvironment(const char* name, const std::string& value);
+// A folder that holds the mail client's store: as the client names it
+// ("C:\AL-Mail\Mailbox\Account1"; empty for the whole machine) and the host
+// folder the library reads it from.
+struct StoreFolder {
+    std::string windowsPath, hostPath;
+};
+// The folders of the store, an export must write below none of them: on a
+// Wine prefix or a copied drive the whole machine, and each account folder
+// (from the account's name) where the library finds it.
+std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders);
+// The store folder that holds `path`, by the library's path rules (names in
+// any case, short names); nullptr when none does.
+const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path);
+
+// A copied Windows system drive (Linux only): the library reads the drive at
+// `root` and the profile `user` (empty: the one that used the client) from
+// the call on; CopiedDrive() is that root, empty for a Wine prefix.
+void ReadCopiedDrive(const std::string& root, const std::string& user);
+std::string CopiedDrive();
+
+// Where the drive keeps its registry and profiles, as host paths (as far as
+// they exist, then as named), found as the library finds them.
+struct DriveProfile {
+    std::string name, hive;  // the profile folder's name, its NTUSER.DAT
+};
+struct DriveLayout {
+    bool hasSoftware = false;
+    std::string software, users, oldUsers;  // Software hive, Users, Documents and Settings
+    std::vector<DriveProfile> profiles;      // those with an NTUSER.DAT, by path
+    bool hasNamed = false;                   // the user named to ReadCopiedDrive has a profile:
+    DriveProfile named;                      // this one (its name in any case, or its short name)
+};
+DriveLayout InspectCopiedDrive();
 
 // Whether a registry hive file holds a key (a path of names separated by
 // backslashes, matched in any case). kUnreadable: the file cannot be read or

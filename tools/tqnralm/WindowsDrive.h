@@ -7,8 +7,8 @@
 
 namespace tqnralm {
 
-// Checks the drive and the profile before the library is asked, and hands
-// both to the library (TQNRALM_WINDOWS_ROOT, TQNRALM_WINDOWS_USER). Without
+// Checks the drive and the profile before the library is asked, and names
+// both as the machine the library reads (os::ReadCopiedDrive). Without
 // a user named, the profile is the one whose NTUSER.DAT holds the mail
 // client's keys. Returns kExitOk, or the exit code with the message printed:
 // kExitNotInstalled when DIR is no Windows drive (the paths tried are named),

@@ -50,12 +50,18 @@ bool HiveFile::Open(const std::string& hostPath, int* error) {
         cause = errno;
         return false;
     }
-    if (!S_ISREG(st.st_mode) || st.st_size > kMaxHiveBytes) {
-        cause = S_ISDIR(st.st_mode) ? EISDIR : EINVAL;
+    if (!S_ISREG(st.st_mode)) {
+        cause = S_ISDIR(st.st_mode) ? EISDIR : ENODEV;
         return false;
     }
+    if (st.st_size > kMaxHiveBytes) {
+        cause = EINVAL;
+        return false;
+    }
+    errno = 0;
     hive_ = hivex_open(hostPath.c_str(), 0);
-    if (hive_ == nullptr) cause = errno != 0 ? errno : EINVAL;
+    // hivex gives its own errno for a damaged file (ENOTSUP, EFAULT, ...).
+    if (hive_ == nullptr) cause = errno == EACCES || errno == EPERM || errno == ENOMEM ? errno : EINVAL;
     return hive_ != nullptr;
 }
 

@@ -25,7 +25,9 @@ public:
     HiveFile& operator=(const HiveFile&) = delete;
 
     // Opens a regular file as a hive. false when it cannot be read or is no
-    // hive (damaged, truncated); *error then holds the errno of the failure.
+    // hive; *error then says why: the errno of a failed stat or open, EISDIR
+    // or ENODEV for a folder or another file that is not regular, EINVAL for
+    // a file that is no hive (damaged, cut short) or too large for one.
     bool Open(const std::string& hostPath, int* error = nullptr);
 
     // Paths are folded, relative to the hive's root, components separated by

@@ -50,20 +50,16 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-std::string DriveVariable(char letter) {
-    return std::string("TQNRALM_DRIVE_") + static_cast<char>(letter - 'a' + 'A');
-}
-
 // The drive's folder on the host, or false when the drive is not there.
 // Everything below a drive is found from here. On a copied drive C: is its
-// folder and any other letter the folder that TQNRALM_DRIVE_<LETTER> names
+// folder and any other letter the folder that DriveFolder names
 // (a client whose data lay on D:); in a prefix a letter is its link in
 // dosdevices. Either way Z: without a mapping of its own is the host's root.
 bool DriveRoot(char letter, std::string* root) {
     const std::string copied = WindowsRoot();
     if (!copied.empty()) {
-        const char* mapped = letter == 'c' ? copied.c_str() : std::getenv(DriveVariable(letter).c_str());
-        if (mapped != nullptr && *mapped != 0) {
+        const std::string mapped = letter == 'c' ? copied : DriveFolder(letter);
+        if (!mapped.empty()) {
             *root = mapped;
             return IsDirectory(*root);
         }
@@ -91,8 +87,7 @@ bool DriveRoot(char letter, std::string* root) {
 std::string DriveSource(char letter) {
     const std::string copied = WindowsRoot();
     if (copied.empty()) return PrefixRoot();
-    const char* mapped = letter == 'c' ? "" : std::getenv(DriveVariable(letter).c_str());
-    return "drive " + copied + '|' + (mapped != nullptr ? mapped : "");
+    return "drive " + copied + '|' + (letter == 'c' ? std::string() : DriveFolder(letter));
 }
 
 std::u16string Folded(const std::string& utf8) {
@@ -209,6 +204,8 @@ int FullResolve(const Split& split, std::string* host) {
     if (split.drive == 0) {
         current = "/";
     } else if (!DriveRoot(split.drive, &current)) {
+        for (const std::string& part : split.parts) current = current.empty() ? current : JoinHost(current, part);
+        *host = current;
         return kMapBadPath;
     }
     std::u16string key;
@@ -238,19 +235,6 @@ int FullResolve(const Split& split, std::string* host) {
 
 }  // namespace
 
-std::string PrefixRoot() {
-    const char* prefix = std::getenv("WINEPREFIX");
-    if (prefix != nullptr && *prefix != 0) return prefix;
-    const char* home = std::getenv("HOME");
-    if (home != nullptr && *home != 0) return std::string(home) + "/.wine";
-    return std::string();
-}
-
-std::string WindowsRoot() {
-    const char* root = std::getenv("TQNRALM_WINDOWS_ROOT");
-    return root != nullptr ? root : "";
-}
-
 int MapUtf8Path(const std::string& windows, std::string* host) {
     host->clear();
     Split split;
@@ -272,6 +256,40 @@ int MapUtf8Path(const std::string& windows, std::string* host) {
         }
     }
     return FullResolve(split, host);
+}
+
+namespace {
+
+std::vector<std::string> HostParts(const std::string& path) {
+    std::vector<std::string> parts;
+    size_t from = 0;
+    for (size_t i = 0; i <= path.size(); ++i) {
+        if (i < path.size() && path[i] != '/') continue;
+        if (i > from) parts.push_back(path.substr(from, i - from));
+        from = i + 1;
+    }
+    return parts;
+}
+
+// A name given for a name on disk: the same in any case, or its short name.
+bool NamesMatch(const std::string& given, const std::string& onDisk) {
+    if (given == onDisk) return true;
+    const std::u16string folded = Folded(given);
+    if (folded == Folded(onDisk)) return true;
+    std::u16string wide;
+    Utf8ToUtf16(onDisk.data(), onDisk.size(), false, &wide);
+    return !IsDosName(wide) && folded == Fold(ShortName(wide));
+}
+
+}  // namespace
+
+bool IsWithin(const std::string& path, const std::string& folder) {
+    const std::vector<std::string> inner = HostParts(path), outer = HostParts(folder);
+    if (inner.size() < outer.size()) return false;
+    for (size_t i = 0; i < outer.size(); ++i) {
+        if (!NamesMatch(inner[i], outer[i])) return false;
+    }
+    return true;
 }
 
 int MapPath(const char* windowsCp932, std::string* host) {

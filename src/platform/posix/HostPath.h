@@ -2,7 +2,7 @@
 //
 // A path in code page 932 with a drive letter and backslashes names a file
 // below $WINEPREFIX/dosdevices/<drive>:, or below the folder that holds a
-// copied Windows system drive (TQNRALM_WINDOWS_ROOT). Wine names files in UTF-8 and the
+// copied Windows system drive (Machine.h). Wine names files in UTF-8 and the
 // client spells its own file names in different cases, so each component is
 // tried with its exact case first and then by a scan of its directory.
 #ifndef QV_PLATFORM_POSIX_HOSTPATH_H
@@ -13,16 +13,10 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "platform/posix/Machine.h"
 
 namespace qvp {
 namespace posix {
-
-// The prefix: WINEPREFIX, else $HOME/.wine; empty when neither is known.
-std::string PrefixRoot();
-
-// The copied Windows system drive: TQNRALM_WINDOWS_ROOT, which wins over the
-// prefix; empty when the machine is a Wine prefix.
-std::string WindowsRoot();
 
 // Results of a mapping, in the file cause codes of the library.
 enum MapResult { kMapFound = 0, kMapMissing = 2, kMapBadPath = 3 };
@@ -31,7 +25,13 @@ enum MapResult { kMapFound = 0, kMapMissing = 2, kMapBadPath = 3 };
 // (the host path spells them as they are on disk); kMapMissing: only the last
 // component is missing (the host path ends in it as given); kMapBadPath: a
 // drive or a folder on the way is missing, or the path is malformed.
+// kMapBadPath because the drive is missing gives its host path all the same.
 int MapUtf8Path(const std::string& windowsUtf8, std::string* host);
+
+// Whether the host path `path` is `folder` or lies below it, by the rules
+// that map Windows paths: a component matches without regard to case, or by
+// its short name. Both absolute, with '/' and their links resolved.
+bool IsWithin(const std::string& path, const std::string& folder);
 
 // The same for a path in code page 932.
 int MapPath(const char* windowsCp932, std::string* host);
