@@ -1,24 +1,33 @@
 // fuzz_msglib.cpp - the message library through its nine functions: parse
 // arbitrary bytes, then read and free everything the way the mail reader
 // does. The input is parsed twice on one root, the second time from its
-// second half, so that replacing a message is covered too.
+// second half, so that replacing a message is covered too. A subject or id
+// must be text that the reader's strict code page 932 conversion takes.
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/platform.h"
 #include "sNqxMsgNet.h"
 
 namespace {
+
+void CheckCp932(const char* text, MT_WORD length) {
+    if (text[length] != '\0') __builtin_trap();
+    if (length > 0 && qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, text, static_cast<int>(length),
+                                               nullptr, 0) <= 0)
+        __builtin_trap();
+}
 
 void ReadAll(MT_WORD root) {
     char* text = nullptr;
     MT_WORD length = 0;
     if (MT_GetSubjectD(root, &text, &length)) {
-        if (text[length] != '\0') __builtin_trap();
+        CheckCp932(text, length);
         MT_Free(text);
     }
     text = nullptr;
     if (MT_GetMessageIDD(root, &text, &length)) {
-        if (text[length] != '\0') __builtin_trap();
+        CheckCp932(text, length);
         MT_Free(text);
     }
     MT_WORD pos = MT_GetMainHeadPosition(root);
