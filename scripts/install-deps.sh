@@ -53,7 +53,10 @@ if [ "${TQNRALM_NEED_THUNDERBIRD:-0}" = 1 ]; then
   dpkg -s fonts-noto-cjk >/dev/null 2>&1 || tb+=(fonts-noto-cjk)
   if [ ${#tb[@]} -gt 0 ]; then
     echo "installing: ${tb[*]}"
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${tb[@]}" || echo "could not install ${tb[*]}"
+    # A machine whose package lists are old or missing updates them first.
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${tb[@]}" ||
+      { $SUDO apt-get update && DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${tb[@]}"; } ||
+      echo "could not install ${tb[*]}"
   fi
 fi
 

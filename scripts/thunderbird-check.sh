@@ -3,9 +3,10 @@
 # every folder holds the messages the manifest lists as written, all read;
 # then imports every address book through Thunderbird's own importer.
 #
-#   scripts/thunderbird-check.sh BUILD
+#   scripts/thunderbird-check.sh BUILD [VARIANT]
 #
-# BUILD is a build folder with bin/tqnralm and bin/samplestore. The work goes
+# BUILD is a build folder with bin/tqnralm and bin/samplestore; VARIANT one
+# of the sample store's variants (default: "default"). The work goes
 # to BUILD/thunderbird-check: the export, a fresh profile whose user.js
 # defines the Local Folders account (a profile without it never gets one),
 # the export copied in as the README says (each user a folder of Local
@@ -21,7 +22,7 @@
 # Thunderbird, Xvfb, xdotool or ImageMagick (and no way to install them) it
 # says so in one line and passes.
 set -euo pipefail
-[ $# = 1 ] || { echo "usage: $0 BUILD" >&2; exit 2; }
+[ $# = 1 ] || [ $# = 2 ] || { echo "usage: $0 BUILD [VARIANT]" >&2; exit 2; }
 here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "$1" && pwd)
 work=$build/thunderbird-check
@@ -41,7 +42,7 @@ fi
 
 rm -rf "$work"
 mkdir -p "$work/home"
-"$build/bin/samplestore" "$work/prefix" default >/dev/null
+"$build/bin/samplestore" "$work/prefix" "${2:-default}" >/dev/null
 status=0
 WINEPREFIX=$work/prefix "$build/bin/tqnralm" export "$work/export" --quiet 2>"$work/export.log" || status=$?
 [ $status -le 1 ] || { echo "thunderbird-check: the export failed ($status)"; exit 1; }
