@@ -19,6 +19,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 
 TOOL, SAMPLESTORE, FMT = sys.argv[1:4]
 failures = []
@@ -66,6 +67,15 @@ def tree_files(root):
     return out
 
 
+def tree_times(root):
+    """The times of the mail files that take their messages' time (not an
+    empty folder's mbox file, made now)."""
+    times = {os.path.relpath(os.path.join(folder, name), root): os.stat(os.path.join(folder, name)).st_mtime_ns
+             for folder, _, files in os.walk(root) for name in files
+             if "addresses" not in folder and not name.startswith("manifest")}
+    return {name: t for name, t in times.items() if t < (time.time() - 86400) * 1e9}
+
+
 def whole_messages(files, ref, what):
     """Every file under a final name is the uninterrupted export's file (an
     mbox: a start of it that a mail reader splits into whole messages; only
@@ -85,7 +95,7 @@ def whole_messages(files, ref, what):
             check(ref.get(name) == data, f"{what}: {name} is not a whole file of the export")
 
 
-def kill_and_resume(prefix, work, ref):
+def kill_and_resume(prefix, work, ref, ref_times):
     for point, n in KILLS:
         what = f"{point}:{n}"
         out = os.path.join(work, "kill-" + what.replace(":", "-"))
@@ -101,6 +111,9 @@ def kill_and_resume(prefix, work, ref):
         got = tree_files(out)
         check(got == ref, f"{what}: differs from the uninterrupted export: "
                           f"{sorted(k for k in set(got) | set(ref) if got.get(k) != ref.get(k))[:5]}")
+        got_times = tree_times(out)
+        check(got_times == ref_times, f"{what}: the files' times differ: "
+                                      f"{[(k, ref_times.get(k), got_times.get(k)) for k in ref_times if got_times.get(k) != ref_times[k]][:3]}")
 
 
 def stop_and_refusals(prefix, work, ref):
@@ -122,10 +135,19 @@ def stop_and_refusals(prefix, work, ref):
 
 def full_disk(work):
     big = os.path.join(work, "big")
-    # Maildir and EML make a file per message: fewer of them.
-    messages = 6000 if FMT == "mbox" else 1500
-    subprocess.run([SAMPLESTORE, "--generate", big, "--messages", str(messages), "--folders", "2"], check=True,
+    # Maildir and EML make a file per message: fewer of them. The mbox
+    # folder is larger than what goes between two commits (8 MB).
+    messages, folders = (6000, "1") if FMT == "mbox" else (1500, "2")
+    subprocess.run([SAMPLESTORE, "--generate", big, "--messages", str(messages), "--folders", folders], check=True,
                    stdout=subprocess.DEVNULL)
+    # Only a folder's first message has a date: the others take its time,
+    # also those that a rerun writes after the ones an earlier run wrote.
+    for folder, _, files in os.walk(os.path.join(big, "drive_c", "AL-Mail", "Mailbox")):
+        for name in sorted(files)[1:]:
+            with open(os.path.join(folder, name), "r+b") as f:
+                data = f.read()
+                f.seek(0)
+                f.write(data.replace(b"\r\nDate: ", b"\r\nXate: ", 1))
     ref_out = os.path.join(work, "big-ref")
     check(run(big, ref_out).returncode == 0, "big store: export")
     ref = tree_files(ref_out)
@@ -138,10 +160,11 @@ def full_disk(work):
         whole_messages(tree_files(out), ref, f"full disk at {limit}")
     again = run(big, out)
     check(again.returncode == 0 and tree_files(out) == ref, f"full disk, then space: {again.stderr!r}")
-    # Killed between a commit inside a large folder and its journal.
+    # Killed after a commit inside the large folder, before the next one.
     out = os.path.join(work, "big-kill")
-    check(run(big, out, kill="journal:2").returncode == -signal.SIGKILL, "big store: killed")
+    check(run(big, out, kill="journal:3").returncode == -signal.SIGKILL, "big store: killed")
     check(run(big, out).returncode == 0 and tree_files(out) == ref, "big store: killed inside a folder, rerun")
+    check(tree_times(out) == tree_times(ref_out), "big store: the files' times")
 
 
 with tempfile.TemporaryDirectory(prefix="tqnralm-resume-") as work:
@@ -150,7 +173,7 @@ with tempfile.TemporaryDirectory(prefix="tqnralm-resume-") as work:
     ref_out = os.path.join(work, "ref")
     check(run(prefix, ref_out).returncode == 0, "uninterrupted export")
     reference = tree_files(ref_out)
-    kill_and_resume(prefix, work, reference)
+    kill_and_resume(prefix, work, reference, tree_times(ref_out))
     stop_and_refusals(prefix, work, reference)
     full_disk(work)
 sys.exit(1 if failures else 0)

@@ -28,6 +28,8 @@ Journal::Found Journal::Load(JournalState* s, std::string* error) const {
         s->listed = j.at("listed").get<bool>();
         s->folder = j.at("folder").get<std::string>();
         s->folderLength = j.at("folder_length").get<uint64_t>();
+        s->lastTime = j.at("times").at(0).get<int64_t>();
+        s->newestTime = j.at("times").at(1).get<int64_t>();
         const Json& t = j.at("totals");
         s->written = t.at("written").get<int64_t>();
         s->failed = t.at("failed").get<int64_t>();
@@ -49,6 +51,7 @@ bool Journal::Save(const JournalState& s, std::string* error) {
                     {"listed", s.listed},
                     {"folder", s.folder},
                     {"folder_length", s.folderLength},
+                    {"times", {s.lastTime, s.newestTime}},
                     {"totals", {{"written", s.written}, {"failed", s.failed}, {"unread", s.unread}, {"bytes", s.bytes}}},
                     {"finished", s.finished},
                     {"exit", s.exit}};

@@ -4,7 +4,7 @@
 //
 // A commit records the steps of the mail pass that are done, the length of
 // manifest.json.partial that lists them, the length of the mbox file being
-// filled, and the totals so far. It is written only after everything it
+// filled, the times of the folder's messages so far, and the totals so far. It is written only after everything it
 // counts is on the disk, as a new file that is flushed and renamed over the
 // old one, so a power cut leaves either the old or the new journal. The
 // journal goes when manifest.json is in place.
@@ -23,6 +23,7 @@ struct JournalState {
     bool listed = false;      // the manifest lists a message already
     std::string folder;       // the mbox file being filled, relative to OUTDIR
     uint64_t folderLength = 0;
+    int64_t lastTime = -1, newestTime = -1;  // of the folder's messages so far (MailWriter)
     int64_t written = 0, failed = 0, unread = 0;
     uint64_t bytes = 0;
     bool finished = false;    // manifest.json.partial is whole; its rename remains

@@ -164,6 +164,7 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
         const std::string folder = std::move(resumeFolder_);
         resumeFolder_.clear();
         if (!writer_.ResumeFolder(folder, folder == state_.folder ? state_.folderLength : 0)) return false;
+        writer_.RestoreFolderTimes(state_.lastTime, state_.newestTime);
     }
     switch (step.kind) {
     case Step::kUser: return output_.MakeDir(step.path);
@@ -187,10 +188,7 @@ bool MailPass::Replay(const Step& step) {
         writer_.StartFolderTimes();
     }
     if (step.kind == Step::kEndFolder) resumeFolder_.clear();
-    if (step.kind == Step::kMessage) {
-        if (step.code == QV_S_OK) writer_.PassOver(step.data.data(), step.data.size());
-        progress_.Step(0);
-    }
+    if (step.kind == Step::kMessage) progress_.Step(0);
     return true;
 }
 
@@ -244,6 +242,7 @@ bool MailPass::Commit(const MailTotals& totals) {
     state_.listed = manifest_->listed();
     state_.folder = output_.openFile();
     state_.folderLength = output_.offset();
+    writer_.FolderTimes(&state_.lastTime, &state_.newestTime);
     state_.written = totals.written;
     state_.failed = totals.failed;
     state_.unread = totals.unread;

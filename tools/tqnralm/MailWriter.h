@@ -58,9 +58,17 @@ public:
     void KeepRaw(bool raw) { raw_ = raw; }
     // The times of a folder's messages start anew (before BeginFolder).
     void StartFolderTimes() { lastTime_ = newest_ = -1; }
-    // A message that an earlier run wrote, passed over on a rerun: its time
-    // still counts for the messages after it.
-    void PassOver(const char* data, size_t size) { TimeOf(data, size); }
+    // The folder's times so far, kept by the journal, and given back to
+    // the writer when a rerun goes on inside the folder: the messages an
+    // earlier run wrote still count for those after them.
+    void FolderTimes(int64_t* last, int64_t* newest) const {
+        *last = lastTime_;
+        *newest = newest_;
+    }
+    void RestoreFolderTimes(int64_t last, int64_t newest) {
+        lastTime_ = last;
+        newest_ = newest;
+    }
 
 protected:
     // The time of a message, for its file and its From line: its own
