@@ -104,6 +104,10 @@ result = subprocess.run([TOOL], input=b"To: ) > " + sjis("山田") + b" <y@examp
                         timeout=10)
 check(result.returncode == 0 and result.stdout.endswith(b"?= <y@example.jp>\n\nb") and result.stdout.isascii(),
       f"stray brackets: {result.stdout!r}")
+# A field of megabytes costs one pass: a display name of 500,000 words before a raw comment.
+result = subprocess.run([TOOL], input=b"To: " + b"a " * 500000 + b"<a@example.jp> (" + sjis("山田") + b")\n\nb",
+                        stdout=subprocess.PIPE, timeout=20)
+check(result.returncode == 0 and result.stdout.endswith(b"?=)\n\nb") and result.stdout.isascii(), "a long field")
 # Structured fields hold no encoded words: their raw bytes become UTF-8.
 result = run(b"Subject: x\nContent-Type: text/plain; name=\"" + sjis("請求書") + b".txt\"\n\nbody")
 check(result.stdout == "Subject: x\nContent-Type: text/plain; name=\"請求書.txt\"\n\nbody".encode(),

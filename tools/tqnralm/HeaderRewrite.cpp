@@ -313,12 +313,18 @@ std::vector<Piece> AddressPieces(std::string_view v, uint32_t declared) {
                 name += lex[k].kind == Lex::kQuoted ? Inner(lex[k].text, '"', cp) : std::string(lex[k].text);
             }
             pieces.push_back({sep, Decode(name, declared), true});
-            i = last;
-        } else {
-            pieces.push_back({sep, std::string(l.text), false});
+        } else {  // the whole display name at once, so that a long one costs one pass
+            for (size_t k = i; k <= last; ++k) {
+                if (lex[k].kind == Lex::kSpace) {
+                    sep = lex[k].text;
+                    continue;
+                }
+                pieces.push_back({sep, std::string(lex[k].text), false});
+                sep = {};
+            }
         }
         sep = {};
-        ++i;
+        i = last + 1;
     }
     return pieces;
 }
