@@ -1,6 +1,8 @@
 // MsgParseRoot.cpp - one parsed message and its decoded texts.
 #include "MsgParseRoot.h"
 
+#include <algorithm>
+
 #include "MsgCharset.h"
 #include "MsgEncodedWords.h"
 #include "MsgParams.h"
@@ -25,7 +27,10 @@ void MsgParseRoot::Parse(const char* text, size_t size) {
     }
 }
 
-uint32_t MsgParseRoot::Declared() const {
+uint32_t MsgParseRoot::Declared(std::string_view value) const {
+    // Only 8-bit text is read by it: most subjects need no look at Content-Type.
+    const auto high = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+    if (std::none_of(value.begin(), value.end(), high)) return kCpGuess;
     std::string_view type;
     std::string charset;
     if (!m_header.Find("Content-Type", &type)) return kCpGuess;
@@ -37,7 +42,8 @@ uint32_t MsgParseRoot::Declared() const {
 bool MsgParseRoot::Subject(std::string* out) const {
     std::string_view raw;
     if (!m_header.Find("Subject", &raw)) return false;
-    *out = WideToCp932(DecodeHeaderText(UnfoldValue(raw), Declared()));
+    const std::string value = UnfoldValue(raw);
+    *out = WideToCp932(DecodeHeaderText(value, Declared(value)));
     return true;
 }
 
@@ -46,7 +52,7 @@ bool MsgParseRoot::MessageId(std::string* out) const {
     if (!m_header.Find("Message-ID", &raw)) return false;
     const std::string value = UnfoldValue(raw);
     std::u16string wide;
-    AppendWide(GuessCodePage(value, Declared()), value, &wide);
+    AppendWide(GuessCodePage(value, Declared(value)), value, &wide);
     *out = WideToCp932(wide);
     return true;
 }

@@ -38,8 +38,9 @@ private:
     MsgHeader m_header;
     MimeStructure m_mime;
 
-    // The code page of the top-level charset parameter, or kCpGuess.
-    uint32_t Declared() const;
+    // The code page of the top-level charset parameter for reading a field
+    // value, or kCpGuess (also for a value without 8-bit bytes).
+    uint32_t Declared(std::string_view value) const;
 };
 
 }  // namespace msg
