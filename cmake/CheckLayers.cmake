@@ -16,8 +16,8 @@ set(QV_LAYER_RULES
 # Operating-system headers and platform tests stay in src/platform and in the
 # tests' posix/ and win32/ folders. The public header picks its calling
 # convention, and the host and the message library may keep one seam file
-# each, named here.
-set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/Os.cpp tools/tqnralm/OsDurable.cpp)
+# each (the host a few, by platform), named here.
+set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/Os.cpp tools/tqnralm/OsDurable.cpp tools/tqnralm/OsWindows.cpp)
 set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
 set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")
 

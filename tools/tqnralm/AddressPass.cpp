@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <map>
 
+#include "Console.h"
 #include "FileNames.h"
 #include "Sha256.h"
 
@@ -49,7 +50,7 @@ bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Outp
         ++totals->files;
         totals->bytes += file.bytes.size();
         if (output.dryRun()) {
-            std::printf("%8d  %s\n", book.addresses, path.c_str());
+            Print(stdout, "%8d  %s\n", book.addresses, os::DisplayPath(path).c_str());
         }
     }
     return true;
@@ -68,8 +69,8 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
         UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, forms);
         totals->books.failed += out.failedBooks;
         if (out.failedBooks > 0) {
-            std::fprintf(stderr, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
-                         user.index.c_str());
+            Print(stderr, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
+                  user.index.c_str());
         }
         if (out.books.empty()) continue;
         const std::string dir = user.dir + "/addresses";
@@ -81,7 +82,8 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
             auto same = book.digest.empty() ? written.end() : written.find(book.digest);
             if (same != written.end()) {
                 if (output.dryRun()) {
-                    std::printf("%8s  %s (book %s, written once)\n", "", book.name.c_str(), same->second.c_str());
+                    Print(stdout, "%8s  %s (book %s, written once)\n", "", book.name.c_str(),
+                          os::DisplayPath(same->second).c_str());
                 }
                 books->push_back({{"user", user.index},
                                   {"name", book.name},
@@ -115,14 +117,14 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
 }
 
 void PrintAddressSummary(bool dryRun, const AddressTotals& t) {
-    std::fprintf(stderr,
-                 "tqnralm: %s: %lld address books (%lld groups, %lld addresses as %lld cards) %s, %lld books, "
-                 "%lld groups and %lld addresses failed, %lld files, %llu bytes\n",
-                 dryRun ? "dry run" : "export", static_cast<long long>(t.books.written),
-                 static_cast<long long>(t.groups.written), static_cast<long long>(t.addresses.written),
-                 static_cast<long long>(t.cards), dryRun ? "to write" : "written", static_cast<long long>(t.books.failed),
-                 static_cast<long long>(t.groups.failed), static_cast<long long>(t.addresses.failed),
-                 static_cast<long long>(t.files), static_cast<unsigned long long>(t.bytes));
+    Print(stderr,
+          "tqnralm: %s: %lld address books (%lld groups, %lld addresses as %lld cards) %s, %lld books, "
+          "%lld groups and %lld addresses failed, %lld files, %llu bytes\n",
+          dryRun ? "dry run" : "export", static_cast<long long>(t.books.written),
+          static_cast<long long>(t.groups.written), static_cast<long long>(t.addresses.written),
+          static_cast<long long>(t.cards), dryRun ? "to write" : "written", static_cast<long long>(t.books.failed),
+          static_cast<long long>(t.groups.failed), static_cast<long long>(t.addresses.failed),
+          static_cast<long long>(t.files), static_cast<unsigned long long>(t.bytes));
 }
 
 }  // namespace tqnralm

@@ -5,6 +5,7 @@
 
 #include "AddressPass.h"
 #include "Commands.h"
+#include "Console.h"
 #include "ExportPlan.h"
 #include "FileNames.h"
 #include "Journal.h"
@@ -71,21 +72,23 @@ void PrintPlan(const ExportPlan& plan) {
     for (const UserPlan& user : plan.users) {
         for (const AccountPlan& account : user.accounts) {
             if (!account.sameAs.empty()) {
-                std::printf("%8s  %s (account %s, written once)\n", "", account.dir.c_str(), account.sameAs.c_str());
+                Print(stdout, "%8s  %s (account %s, written once)\n", "", os::DisplayPath(account.dir).c_str(),
+                      account.sameAs.c_str());
                 continue;
             }
             for (const FolderPlan& folder : account.folders) {
-                std::printf("%8lld  %s\n", static_cast<long long>(folder.expected), folder.target.c_str());
+                Print(stdout, "%8lld  %s\n", static_cast<long long>(folder.expected),
+                      os::DisplayPath(folder.target).c_str());
             }
         }
     }
 }
 
 int Fail(const std::string& message, Manifest* manifest) {
-    std::fprintf(stderr, "tqnralm: %s\n", message.c_str());
+    Print(stderr, "tqnralm: %s\n", message.c_str());
     if (manifest != nullptr) {
         manifest->Abandon();
-        std::fprintf(stderr, "tqnralm: what was written is kept; the same command goes on from there\n");
+        Print(stderr, "tqnralm: what was written is kept; the same command goes on from there\n");
     }
     return kExitOutput;
 }
@@ -137,16 +140,17 @@ int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer, O
     AddressTotals addresses;
     if (options.addresses) WriteAddressBooks(plan, options.addressForms, output, &books, &addresses);
     const bool complete = Complete(plan, totals, addresses);
-    std::printf("%lld messages in %zu folders, %llu bytes to write", static_cast<long long>(plan.expected),
-                plan.folders, static_cast<unsigned long long>(totals.bytes));
+    Print(stdout, "%lld messages in %llu folders, %llu bytes to write", static_cast<long long>(plan.expected),
+          static_cast<unsigned long long>(plan.folders), static_cast<unsigned long long>(totals.bytes));
     if (!complete) {
-        std::printf("; %lld messages and %zu other items cannot be read",
-                    static_cast<long long>(totals.failed + totals.unread), plan.problems.size());
+        Print(stdout, "; %lld messages and %llu other items cannot be read",
+              static_cast<long long>(totals.failed + totals.unread),
+              static_cast<unsigned long long>(plan.problems.size()));
     }
-    std::printf("\n");
+    Print(stdout, "\n");
     for (const Problem& problem : plan.problems) {
-        std::printf("cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-                    static_cast<int>(problem.code));
+        Print(stdout, "cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+              static_cast<int>(problem.code));
     }
     if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
     if (options.addresses) PrintAddressSummary(true, addresses);
@@ -207,7 +211,7 @@ int Begin(const ExportOptions& options, const Json& header, Journal& journal, Jo
                         nullptr);
         }
         if (state->finished) return Republish(options.outDir, *state, journal, options);
-        std::fprintf(stderr, "tqnralm: going on with the unfinished export in '%s'\n", options.outDir.c_str());
+        Print(stderr, "tqnralm: going on with the unfinished export in '%s'\n", options.outDir.c_str());
         output.SetResuming();
         if (!manifest.Resume(options.outDir, state->manifest, state->listed, &error)) return Fail(error, nullptr);
         break;
@@ -303,8 +307,8 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
     if (options.addresses) PrintAddressSummary(false, addresses);
     for (const Problem& problem : plan.problems) {
-        std::fprintf(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-                     static_cast<int>(problem.code));
+        Print(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+              static_cast<int>(problem.code));
     }
     return exit;
 }

@@ -1,5 +1,6 @@
-// The host's one seam to the operating system (see Os.h): a POSIX branch and
-// a Windows branch, and what std::filesystem does the same way on both.
+// The host's seam to a POSIX system (see Os.h; OsWindows.cpp is the Windows
+// one, OsDurable.cpp holds both halves of what a stopped export needs). Names
+// are bytes here, UTF-8 as the tool keeps them.
 #include "Os.h"
 
 #include <cerrno>
@@ -9,10 +10,6 @@
 #include <filesystem>
 #include <system_error>
 
-#if defined(_WIN32)
-#include <io.h>
-#include <windows.h>
-#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +17,6 @@
 #include "platform/posix/DriveHives.h"
 #include "platform/posix/HostPath.h"
 #include "platform/posix/Machine.h"
-#endif
 
 namespace fs = std::filesystem;
 
@@ -32,179 +28,17 @@ fs::path PathOf(const std::string& utf8) { return fs::u8path(utf8); }
 
 std::string Describe(const std::string& path, const std::string& reason) { return "'" + path + "': " + reason; }
 
-}  // namespace
-
-#if defined(_WIN32)
-
-namespace {
-
-std::wstring Wide(const std::string& utf8) {
-    int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-    std::wstring out(static_cast<size_t>(n), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), &out[0], n);
-    // Past MAX_PATH the calls need the absolute "\\?\" form.
-    if (out.size() >= 240) {
-        DWORD len = GetFullPathNameW(out.c_str(), 0, nullptr, nullptr);
-        std::wstring full(len, L'\0');
-        len = GetFullPathNameW(out.c_str(), len, &full[0], nullptr);
-        full.resize(len);
-        if (full.rfind(L"\\\\", 0) == 0) return L"\\\\?\\UNC\\" + full.substr(2);
-        return L"\\\\?\\" + full;
-    }
-    return out;
-}
-
-std::string LastError() {
-    DWORD code = GetLastError();
-    char text[256] = "";
-    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text, sizeof text,
-                   nullptr);
-    size_t n = std::strlen(text);
-    while (n > 0 && (text[n - 1] == '\n' || text[n - 1] == '\r' || text[n - 1] == '.')) text[--n] = 0;
-    return std::string(text) + " (error " + std::to_string(code) + ")";
-}
-
-HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
-
-}  // namespace
-
-// For OsDurable.cpp, the other half of this seam.
-std::wstring WidePath(const std::string& utf8) { return Wide(utf8); }
-std::string SystemError() { return LastError(); }
-
-bool StderrIsTerminal() { return _isatty(_fileno(stderr)) != 0; }
-
-char MaildirInfoSeparator() { return '!'; }
-
-Created NewFile::Create(const std::string& path, std::string* error) {
-    path_ = path;
-    HANDLE h = CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (h == INVALID_HANDLE_VALUE) {
-        DWORD code = GetLastError();
-        *error = Describe(path, LastError());
-        return code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS ? Created::kExists : Created::kFailed;
-    }
-    handle_ = reinterpret_cast<intptr_t>(h);
-    return Created::kNew;
-}
-
-bool NewFile::Write(const char* data, size_t size, std::string* error) {
-    while (size > 0) {
-        DWORD chunk = size > (1u << 30) ? (1u << 30) : static_cast<DWORD>(size), done = 0;
-        if (!WriteFile(H(handle_), data, chunk, &done, nullptr) || done == 0) {
-            *error = Describe(path_, LastError());
-            return false;
-        }
-        data += done;
-        size -= done;
-    }
-    return true;
-}
-
-bool NewFile::Sync(std::string* error) {
-    if (FlushFileBuffers(H(handle_))) return true;
-    *error = Describe(path_, LastError());
-    return false;
-}
-
-bool NewFile::SetTime(int64_t seconds, std::string* error) {
-    // FILETIME counts 100 ns from 1601.
-    const uint64_t ticks = static_cast<uint64_t>(seconds + 11644473600LL) * 10000000ULL;
-    FILETIME time;
-    time.dwLowDateTime = static_cast<DWORD>(ticks);
-    time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-    if (SetFileTime(H(handle_), nullptr, &time, &time)) return true;
-    *error = Describe(path_, LastError());
-    return false;
-}
-
-bool NewFile::Close(std::string* error) {
-    if (handle_ == -1) return true;
-    bool ok = CloseHandle(H(handle_)) != 0;
-    handle_ = -1;
-    if (!ok) *error = Describe(path_, LastError());
-    return ok;
-}
-
-NewFile::~NewFile() {
-    if (handle_ != -1) CloseHandle(H(handle_));
-}
-
-Created MakeDirectory(const std::string& path, std::string* error) {
-    if (CreateDirectoryW(Wide(path).c_str(), nullptr)) return Created::kNew;
-    if (GetLastError() == ERROR_ALREADY_EXISTS) {
-        DWORD attr = GetFileAttributesW(Wide(path).c_str());
-        if (attr != INVALID_FILE_ATTRIBUTES && (attr & FILE_ATTRIBUTE_DIRECTORY)) return Created::kExists;
-        *error = Describe(path, "a file of this name is in the way");
-        return Created::kFailed;
-    }
-    *error = Describe(path, LastError());
-    return Created::kFailed;
-}
-
-bool RenameNew(const std::string& from, const std::string& to, std::string* error) {
-    // Without MOVEFILE_REPLACE_EXISTING the move fails when `to` exists.
-    if (MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_WRITE_THROUGH)) return true;
-    *error = Describe(to, LastError());
-    return false;
-}
-
-void RemoveFile(const std::string& path) { DeleteFileW(Wide(path).c_str()); }
-
-std::string SourceDescription() { return "this machine"; }
-
-std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders) {
-    std::vector<StoreFolder> out;
-    for (const std::string& folder : accountFolders) out.push_back({folder, folder});
-    return out;
-}
-
-const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path) {
-    const std::string inner = AbsolutePath(path);
-    for (const StoreFolder& store : folders) {
-        // Windows compares paths without regard to case.
-        const std::string folder = AbsolutePath(store.hostPath);
-        if (inner.size() < folder.size() || _strnicmp(inner.c_str(), folder.c_str(), folder.size()) != 0) continue;
-        if (inner.size() == folder.size() || inner[folder.size()] == '\\' || inner[folder.size()] == '/' ||
-            folder.back() == '\\')
-            return &store;
-    }
-    return nullptr;
-}
-
-namespace {
-std::string g_copiedDrive;
-}  // namespace
-
-// The Windows build reads the running machine's own registry; a copied drive
-// is only looked at far enough to say so.
-void ReadCopiedDrive(const std::string& root, const std::string&) { g_copiedDrive = root; }
-
-std::string CopiedDrive() { return std::string(); }
-
-DriveLayout InspectCopiedDrive() {
-    DriveLayout out;
-    const fs::path root = PathOf(g_copiedDrive);
-    out.software = (root / "Windows" / "System32" / "config" / "SOFTWARE").u8string();
-    out.users = (root / "Users").u8string();
-    out.oldUsers = (root / "Documents and Settings").u8string();
-    std::error_code ec;
-    out.hasSoftware = fs::exists(PathOf(out.software), ec);
-    return out;
-}
-
-Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
-    *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
-    return Hive::kUnsupported;
-}
-
-#else
-
-namespace {
-
 std::string Errno() { return std::strerror(errno); }
 
 }  // namespace
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) { return std::vector<std::string>(argv, argv + argc); }
+
+void UseBinaryStreams() {}
+
+void WriteText(std::FILE* stream, const std::string& utf8) { std::fwrite(utf8.data(), 1, utf8.size(), stream); }
+
+std::string DisplayPath(const std::string& path) { return path; }
 
 bool StderrIsTerminal() { return isatty(STDERR_FILENO) != 0; }
 
@@ -354,8 +188,6 @@ Hive ProbeHive(const std::string& path, const std::string& key, std::string* err
                                                                : std::strerror(cause));
     return Hive::kUnreadable;
 }
-
-#endif
 
 bool MakeDirectories(const std::string& path, std::string* error) {
     std::error_code ec;

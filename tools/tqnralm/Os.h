@@ -1,20 +1,38 @@
 // The host's one seam to the operating system: the terminal test, files
 // created only when new, directories, the rename that never replaces,
-// where the mail client's store lies, and a copied Windows drive (Linux
-// only: the library's platform layer reads it and answers for it). Paths are
-// UTF-8 with '/' (Windows also takes '\'); nothing else in the tool knows
-// the platform.
+// where the mail client's store lies, a copied Windows drive (Linux only: the
+// library's platform layer reads it and answers for it), and on Windows the
+// UTF-16 command line and console. Paths are UTF-8 with '/' (Windows also
+// takes '\'), converted only here; nothing else in the tool knows the
+// platform. Os.cpp is the POSIX side, OsWindows.cpp the Windows one.
 #ifndef TQNRALM_TOOL_OS_H
 #define TQNRALM_TOOL_OS_H
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace tqnralm {
 namespace os {
 
+// The program's arguments in UTF-8. On Windows they come from the UTF-16
+// command line: argv holds them in the ANSI code page, which has no form for
+// many names (a Chinese folder, an emoji).
+std::vector<std::string> ProgramArguments(int argc, char** argv);
+// stdout and stderr take bytes as they are: on Windows no CR is added before
+// each LF, so the raw text of a message leaves unchanged.
+void UseBinaryStreams();
+// Text for a person on stdout or stderr: a console shows it as characters
+// (on Windows through WriteConsoleW, whatever the console's code page); a
+// file or a pipe receives the UTF-8 bytes.
+void WriteText(std::FILE* stream, const std::string& utf8);
+// A path as this platform writes it for a person: '\' between the names on
+// Windows.
+std::string DisplayPath(const std::string& path);
+
+// Whether stderr is a terminal (on Windows: a console), for the status line.
 bool StderrIsTerminal();
 
 // What stands between a Maildir file's unique part and its flags: ':', and
@@ -87,8 +105,8 @@ void RaiseStop();
 // Ends the process at once, as SIGKILL does (the tests' kill points).
 [[noreturn]] void KillSelf();
 
-// The absolute form of a path with the links of its existing part resolved,
-// for comparing two paths.
+// The absolute form of a path with the links of its existing part resolved
+// (on Windows: short names made long), for comparing two paths.
 std::string AbsolutePath(const std::string& path);
 
 // Where the library reads the mail client's machine, for the manifest: the
@@ -103,7 +121,8 @@ struct StoreFolder {
 };
 // The folders of the store, an export must write below none of them: on a
 // Wine prefix or a copied drive the whole machine, and each account folder
-// (from the account's name) where the library finds it.
+// (from the account's name) where the library finds it; on Windows the
+// installation folder, the mailbox folders and the account folders.
 std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders);
 // The store folder that holds `path`, by the library's path rules (names in
 // any case, short names); nullptr when none does.

@@ -10,6 +10,8 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+// <windows.h> makes ReplaceFile a macro for ReplaceFileW; here it is os::ReplaceFile.
+#undef ReplaceFile
 #else
 #include <cerrno>
 #include <fcntl.h>

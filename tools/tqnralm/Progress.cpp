@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "Console.h"
+
 namespace tqnralm {
 
 Progress::Progress(bool live, int64_t total)
@@ -30,33 +32,33 @@ void Progress::Show(std::chrono::steady_clock::time_point now) {
                           static_cast<long long>(done_), static_cast<long long>(total_), bytes_ / 1e6, rate, eta);
     // Spaces cover what a longer line before left (no terminal escapes: the
     // Windows console does not take them by default).
-    std::fprintf(stderr, "\r%s%*s", line, width_ > n ? width_ - n : 0, "");
+    Print(stderr, "\r%s%*s", line, width_ > n ? width_ - n : 0, "");
     std::fflush(stderr);
     width_ = n;
 }
 
 void Progress::Clear() {
-    if (width_ > 0) std::fprintf(stderr, "\r%*s\r", width_, "");
+    if (width_ > 0) Print(stderr, "\r%*s\r", width_, "");
     width_ = 0;
 }
 
 void Progress::Stopped(int64_t written, int64_t failed, uint64_t bytes) {
     Clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    std::fprintf(stderr,
-                 "tqnralm: export stopped: %lld written, %lld failed, %llu bytes, %.2f s; "
-                 "the same command goes on from there\n",
-                 static_cast<long long>(written), static_cast<long long>(failed),
-                 static_cast<unsigned long long>(bytes), seconds);
+    Print(stderr,
+          "tqnralm: export stopped: %lld written, %lld failed, %llu bytes, %.2f s; "
+          "the same command goes on from there\n",
+          static_cast<long long>(written), static_cast<long long>(failed),
+          static_cast<unsigned long long>(bytes), seconds);
 }
 
 void Progress::Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes) {
     Clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    std::fprintf(stderr, "tqnralm: %s: %lld %s, %lld failed, %llu bytes, %.2f s\n", dryRun ? "dry run" : "export",
-                 static_cast<long long>(written), dryRun ? "to write" : "written",
-                 static_cast<long long>(failed),
-                 static_cast<unsigned long long>(bytes), seconds);
+    Print(stderr, "tqnralm: %s: %lld %s, %lld failed, %llu bytes, %.2f s\n", dryRun ? "dry run" : "export",
+          static_cast<long long>(written), dryRun ? "to write" : "written",
+          static_cast<long long>(failed),
+          static_cast<unsigned long long>(bytes), seconds);
 }
 
 }  // namespace tqnralm

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Console.h"
 #include "Library.h"
 
 namespace tqnralm {
@@ -72,7 +73,7 @@ struct TreePrinter {
             line += std::string(" ") + ClassName(child, true) + "=" +
                     (code == QV_S_OK ? std::to_string(count) : "<error " + std::to_string(code) + ">");
         }
-        std::printf("%s\n", line.c_str());
+        tqnralm::Print(stdout, "%s\n", line.c_str());
         for (int32_t child : classes) {
             Children children(obj, child);
             if (children.code() != QV_S_OK) {
@@ -84,8 +85,9 @@ struct TreePrinter {
                 int32_t code = children.Next(&item);
                 if (code == QV_E_NO_MORE_ITEMS) break;
                 if (code != QV_S_OK) {
-                    std::printf("%s<error %d> [%s]\n", std::string(static_cast<size_t>(2 * depth + 2), ' ').c_str(),
-                                static_cast<int>(code), ((index.empty() ? "" : index + "/") + std::to_string(n)).c_str());
+                    tqnralm::Print(stdout, "%s<error %d> [%s]\n",
+                                   std::string(static_cast<size_t>(2 * depth + 2), ' ').c_str(), static_cast<int>(code),
+                                   ((index.empty() ? "" : index + "/") + std::to_string(n)).c_str());
                     ++failures;
                     continue;
                 }
@@ -113,7 +115,7 @@ int RunVersion(const GlobalOptions& global) {
     Session session;
     if (int exit = session.StartLog(global)) return exit;
     int32_t version = QV_GetVersion();
-    std::printf("TQNRALM interface %d.%d\n", static_cast<int>(version >> 16), static_cast<int>(version & 0xFFFF));
+    Print(stdout, "TQNRALM interface %d.%d\n", static_cast<int>(version >> 16), static_cast<int>(version & 0xFFFF));
     return kExitOk;
 }
 
@@ -135,14 +137,14 @@ int RunCat(const GlobalOptions& global, const std::string& path) {
         char* rest = nullptr;
         long value = std::strtol(part.c_str(), &rest, 10);
         if (part.empty() || *rest != '\0' || value < 0) {
-            std::fprintf(stderr, "tqnralm: bad message path '%s'\n", path.c_str());
+            Print(stderr, "tqnralm: bad message path '%s'\n", path.c_str());
             return kExitUsage;
         }
         indexes.push_back(value);
         start = end + 1;
     }
     if (indexes.size() < 4) {
-        std::fprintf(stderr, "tqnralm: a message path has at least user/account/folder/message\n");
+        Print(stderr, "tqnralm: a message path has at least user/account/folder/message\n");
         return kExitUsage;
     }
     Session session;
@@ -164,13 +166,13 @@ int RunCat(const GlobalOptions& global, const std::string& path) {
         }
     }
     if (code != QV_S_OK) {
-        std::fprintf(stderr, "tqnralm: no message at '%s' (code %d)\n", path.c_str(), static_cast<int>(code));
+        Print(stderr, "tqnralm: no message at '%s' (code %d)\n", path.c_str(), static_cast<int>(code));
         return kExitIncomplete;
     }
     QV_MAIL_DATA data;
     code = QV_MailMessage_GetData(current, &data);
     if (code != QV_S_OK) {
-        std::fprintf(stderr, "tqnralm: the message cannot be read (code %d)\n", static_cast<int>(code));
+        Print(stderr, "tqnralm: the message cannot be read (code %d)\n", static_cast<int>(code));
         return kExitIncomplete;
     }
     std::fwrite(data.pszMailText, 1, data.nMailTextLen, stdout);

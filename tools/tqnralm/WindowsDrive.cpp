@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "Console.h"
 #include "Options.h"
 #include "Os.h"
 
@@ -15,7 +16,7 @@ namespace {
 const char kClientKey[] = "Software\\CREAR\\AL-Mail";
 
 int Fail(int code, const std::string& message) {
-    std::fprintf(stderr, "tqnralm: %s\n", message.c_str());
+    Print(stderr, "tqnralm: %s\n", message.c_str());
     return code;
 }
 

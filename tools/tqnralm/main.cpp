@@ -6,10 +6,18 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <new>
+#include <sstream>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "Commands.h"
+#include "Console.h"
 #include "Options.h"
+#include "Os.h"
 #include "WindowsDrive.h"
 
 namespace {
@@ -21,11 +29,21 @@ const char* const kDescription =
 
 const char* const kExitCodes =
     "Exit codes: 0 everything was done; 1 some messages or folders could not be read (the rest was\n"
-    "done); 2 usage; 3 the mail client was not found; 4 the output could not be written.";
+    "done), or an unexpected failure such as no memory left; 2 usage; 3 the mail client was not found;\n"
+    "4 the output could not be written.\n"
+    "Text goes to a console as characters and to a file or a pipe as UTF-8; 'cat' writes a message's\n"
+    "bytes as they are.";
 
-}  // namespace
+// CLI11's help and error texts, through the console like every other text.
+int Exit(const CLI::App& app, const CLI::Error& error) {
+    std::ostringstream out, err;
+    const int code = app.exit(error, out, err);
+    tqnralm::Print(stdout, "%s", out.str().c_str());
+    tqnralm::Print(stderr, "%s", err.str().c_str());
+    return code;
+}
 
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     using namespace tqnralm;
     CLI::App app(kDescription, "tqnralm");
     app.footer(kExitCodes);
@@ -91,11 +109,11 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
+        return Exit(app, e);
     } catch (const CLI::CallForAllHelp& e) {
-        return app.exit(e);
+        return Exit(app, e);
     } catch (const CLI::ParseError& e) {
-        app.exit(e);
+        Exit(app, e);
         return kExitUsage;
     }
     if (*version) return RunVersion(global);
@@ -112,4 +130,33 @@ int main(int argc, char** argv) {
     exportOptions.addresses = !noAddresses;
     ParseAddressForms(addressForms, &exportOptions.addressForms);
     return RunExport(global, exportOptions);
+}
+
+}  // namespace
+
+// Arguments in UTF-8 (on Windows from the UTF-16 command line); a failure
+// that escapes a command ends in one line and an exit code, never in
+// std::terminate.
+int main(int argc, char** argv) {
+    using namespace tqnralm;
+    os::UseBinaryStreams();
+    try {
+        std::vector<std::string> args = os::ProgramArguments(argc, argv);
+        std::vector<char*> pointers;
+        for (std::string& arg : args) pointers.push_back(&arg[0]);
+        pointers.push_back(nullptr);
+        return Run(static_cast<int>(args.size()), pointers.data());
+    } catch (const std::filesystem::filesystem_error& e) {
+        Print(stderr, "tqnralm: '%s': %s\n", os::DisplayPath(e.path1().u8string()).c_str(), e.code().message().c_str());
+        return kExitOutput;
+    } catch (const std::system_error& e) {
+        Print(stderr, "tqnralm: %s\n", e.what());
+        return kExitOutput;
+    } catch (const std::bad_alloc&) {
+        Print(stderr, "tqnralm: out of memory\n");
+        return kExitIncomplete;
+    } catch (const std::exception& e) {
+        Print(stderr, "tqnralm: %s\n", e.what());
+        return kExitIncomplete;
+    }
 }

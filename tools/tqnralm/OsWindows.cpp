@@ -1,0 +1,350 @@
+// The host's seam to Windows (see Os.h). Paths arrive in UTF-8 and reach the
+// wide file functions in the long form of LongPath.h, so that a Japanese
+// name and a path past MAX_PATH both work; arguments come from the UTF-16
+// command line; text for a person goes to a console through WriteConsoleW.
+#include "Os.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+#include <shellapi.h>
+
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+
+#include "LongPath.h"
+
+namespace tqnralm {
+namespace os {
+namespace {
+
+std::wstring WideText(const std::string& utf8) {
+    if (utf8.empty()) return std::wstring();
+    const int size = static_cast<int>(utf8.size());
+    const int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
+    std::wstring out(static_cast<size_t>(n), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, &out[0], n);
+    return out;
+}
+
+std::string Utf8Text(const wchar_t* wide, size_t count) {
+    if (count == 0) return std::string();
+    const int size = static_cast<int>(count);
+    const int n = WideCharToMultiByte(CP_UTF8, 0, wide, size, nullptr, 0, nullptr, nullptr);
+    std::string out(static_cast<size_t>(n), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide, size, &out[0], n, nullptr, nullptr);
+    return out;
+}
+
+std::string Utf8Text(const std::wstring& wide) { return Utf8Text(wide.data(), wide.size()); }
+
+// Every path the host opens or creates: absolute, normalised, "\\?\" when long.
+std::wstring Native(const std::string& utf8) {
+    std::wstring cwd(MAX_PATH, L'\0');
+    DWORD n = GetCurrentDirectoryW(static_cast<DWORD>(cwd.size()), &cwd[0]);
+    if (n >= cwd.size()) {
+        cwd.resize(n);
+        n = GetCurrentDirectoryW(n, &cwd[0]);
+    }
+    cwd.resize(n);
+    const std::wstring path = WideText(utf8);
+    const std::u16string full = qvp::FullPath(std::u16string(path.begin(), path.end()),
+                                              std::u16string(cwd.begin(), cwd.end()));
+    return std::wstring(full.begin(), full.end());
+}
+
+// The full path without the "\\?\" that only the file functions need.
+std::wstring Plain(std::wstring path) {
+    if (path.rfind(L"\\\\?\\UNC\\", 0) == 0) return L"\\" + path.substr(7);
+    if (path.rfind(L"\\\\?\\", 0) == 0) return path.substr(4);
+    return path;
+}
+
+std::string LastError() {
+    const DWORD code = GetLastError();
+    wchar_t* text = nullptr;
+    FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                   code, 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    std::wstring reason = text != nullptr ? text : L"";
+    LocalFree(text);
+    while (!reason.empty() && (reason.back() == L'\n' || reason.back() == L'\r' || reason.back() == L'.' ||
+                               reason.back() == L' ' || reason.back() == L'\x3002'))
+        reason.pop_back();
+    return Utf8Text(reason) + " (error " + std::to_string(code) + ")";
+}
+
+std::string Describe(const std::string& path, const std::string& reason) {
+    return "'" + DisplayPath(path) + "': " + reason;
+}
+
+HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+bool IsConsole(HANDLE handle) {
+    DWORD mode = 0;
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE && GetConsoleMode(handle, &mode) != 0;
+}
+
+std::string Parent(const std::string& path) {
+    const size_t cut = path.find_last_of("\\/");
+    return cut == std::string::npos || cut < 3 ? std::string() : path.substr(0, cut);
+}
+
+DWORD Attributes(const std::string& path) { return GetFileAttributesW(Native(path).c_str()); }
+
+}  // namespace
+
+// For OsDurable.cpp, the other half of this seam.
+std::wstring WidePath(const std::string& utf8) { return Native(utf8); }
+std::string SystemError() { return LastError(); }
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+    std::vector<std::string> out;
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (wide == nullptr) return std::vector<std::string>(argv, argv + argc);
+    for (int i = 0; i < count; ++i) out.push_back(Utf8Text(wide[i], std::wcslen(wide[i])));
+    LocalFree(wide);
+    return out;
+}
+
+void UseBinaryStreams() {
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+}
+
+void WriteText(std::FILE* stream, const std::string& utf8) {
+    const HANDLE console = stream == stdout   ? GetStdHandle(STD_OUTPUT_HANDLE)
+                           : stream == stderr ? GetStdHandle(STD_ERROR_HANDLE)
+                                              : nullptr;
+    if (!IsConsole(console)) {
+        std::fwrite(utf8.data(), 1, utf8.size(), stream);
+        return;
+    }
+    std::fflush(stream);
+    const std::wstring text = WideText(utf8);
+    for (size_t done = 0; done < text.size();) {
+        DWORD chunk = static_cast<DWORD>(std::min<size_t>(text.size() - done, 8192)), written = 0;
+        if (!WriteConsoleW(console, text.data() + done, chunk, &written, nullptr) || written == 0) return;
+        done += written;
+    }
+}
+
+std::string DisplayPath(const std::string& path) {
+    std::string out = path;
+    for (char& c : out) {
+        if (c == '/') c = '\\';
+    }
+    return out;
+}
+
+bool StderrIsTerminal() { return IsConsole(GetStdHandle(STD_ERROR_HANDLE)); }
+
+char MaildirInfoSeparator() { return '!'; }
+
+Created NewFile::Create(const std::string& path, std::string* error) {
+    path_ = path;
+    HANDLE h = CreateFileW(Native(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE) {
+        DWORD code = GetLastError();
+        *error = Describe(path, LastError());
+        return code == ERROR_FILE_EXISTS || code == ERROR_ALREADY_EXISTS ? Created::kExists : Created::kFailed;
+    }
+    handle_ = reinterpret_cast<intptr_t>(h);
+    return Created::kNew;
+}
+
+bool NewFile::Write(const char* data, size_t size, std::string* error) {
+    while (size > 0) {
+        DWORD chunk = size > (1u << 30) ? (1u << 30) : static_cast<DWORD>(size), done = 0;
+        if (!WriteFile(H(handle_), data, chunk, &done, nullptr) || done == 0) {
+            *error = Describe(path_, LastError());
+            return false;
+        }
+        data += done;
+        size -= done;
+    }
+    return true;
+}
+
+bool NewFile::Sync(std::string* error) {
+    if (FlushFileBuffers(H(handle_))) return true;
+    *error = Describe(path_, LastError());
+    return false;
+}
+
+bool NewFile::SetTime(int64_t seconds, std::string* error) {
+    // FILETIME counts 100 ns from 1601.
+    const uint64_t ticks = static_cast<uint64_t>(seconds + 11644473600LL) * 10000000ULL;
+    FILETIME time;
+    time.dwLowDateTime = static_cast<DWORD>(ticks);
+    time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
+    if (SetFileTime(H(handle_), nullptr, &time, &time)) return true;
+    *error = Describe(path_, LastError());
+    return false;
+}
+
+bool NewFile::Close(std::string* error) {
+    if (handle_ == -1) return true;
+    bool ok = CloseHandle(H(handle_)) != 0;
+    handle_ = -1;
+    if (!ok) *error = Describe(path_, LastError());
+    return ok;
+}
+
+NewFile::~NewFile() {
+    if (handle_ != -1) CloseHandle(H(handle_));
+}
+
+Created MakeDirectory(const std::string& path, std::string* error) {
+    if (CreateDirectoryW(Native(path).c_str(), nullptr)) return Created::kNew;
+    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+        DWORD attr = Attributes(path);
+        if (attr != INVALID_FILE_ATTRIBUTES && (attr & FILE_ATTRIBUTE_DIRECTORY)) return Created::kExists;
+        *error = Describe(path, "a file of this name is in the way");
+        return Created::kFailed;
+    }
+    *error = Describe(path, LastError());
+    return Created::kFailed;
+}
+
+bool MakeDirectories(const std::string& path, std::string* error) {
+    const std::string full = Utf8Text(Plain(Native(path)));
+    const std::string parent = Parent(full);
+    if (!parent.empty() && !Exists(parent) && !MakeDirectories(parent, error)) return false;
+    return MakeDirectory(full, error) != Created::kFailed;
+}
+
+Folder InspectFolder(const std::string& path) {
+    const DWORD attr = Attributes(path);
+    if (attr == INVALID_FILE_ATTRIBUTES) return Folder::kMissing;
+    if ((attr & FILE_ATTRIBUTE_DIRECTORY) == 0) return Folder::kNotAFolder;
+    WIN32_FIND_DATAW found;
+    HANDLE find = FindFirstFileW((Native(path) + L"\\*").c_str(), &found);
+    if (find == INVALID_HANDLE_VALUE) return Folder::kNotEmpty;
+    Folder result = Folder::kEmpty;
+    do {
+        if (std::wcscmp(found.cFileName, L".") != 0 && std::wcscmp(found.cFileName, L"..") != 0) {
+            result = Folder::kNotEmpty;
+            break;
+        }
+    } while (FindNextFileW(find, &found));
+    FindClose(find);
+    return result;
+}
+
+bool Exists(const std::string& path) { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
+
+bool RenameNew(const std::string& from, const std::string& to, std::string* error) {
+    // Without MOVEFILE_REPLACE_EXISTING the move fails when `to` exists.
+    if (MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_WRITE_THROUGH)) return true;
+    *error = Describe(to, LastError());
+    return false;
+}
+
+void RemoveFile(const std::string& path) { DeleteFileW(Native(path).c_str()); }
+
+std::string AbsolutePath(const std::string& path) {
+    // Short names ("MAILBO~1") of the part that exists become long ones, so
+    // that two spellings of one folder compare equal.
+    std::wstring full = Plain(Native(path)), rest;
+    while (true) {
+        DWORD n = GetLongPathNameW(full.c_str(), nullptr, 0);
+        if (n > 0) {
+            std::wstring resolved(n, L'\0');
+            n = GetLongPathNameW(full.c_str(), &resolved[0], n);
+            resolved.resize(n);
+            full = resolved;
+            break;
+        }
+        const size_t cut = full.rfind(L'\\');
+        if (cut == std::wstring::npos || cut < 3 || full[cut - 1] == L'\\' || full[cut - 1] == L':') break;
+        rest = full.substr(cut) + rest;
+        full.resize(cut);
+    }
+    std::string out = Utf8Text(full + rest);
+    while (out.size() > 3 && out.back() == '\\') out.pop_back();
+    return out;
+}
+
+std::string SourceDescription() { return "this machine"; }
+
+namespace {
+
+// A string value of the mail client's key, from the 32-bit view (the client is
+// a 32-bit program) or else the native one; empty when there is none.
+std::string ClientValue(HKEY root, const wchar_t* name) {
+    const wchar_t* const key = L"Software\\CREAR\\AL-Mail";
+    wchar_t value[1024] = {};
+    for (DWORD view : {DWORD(RRF_SUBKEY_WOW6432KEY), DWORD(0)}) {
+        DWORD size = sizeof value - sizeof(wchar_t);
+        if (RegGetValueW(root, key, name, RRF_RT_REG_SZ | view, nullptr, value, &size) == ERROR_SUCCESS)
+            return Utf8Text(value, std::wcslen(value));
+    }
+    return std::string();
+}
+
+
+}  // namespace
+
+std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders) {
+    // InstallPath names the program file in the installation folder;
+    // MailboxPath holds this Windows user's "Mailbox" folder. Other users'
+    // mailbox folders are the account folders' parents that hold Mailbox.ini.
+    std::vector<std::string> paths = accountFolders;
+    const std::string install = Parent(ClientValue(HKEY_LOCAL_MACHINE, L"InstallPath"));
+    if (!install.empty()) paths.push_back(install);
+    std::string mailbox = ClientValue(HKEY_CURRENT_USER, L"MailboxPath");
+    while (!mailbox.empty() && mailbox.back() == '\\') mailbox.pop_back();
+    if (!mailbox.empty()) paths.push_back(mailbox + "\\Mailbox");
+    for (const std::string& account : accountFolders) {
+        const std::string parent = Parent(account);
+        if (!parent.empty() && Exists(parent + "\\Mailbox.ini")) paths.push_back(parent);
+    }
+    std::vector<StoreFolder> out;
+    for (const std::string& path : paths) out.push_back({path, path});
+    return out;
+}
+
+const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path) {
+    // Windows compares names without regard to case, in every script; both
+    // sides have their short names made long.
+    const std::wstring inner = WideText(AbsolutePath(path));
+    for (const StoreFolder& store : folders) {
+        const std::wstring folder = WideText(AbsolutePath(store.hostPath));
+        const int n = static_cast<int>(folder.size());
+        if (folder.empty() || inner.size() < folder.size() ||
+            CompareStringOrdinal(inner.data(), n, folder.data(), n, TRUE) != CSTR_EQUAL)
+            continue;
+        if (inner.size() == folder.size() || inner[folder.size()] == L'\\' || folder.back() == L'\\') return &store;
+    }
+    return nullptr;
+}
+
+namespace {
+std::string g_copiedDrive;
+}  // namespace
+
+// The Windows build reads the running machine's own registry; a copied drive
+// is only looked at far enough to say so.
+void ReadCopiedDrive(const std::string& root, const std::string&) { g_copiedDrive = root; }
+
+std::string CopiedDrive() { return std::string(); }
+
+DriveLayout InspectCopiedDrive() {
+    DriveLayout out;
+    const std::string root = g_copiedDrive + "\\";
+    out.software = root + "Windows\\System32\\config\\SOFTWARE";
+    out.users = root + "Users";
+    out.oldUsers = root + "Documents and Settings";
+    out.hasSoftware = Exists(out.software);
+    return out;
+}
+
+Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
+    *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
+    return Hive::kUnsupported;
+}
+
+}  // namespace os
+}  // namespace tqnralm
