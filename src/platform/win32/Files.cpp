@@ -2,8 +2,10 @@
 //
 // These are the C runtime's and the system's own calls: text mode, the
 // listing order and the matching of patterns are whatever Windows does.
+// Paths reach the wide calls through WidePath, so that their length is no limit.
 #include "platform/platform.h"
 #include "platform/win32/Causes.h"
+#include "platform/win32/WidePath.h"
 
 #include <windows.h>
 #include <direct.h>
@@ -13,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 namespace qvp {
@@ -27,10 +30,9 @@ struct FindHandle {
 
 namespace {
 
-void Fill(const _finddata_t& found, FindData* data) {
+void Fill(const _wfinddata_t& found, FindData* data) {
     data->attrib = (found.attrib & _A_SUBDIR) != 0 ? kAttribDirectory : kAttribArchive;
-    std::strncpy(data->name, found.name, sizeof data->name - 1);
-    data->name[sizeof data->name - 1] = 0;
+    win32::AnsiName(found.name, data->name, sizeof data->name);
 }
 
 }  // namespace
@@ -41,9 +43,15 @@ uint32_t TempPath(uint32_t size, char* buffer) { return ::GetTempPathA(size, buf
 
 char* GetCwd(char* buffer, int size) { return ::_getcwd(buffer, size); }
 
-int Access(const char* path) { return path != nullptr && ::_access(path, 0) == 0 ? 0 : -1; }
+int Access(const char* path) {
+    const std::wstring wide = win32::WidePath(path);
+    return !wide.empty() && ::_waccess(wide.c_str(), 0) == 0 ? 0 : -1;
+}
 
-int Remove(const char* path) { return path != nullptr && std::remove(path) == 0 ? 0 : -1; }
+int Remove(const char* path) {
+    const std::wstring wide = win32::WidePath(path);
+    return !wide.empty() && ::_wremove(wide.c_str()) == 0 ? 0 : -1;
+}
 
 File* FileOpen(const char* path, const char* mode, int* cause) {
     int ignored;
@@ -51,7 +59,13 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     why = kCauseGeneric;
     if (path == nullptr || mode == nullptr || mode[0] != 'r' || std::strpbrk(mode, "wa+") != nullptr)
         return nullptr;
-    FILE* stream = std::fopen(path, mode);
+    const std::wstring wide = win32::WidePath(path);
+    if (wide.empty()) {
+        why = kCauseBadPath;
+        return nullptr;
+    }
+    const std::wstring wideMode(mode, mode + std::strlen(mode));
+    FILE* stream = ::_wfopen(wide.c_str(), wideMode.c_str());
     if (stream == nullptr) {
         // The runtime keeps the system's own reason beside errno: ENOENT
         // stands for a missing file and for a missing folder on the way.
@@ -94,16 +108,38 @@ void FileClose(File* file) {
     delete file;
 }
 
-// GetPrivateProfileStringA.
+namespace {
+
+std::wstring FromAnsi(const char* text) {
+    const int n = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    std::wstring out(n > 0 ? static_cast<size_t>(n) : 1, L'\0');
+    if (n > 0) ::MultiByteToWideChar(CP_ACP, 0, text, -1, &out[0], n);
+    out.resize(std::wcslen(out.c_str()));
+    return out;
+}
+
+}  // namespace
+
+// GetPrivateProfileStringA; a file whose path is long is read by the wide
+// call, and the value given back in ANSI, cut as the ANSI call cuts it.
 uint32_t ProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                        uint32_t size, const char* fileName) {
-    return ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
+    const std::wstring file = win32::WidePath(fileName);
+    if (file.compare(0, 4, L"\\\\?\\") != 0 || buffer == nullptr || size == 0)
+        return ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
+    std::wstring value(size, L'\0');
+    const DWORD n = ::GetPrivateProfileStringW(FromAnsi(section).c_str(), FromAnsi(key).c_str(),
+                                               FromAnsi(defaultValue).c_str(), &value[0], size, file.c_str());
+    value.resize(n);
+    win32::AnsiName(value.c_str(), buffer, static_cast<int>(size));
+    return static_cast<uint32_t>(std::strlen(buffer));
 }
 
 FindHandle* FindFirst(const char* pattern, FindData* data) {
     if (pattern == nullptr || data == nullptr) return nullptr;
-    _finddata_t found;
-    const intptr_t handle = ::_findfirst(pattern, &found);
+    const std::wstring wide = win32::WidePath(pattern);
+    _wfinddata_t found;
+    const intptr_t handle = wide.empty() ? -1 : ::_wfindfirst(wide.c_str(), &found);
     if (handle == -1) return nullptr;
     FindHandle* result = new (std::nothrow) FindHandle{handle};
     if (result == nullptr) {
@@ -116,8 +152,8 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
 
 bool FindNext(FindHandle* handle, FindData* data) {
     if (handle == nullptr || data == nullptr) return false;
-    _finddata_t found;
-    if (::_findnext(handle->handle, &found) != 0) return false;
+    _wfinddata_t found;
+    if (::_wfindnext(handle->handle, &found) != 0) return false;
     Fill(found, data);
     return true;
 }

@@ -5,6 +5,7 @@
 // System errors become the cause codes that a file exception carries.
 #include "platform/platform.h"
 #include "platform/win32/Causes.h"
+#include "platform/win32/WidePath.h"
 
 #include <windows.h>
 
@@ -22,7 +23,9 @@ int LogFileOpen(const char16_t* path, LogFile** out) {
     if (out == nullptr) return kCauseGeneric;
     *out = nullptr;
     if (path == nullptr) return kCauseBadPath;
-    const HANDLE handle = ::CreateFileW(reinterpret_cast<const wchar_t*>(path), GENERIC_WRITE,
+    const std::wstring wide = win32::WidePath(reinterpret_cast<const wchar_t*>(path));
+    if (wide.empty()) return kCauseBadPath;
+    const HANDLE handle = ::CreateFileW(wide.c_str(), GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return CauseFromError(::GetLastError());

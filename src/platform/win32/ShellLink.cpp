@@ -1,5 +1,6 @@
 // ShellLink.cpp - the shell link object through COM on Windows.
 #include "platform/platform.h"
+#include "platform/win32/WidePath.h"
 
 #include <windows.h>
 #include <objbase.h>
@@ -35,9 +36,8 @@ bool ShellLinkLoad(ShellLink* link, const char* path) {
     IPersistFile* file = nullptr;
     if (FAILED(link->link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) || file == nullptr)
         return false;
-    wchar_t wide[MAX_PATH];
-    bool ok = ::MultiByteToWideChar(CP_ACP, 0, path, -1, wide, MAX_PATH) > 0 &&
-              SUCCEEDED(file->Load(wide, STGM_WRITE));
+    const std::wstring wide = win32::WidePath(path);
+    bool ok = !wide.empty() && SUCCEEDED(file->Load(wide.c_str(), STGM_WRITE));
     file->Release();
     return ok;
 }

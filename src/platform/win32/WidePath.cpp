@@ -1,0 +1,49 @@
+// WidePath.cpp - ANSI paths to long wide paths (see WidePath.h).
+#include "platform/win32/WidePath.h"
+
+#include <windows.h>
+
+#include "platform/LongPath.h"
+
+namespace qvp {
+namespace win32 {
+
+std::wstring WidePath(const wchar_t* wide) {
+    if (wide == nullptr || *wide == 0) return std::wstring();
+    std::wstring cwd(MAX_PATH, L'\0');
+    DWORD n = ::GetCurrentDirectoryW(static_cast<DWORD>(cwd.size()), &cwd[0]);
+    if (n >= cwd.size()) {
+        cwd.resize(n);
+        n = ::GetCurrentDirectoryW(n, &cwd[0]);
+    }
+    cwd.resize(n);
+    const std::wstring path = wide;
+    const std::u16string full =
+        FullPath(std::u16string(path.begin(), path.end()), std::u16string(cwd.begin(), cwd.end()));
+    return std::wstring(full.begin(), full.end());
+}
+
+std::wstring WidePath(const char* ansi) {
+    if (ansi == nullptr || *ansi == 0) return std::wstring();
+    const int n = ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, nullptr, 0);
+    if (n <= 0) return std::wstring();
+    std::wstring wide(static_cast<size_t>(n), L'\0');
+    if (::MultiByteToWideChar(CP_ACP, 0, ansi, -1, &wide[0], n) <= 0) return std::wstring();
+    return WidePath(wide.c_str());
+}
+
+void AnsiName(const wchar_t* wide, char* out, int size) {
+    if (size <= 0) return;
+    const int n = ::WideCharToMultiByte(CP_ACP, 0, wide, -1, out, size, "?", nullptr);
+    if (n <= 0) {
+        // Longer than the buffer: the part that fits, cut at a whole character.
+        out[0] = 0;
+        std::wstring part = wide;
+        while (!part.empty() && ::WideCharToMultiByte(CP_ACP, 0, part.c_str(), -1, out, size, "?", nullptr) <= 0)
+            part.pop_back();
+    }
+    out[size - 1] = 0;
+}
+
+}  // namespace win32
+}  // namespace qvp

@@ -1,0 +1,24 @@
+// WidePath.h - an ANSI path of the readers as the wide file functions take
+// it: converted from the process's code page, absolute, and in the "\\?\"
+// form when long (LongPath.h), so that a store whose path passes MAX_PATH is
+// read like any other.
+#ifndef QV_PLATFORM_WIN32_WIDEPATH_H
+#define QV_PLATFORM_WIN32_WIDEPATH_H
+
+#include <string>
+
+namespace qvp {
+namespace win32 {
+
+// Empty when the text is no path in the ANSI code page.
+std::wstring WidePath(const char* ansi);
+std::wstring WidePath(const wchar_t* wide);
+
+// A wide name as ANSI text into `out` (at most `size` bytes with the NUL);
+// a character without an ANSI form becomes '?', as the ANSI calls give it.
+void AnsiName(const wchar_t* wide, char* out, int size);
+
+}  // namespace win32
+}  // namespace qvp
+
+#endif  // QV_PLATFORM_WIN32_WIDEPATH_H
