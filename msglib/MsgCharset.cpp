@@ -48,7 +48,10 @@ bool ScanShiftJis(std::string_view bytes, size_t* leads) {
 // EUC-JP: ASCII, pairs of A1-FE (JIS X 0208), 8E before A1-DF (kana), 8F
 // before a pair of A1-FE (JIS X 0212). *pairs counts the pairs of A1-FE.
 bool ScanEucJp(std::string_view bytes, size_t* pairs) {
-    const auto high = [](char c) { return static_cast<unsigned char>(c) >= 0xA1 && static_cast<unsigned char>(c) != 0xFF; };
+    const auto high = [](char c) {
+        const unsigned char u = static_cast<unsigned char>(c);
+        return u >= 0xA1 && u != 0xFF;
+    };
     const size_t n = bytes.size();
     for (size_t i = 0; i < n; ++i) {
         const unsigned char b = static_cast<unsigned char>(bytes[i]);

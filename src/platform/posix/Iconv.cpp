@@ -6,7 +6,9 @@
 // so no state is shared between threads; the charsets here are met per header
 // word or per body asked for, never per byte. Without the flag of strictness
 // an invalid or cut sequence becomes '?', as Windows writes it in these code
-// pages, and the conversion goes on with the next byte.
+// pages, and the conversion goes on with the next byte. A converter that
+// cannot be opened (no memory, no descriptor) fails that one conversion.
+#include "platform/Faults.h"
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -55,6 +57,8 @@ bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool stric
     const char* name = NameOf(codePage);
     // Windows takes no flag of strictness for UTF-7 and the ISO-2022 forms.
     if (name == nullptr || (strict && (codePage == 65000 || (codePage >= 50220 && codePage <= 50229)))) return false;
+    faults::IoError ignored;
+    if (faults::IoFails(&ignored)) return false;
     iconv_t cd = iconv_open("UTF-16LE", name);
     if (cd == reinterpret_cast<iconv_t>(-1)) return false;
     out->clear();

@@ -20,4 +20,16 @@ TEST(CodePageFaults, AFailedOpenCostsOneConversion) {
     }
 }
 
+// A converter of another code page that cannot be opened fails that
+// conversion alone.
+TEST(CodePageFaults, AFailedIconvOpenCostsOneConversion) {
+    char16_t out[4] = {};
+    qvp::faults::ArmIo(1, qvp::faults::IoError::kTooManyFiles);
+    EXPECT_EQ(0, qvp::MultiByteToWideChar(1251, 0, "\xCF", 1, out, 4));
+    EXPECT_TRUE(qvp::faults::IoFired());
+    qvp::faults::ArmIo(0, qvp::faults::IoError::kHardIo);
+    ASSERT_EQ(1, qvp::MultiByteToWideChar(1251, 0, "\xCF", 1, out, 4));
+    EXPECT_EQ(u'\u041F', out[0]);
+}
+
 }  // namespace
