@@ -120,22 +120,26 @@ bool ShellLinkFile::Parse(const char* data, size_t size) {
 }
 
 namespace {
-thread_local int t_comInitialised = 0;
+// COM's count is per thread on Windows. The library is called from one
+// thread at a time, so one count for the process does: a thread_local would
+// be allocated by the C library at its first use, where a failed allocation
+// aborts the whole process instead of failing the call.
+int g_comInitialised = 0;
 }  // namespace
 
 }  // namespace posix
 
 int32_t CoInitialize() {
-    return posix::t_comInitialised++ == 0 ? kSOk : kSFalse;
+    return posix::g_comInitialised++ == 0 ? kSOk : kSFalse;
 }
 
 void CoUninitialize() {
-    if (posix::t_comInitialised > 0) --posix::t_comInitialised;
+    if (posix::g_comInitialised > 0) --posix::g_comInitialised;
 }
 
 ShellLink* ShellLinkCreate() {
     // CoCreateInstance fails on a thread without COM (CO_E_NOTINITIALIZED).
-    if (posix::t_comInitialised == 0) return nullptr;
+    if (posix::g_comInitialised == 0) return nullptr;
     return new (std::nothrow) ShellLink;
 }
 
