@@ -117,7 +117,9 @@ int LogFileClose(LogFile* file);
 
 enum class Hive { LocalMachine, CurrentUser };
 struct RegKey;
-// RegOpenKeyExA with KEY_QUERY_VALUE. Returns true and the key.
+// RegOpenKeyExA with KEY_QUERY_VALUE. Returns true and the key, false when
+// there is none; running out of memory throws std::bad_alloc, for no key
+// must be read where one could not be looked for.
 bool RegOpen(Hive hive, const char* subKey, RegKey** out);
 // RegQueryValueExA of a string value as ANSI text. *pcbData holds the
 // buffer's size in bytes; on success it receives the bytes stored, the

@@ -15,7 +15,6 @@
 
 #include <cstring>
 #include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -73,8 +72,8 @@ bool OpenPrefixKey(Hive hive, const std::u16string& path, RegKey* key) {
     std::string bytes;
     const char* name = hive == Hive::LocalMachine ? "/system.reg" : "/user.reg";
     if (!posix::ReadWholeFile(prefix + name, kMaxRegistryBytes, &bytes)) return false;
-    key->file.reset(new (std::nothrow) posix::RegistryFile);
-    if (key->file == nullptr || !key->file->Parse(bytes.data(), bytes.size())) return false;
+    key->file = std::make_unique<posix::RegistryFile>();
+    if (!key->file->Parse(bytes.data(), bytes.size())) return false;
     const posix::RegistryFile& file = *key->file;
     key->paths = KeyPaths(hive, file.Win64(), path, [&](const std::u16string& p) { return file.HasKey(p); });
     return !key->paths.empty();
@@ -99,8 +98,9 @@ bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
     *out = nullptr;
     const std::u16string path = KeyPath(subKey);
     if (!path.empty() && path.front() == u'\\') return false;
-    std::unique_ptr<RegKey> key(new (std::nothrow) RegKey);
-    if (key == nullptr) return false;
+    // Out of memory is no missing key: std::bad_alloc goes up to the reader's
+    // barrier, or discovery would go on without the user the key names.
+    auto key = std::make_unique<RegKey>();
     const bool opened = posix::WindowsRoot().empty() ? OpenPrefixKey(hive, path, key.get())
                                                      : OpenDriveKey(hive, path, key.get());
     if (!opened) return false;
