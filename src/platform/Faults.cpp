@@ -32,6 +32,7 @@ void ArmIo(long n, IoError error) {
 bool AllocationFired() { return g_allocationFired; }
 bool IoFired() { return g_ioFired; }
 void PauseAllocation(bool paused) { g_allocationPaused = paused; }
+bool AllocationPaused() { return g_allocationPaused; }
 
 bool AllocationFails() {
     if (g_allocationsLeft == 0 || g_allocationPaused || --g_allocationsLeft != 0) return false;

@@ -24,6 +24,7 @@ bool AllocationFired();
 bool IoFired();
 // Pauses counting (the tests' own allocations between two library calls).
 void PauseAllocation(bool paused);
+bool AllocationPaused();
 
 // Counts one allocation: true when it must fail.
 bool AllocationFails();

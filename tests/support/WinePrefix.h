@@ -129,6 +129,8 @@ std::string WindowsPath(const std::string& hostPathUtf8);
 void SetEnvironment(const char* name, const char* value);
 // The variable that names the temporary directory.
 const char* TempVariable();
+// Empties what the platform layer remembers of the machine's folders.
+void ForgetFolders();
 }  // namespace machine
 
 // The bytes of a .lnk file with HasArguments, HasWorkingDir and a relative

@@ -54,6 +54,13 @@ void DirCache::Forget(const std::u16string& key) {
     m_folders.erase(key);
 }
 
+void DirCache::Clear() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_folders.clear();
+    m_indexes.clear();
+    m_indexedNames = 0;
+}
+
 DirCache::Lookup DirCache::FindName(const std::string& hostDir, const std::u16string& folded, std::string* found) {
     struct stat st;
     if (stat(hostDir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return kFolderGone;

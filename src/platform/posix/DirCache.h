@@ -26,6 +26,9 @@ public:
     bool Find(const std::u16string& key, const std::string& spelling, std::string* host);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
     void Forget(const std::u16string& key);
+    // Forgets every folder and index (the tests that count the blocks the
+    // library holds between two walks).
+    void Clear();
 
     enum Lookup { kNameFound, kNameMissing, kFolderGone };
     // The name on disk, in the host folder, of a name given folded to upper

@@ -7,6 +7,8 @@
 // characters as C or octal escapes.
 #include "support/WinePrefix.h"
 
+#include "platform/posix/DirCache.h"
+
 #include <strings.h>
 
 #include <algorithm>
@@ -114,6 +116,8 @@ void SetEnvironment(const char* name, const char* value) {
 }
 
 const char* TempVariable() { return "TMPDIR"; }
+
+void ForgetFolders() { qvp::posix::DirCache::Instance().Clear(); }
 
 }  // namespace machine
 }  // namespace qvt

@@ -81,5 +81,8 @@ void SetEnvironment(const char* name, const char* value) {
 
 const char* TempVariable() { return "TMP"; }
 
+// The Windows platform layer keeps no folders of its own.
+void ForgetFolders() {}
+
 }  // namespace machine
 }  // namespace qvt
