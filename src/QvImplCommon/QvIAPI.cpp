@@ -10,7 +10,7 @@
 #include <string>
 
 #include "QvImplCommon/QvErrors.h"
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "QvImplCommon/QvIObjects.h"
 #include "QvImplCommon/QvITraceRecord.h"

@@ -1,7 +1,7 @@
 // QvITraceRecord.cpp - the trace record builder and the line format.
 #include "QvImplCommon/QvITraceRecord.h"
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "platform/platform.h"
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "addressreader/AddrBook.h"
 #include "addressreader/AddrReader.h"
 #include "addressreader/AddrReaderImpl.h"

@@ -1,7 +1,7 @@
 // LineSource.cpp - the file and memory line sources.
 #include "mailreader/LineSource.h"
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 
 #include "platform/platform.h"
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "mailreader/Discovery.h"
 #include "mailreader/EntryLists.h"
 #include "messagelib/MessageLib.h"

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "mailreader/CMailReader.h"
 #include "mailreader/MailReader.h"
 #include "mailreader/MailReaderApi.h"

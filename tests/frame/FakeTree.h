@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "QvImplCommon/QvExceptions.h"
+#include "QvV4Value/QvExceptions.h"
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "QvImplCommon/QvIObjects.h"
 #include "QvV4Wrapper/QvV4Utils.h"
