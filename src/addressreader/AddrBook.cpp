@@ -6,18 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/Closer.h"
 #include "platform/platform.h"
 
 const char kAddrBookName[] = "\x83\x41\x83\x68\x83\x8C\x83\x58\x92\xA0";
 const char kAddrDefaultGroupName[] = "\x95\x57\x8F\x80\x82\xCC\x83\x41\x83\x68\x83\x8C\x83\x58\x92\xA0";
 
 namespace {
-
-// Closes a platform stream however the reading ends.
-struct FileCloser {
-    qvp::File* pFile;
-    ~FileCloser() { qvp::FileClose(pFile); }
-};
 
 // The file name with its extension: what follows the last "\" or "/" of the
 // path. A 0x5C that is the second byte of a Shift-JIS character is no
@@ -60,7 +55,7 @@ CAddrGroup* CAddrBook::ReadFile(const char* pszGroupName, CLineSource& source) {
 void CAddrBook::ReadPath(const char* pszPath, const char* pszGroupName) {
     qvp::File* pFile = qvp::FileOpen(pszPath, "rt");
     if (pFile == nullptr) return;
-    FileCloser closer{pFile};
+    qvp::FileCloser closer{pFile};
     CFileLineSource source(pFile);
     ReadFile(pszGroupName, source);
 }

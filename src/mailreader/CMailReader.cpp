@@ -8,19 +8,13 @@
 #include <string>
 
 #include "messagelib/MessageLib.h"
+#include "platform/Closer.h"
 #include "platform/platform.h"
 
 namespace {
 
 const char kReaderName[] = "QV_AL-MAIL32";
 const char kTempFileName[] = "IBQVALM.tmp";
-
-struct FindCloser {
-    qvp::FindHandle* hFind;
-    ~FindCloser() {
-        if (hFind != nullptr) qvp::FindClose(hFind);
-    }
-};
 
 }  // namespace
 
@@ -37,8 +31,8 @@ void CMailUser::LoadAccounts() {
     std::string pattern = m_szDirectory;
     pattern += "\\*";
     qvp::FindData data;
-    FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
-    if (find.hFind == nullptr) return;
+    qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+    if (find.handle == nullptr) return;
     std::string path;
     do {
         if ((data.attrib & qvp::kAttribDirectory) == 0) continue;
@@ -50,7 +44,7 @@ void CMailUser::LoadAccounts() {
         std::unique_ptr<CMailAccount> account(new CMailAccount);
         CopyField(account->m_szPath, sizeof account->m_szPath, path.c_str());
         LoadAccount(m_Accounts.Append(std::move(account)));
-    } while (qvp::FindNext(find.hFind, &data));
+    } while (qvp::FindNext(find.handle, &data));
 }
 
 int32_t CMailUser::GetAccount(int32_t nIndex, CMailAccount** ppAccount) const {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "mailreader/LineSource.h"
+#include "platform/Closer.h"
 #include "platform/platform.h"
 
 namespace {
@@ -24,13 +25,6 @@ const int kSectionLineSize = 265;
 const uint32_t kMailboxPathSize = 261;
 const int kWindowsDirSize = 520;
 const int kArgumentsSize = 520;
-
-struct FileCloser {
-    qvp::File* pFile;
-    ~FileCloser() {
-        if (pFile != nullptr) qvp::FileClose(pFile);
-    }
-};
 
 // COM and the shell link object for the span of one scan.
 struct ScanScope {
@@ -180,10 +174,7 @@ namespace {
 
 // Reads one string value and closes the key, also when the read throws.
 bool QueryAndClose(qvp::RegKey* hKey, const char* pszValue, char* pData, uint32_t* pcb) {
-    struct Closer {
-        qvp::RegKey* h;
-        ~Closer() { qvp::RegCloseKey(h); }
-    } closer{hKey};
+    qvp::KeyCloser closer{hKey};
     return qvp::RegQueryString(hKey, pszValue, pData, pcb);
 }
 
@@ -217,10 +208,10 @@ int32_t CDiscovery::DiscoverUsers() {
     // for "uninst.inf". Both name the same file.
     std::string uninst = m_szInstallDir;
     uninst += m_profile.bUninstOverLastComponent ? "\\Uninst.inf" : "\\uninst.inf";
-    FileCloser file{qvp::FileOpen(uninst.c_str(), "rt")};
-    if (file.pFile != nullptr) {
-        ScanShortcuts(file.pFile);
-        qvp::FileRewind(file.pFile);
+    qvp::FileCloser file{qvp::FileOpen(uninst.c_str(), "rt")};
+    if (file.handle != nullptr) {
+        ScanShortcuts(file.handle);
+        qvp::FileRewind(file.handle);
     }
 
     // The current Windows user's mailbox comes first, unchecked.
@@ -241,9 +232,9 @@ int32_t CDiscovery::DiscoverUsers() {
     }
     if (bHaveRegistryUser) AddUser(registryDir.c_str());
 
-    if (file.pFile == nullptr) return 0;
+    if (file.handle == nullptr) return 0;
 
-    CFileLineSource source(file.pFile);
+    CFileLineSource source(file.handle);
     return qvdisc::ReadMailboxLines(source, [&](const char* pszDirectory) {
         if (bHaveRegistryUser && qvdisc::StrICmp(pszDirectory, registryDir.c_str()) == 0) return;
         std::string candidate = pszDirectory;

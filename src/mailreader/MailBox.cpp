@@ -10,6 +10,7 @@
 #include "mailreader/Discovery.h"
 #include "mailreader/EntryLists.h"
 #include "messagelib/MessageLib.h"
+#include "platform/Closer.h"
 #include "platform/platform.h"
 
 namespace {
@@ -20,20 +21,6 @@ const char kOutboxTitle[] = "\x91\x97\x90\x4D\x94\xA0";         // 送信箱
 const char kTrashTitle[] = "\x82\xB2\x82\xDD\x94\xA0";          // ごみ箱
 
 const char kSubfolderLine[] = "Type=Subfolder";
-
-struct FileCloser {
-    qvp::File* pFile;
-    ~FileCloser() {
-        if (pFile != nullptr) qvp::FileClose(pFile);
-    }
-};
-
-struct FindCloser {
-    qvp::FindHandle* hFind;
-    ~FindCloser() {
-        if (hFind != nullptr) qvp::FindClose(hFind);
-    }
-};
 
 bool EndsWithI(const char* psz, const char* pszTail) {
     size_t n = std::strlen(psz);
@@ -82,13 +69,13 @@ int32_t CMailBox::LoadFolderEntries() {
     std::string pattern = ProfilePath(m_szPath, "*.box");
     try {
         qvp::FindData data;
-        FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
-        if (find.hFind == nullptr) return 0;
+        qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+        if (find.handle == nullptr) return 0;
         // Files and directories alike: a plain file named "*.box" is a folder
         // too, and fails when it is opened.
         do {
             AppendFolderEntry(data.name);
-        } while (qvp::FindNext(find.hFind, &data));
+        } while (qvp::FindNext(find.handle, &data));
     } catch (...) {
         return -1;
     }
@@ -113,29 +100,29 @@ int32_t CMailFolder::OpenBox() {
             return -10;
         }
     }
-    FileCloser file{qvp::FileOpen(entryIni.c_str(), "rt")};
-    if (file.pFile == nullptr) return 0;  // an inbox or outbox without settings: empty
+    qvp::FileCloser file{qvp::FileOpen(entryIni.c_str(), "rt")};
+    if (file.handle == nullptr) return 0;  // an inbox or outbox without settings: empty
     // "Type=Subfolder" is matched as the first 14 bytes of any line, in any
     // section, case-sensitively.
     char szLine[512];
-    while (qvp::FileGets(szLine, sizeof szLine, file.pFile) != nullptr) {
+    while (qvp::FileGets(szLine, sizeof szLine, file.handle) != nullptr) {
         if (std::strncmp(szLine, kSubfolderLine, sizeof kSubfolderLine - 1) == 0) {
-            qvp::FileClose(file.pFile);
-            file.pFile = nullptr;
+            qvp::FileClose(file.handle);
+            file.handle = nullptr;
             return LoadFolderEntries();
         }
     }
-    qvp::FileClose(file.pFile);
-    file.pFile = nullptr;
+    qvp::FileClose(file.handle);
+    file.handle = nullptr;
     return LoadMessageList();
 }
 
 int32_t CMailFolder::LoadMessageList() {
     std::string entryLst = ProfilePath(m_szPath, "Entry.lst");
-    FileCloser file{qvp::FileOpen(entryLst.c_str(), "rt")};
-    if (file.pFile == nullptr) return 0;
+    qvp::FileCloser file{qvp::FileOpen(entryLst.c_str(), "rt")};
+    if (file.handle == nullptr) return 0;
     try {
-        CFileLineSource source(file.pFile);
+        CFileLineSource source(file.handle);
         ReadEntryLines(source, ParseEntryListLine,
                        [this](const std::string& name) { AppendMessageEntry(name); });
     } catch (const std::bad_alloc&) {
@@ -149,8 +136,8 @@ int32_t CMailFolder::LoadMessageList() {
 }
 
 int32_t CMailFolder::LoadIndexFile() {
-    FileCloser file{qvp::FileOpen(m_szPath, "rt")};
-    if (file.pFile == nullptr) return -1;
+    qvp::FileCloser file{qvp::FileOpen(m_szPath, "rt")};
+    if (file.handle == nullptr) return -1;
     // The entries are relative to the directory two levels up: for
     // "<mailbox>\<account>\trash.box" that is the mailbox directory.
     for (int i = 0; i < 2; ++i) {
@@ -158,7 +145,7 @@ int32_t CMailFolder::LoadIndexFile() {
         if (pCut == nullptr) break;
         m_szPath[pCut - m_szPath] = '\0';
     }
-    CFileLineSource source(file.pFile);
+    CFileLineSource source(file.handle);
     ReadEntryLines(source, ParseIndexLine, [this](const std::string& name) { AppendMessageEntry(name); });
     return 0;
 }
@@ -187,22 +174,22 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     // let a later request take the previous message for this one.
     m_nCurrent = -1;
     std::string path = ProfilePath(m_szPath, MessageAt(nIndex)->sName.c_str());
-    FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
-    if (file.pFile == nullptr) return kUnreadable;
-    long nLength = qvp::FileLength(file.pFile);
+    qvp::FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
+    if (file.handle == nullptr) return kUnreadable;
+    long nLength = qvp::FileLength(file.handle);
     if (nLength < 0) throw CFileException(qvp::kCauseGeneric);
     if (static_cast<unsigned long>(nLength) >= static_cast<unsigned long>(std::numeric_limits<int32_t>::max())) {
         throw CMemoryException();
     }
     size_t nSize = static_cast<size_t>(nLength);
     std::unique_ptr<char[]> text(new char[nSize + 1]);
-    size_t nRead = qvp::FileRead(text.get(), nSize, file.pFile);
+    size_t nRead = qvp::FileRead(text.get(), nSize, file.handle);
     // A read that failed gives nothing: half a message is not the message.
-    if (qvp::FileError(file.pFile)) throw CFileException(qvp::kCauseHardIo);
+    if (qvp::FileError(file.handle)) throw CFileException(qvp::kCauseHardIo);
     // A file that shrank since its length was taken gives what is there.
     text[nRead] = '\0';
-    qvp::FileClose(file.pFile);
-    file.pFile = nullptr;
+    qvp::FileClose(file.handle);
+    file.handle = nullptr;
     delete[] m_pText;
     m_pText = text.release();
     m_nTextSize = static_cast<int32_t>(nRead);
