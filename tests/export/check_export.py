@@ -18,6 +18,7 @@ escapes, mbox names follow what Thunderbird opens, and Dovecot (doveadm, where
 installed) lists every Maildir folder with its messages.
 """
 import email
+import email.errors
 import email.utils
 import email.policy
 import hashlib
@@ -427,6 +428,11 @@ def names(work):
                     for msg, entry in zip(box, entries):
                         check(msg["X-Mozilla-Status"] == "0001", f"{entry['index']}: read")
                         check((msg["X-Tqnralm-Empty"] == "1") == entry.get("empty", False), f"{entry['index']}: empty")
+                        # Thunderbird counts a message only where a field of
+                        # its own, not just X-Mozilla-Status, follows the From line.
+                        check(set(msg.keys()) - {"X-Mozilla-Status"} and not any(
+                            isinstance(d, email.errors.MissingHeaderBodySeparatorDefect) for d in msg.defects),
+                            f"{entry['index']}: no header of its own")
                 if variant == "inbox":
                     check(sum(m.get("empty", False) for m in manifest["messages"]) == 1, "the empty message")
             if fmt == "maildir":

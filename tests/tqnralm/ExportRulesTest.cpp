@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,6 +38,15 @@ TEST(Mboxrd, QuotesFromLinesAndEndsLinesWithLf) {
         AppendMboxrd(row.body, std::string(row.body).size(), out);
         EXPECT_EQ(row.mbox, out) << row.body;
     }
+}
+
+TEST(Mboxrd, BeginsWithHeader) {
+    struct { const char* text; bool header; } rows[] = {
+        {"Subject: x\r\n\r\nbody", true}, {"X-A:", true}, {"\r\nbody", true}, {"\nbody", true},
+        {"no header at all\r\n", false}, {"From x@y Fri Mar 14 00:05:01 2008\n", false}, {": x", false},
+        {"Sub ject: x", false}, {"\x82\xA0: x", false}, {"Subject", false}, {"\r", false},
+    };
+    for (const auto& r : rows) EXPECT_EQ(r.header, BeginsWithHeader(r.text, std::strlen(r.text))) << r.text;
 }
 
 TEST(Mboxrd, DateInUtcAsAsctime) {

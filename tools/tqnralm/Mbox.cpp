@@ -253,6 +253,13 @@ std::string FromLine(const char* data, size_t size, int64_t time) {
     return "From " + sender + " " + (time >= 0 ? Asctime(time) : std::string(kEpoch)) + "\n";
 }
 
+bool BeginsWithHeader(const char* data, size_t size) {
+    if (size > 0 && (data[0] == '\n' || (data[0] == '\r' && size > 1 && data[1] == '\n'))) return true;
+    size_t i = 0;
+    while (i < size && data[i] != ':' && data[i] > ' ' && data[i] < 127) ++i;
+    return i > 0 && i < size && data[i] == ':';
+}
+
 void AppendMboxrd(const char* data, size_t size, std::string& out) {
     for (size_t pos = 0; pos < size;) {
         const char* nl = static_cast<const char*>(std::memchr(data + pos, '\n', size - pos));

@@ -37,6 +37,10 @@ bool MessageTime(const char* data, size_t size, int64_t* seconds);
 // of From, else MAILER-DAEMON; `time` in UTC (1970 when it is below 0).
 std::string FromLine(const char* data, size_t size, int64_t time);
 
+// Whether a message begins with a header: its first line is a field
+// ("Name:", the name printable ASCII) or the blank line after an empty header.
+bool BeginsWithHeader(const char* data, size_t size);
+
 // Appends a message body in mboxrd form to `out`: CR LF becomes LF, a line
 // that matches ^>*From gets one more ">", a last line without an end gets
 // one, and a blank line ends the message.

@@ -42,6 +42,11 @@ public:
         // Thunderbird shows a message without this field as unread; 0001 is
         // read, as the Maildir's "S".
         if (!raw()) text_ += "X-Mozilla-Status: 0001\n";
+        // Text that does not begin with a header: Thunderbird takes a From
+        // line that no field but its own X-Mozilla-Status follows for no
+        // message at all. A field of ours and a blank line before it make
+        // the whole text the body.
+        if (size > 0 && !BeginsWithHeader(data, size)) text_ += "X-Tqnralm-No-Header: 1\n\n";
         // A message of no bytes would be a bare From line, which readers take
         // for the end of the message before it: it gets a header of one field.
         if (size == 0) text_ += "X-Tqnralm-Empty: 1\n\n";
