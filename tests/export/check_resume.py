@@ -129,6 +129,15 @@ def stop_and_refusals(prefix, work, ref):
     refused = subprocess.run([TOOL, "export", out, "--format", other, "--quiet"], env=env, stderr=subprocess.PIPE)
     check(refused.returncode == 4 and b"unfinished export" in refused.stderr, f"other options: {refused.stderr!r}")
     check(run(prefix, out, "--no-addresses").returncode == 4, "other options: --no-addresses refused")
+    journal = os.path.join(out, "manifest.json.journal")
+    with open(journal, "rb") as f:
+        kept = f.read()
+    with open(journal, "wb") as f:
+        f.write(kept[:len(kept) // 2])
+    damaged = run(prefix, out)
+    check(damaged.returncode == 4 and b"is damaged" in damaged.stderr, f"a cut journal: {damaged.stderr!r}")
+    with open(journal, "wb") as f:
+        f.write(kept)
     check(run(prefix, out).returncode == 0 and tree_files(out) == ref, "SIGINT, then the rerun")
     check(run(prefix, out).returncode == 4, "a finished export is not written again")
 
