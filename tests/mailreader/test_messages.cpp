@@ -91,6 +91,23 @@ TEST(Messages, WithTheMessageLibrary) {
     EXPECT_EQ(static_cast<int32_t>(zero.size()), o.Box()->m_nTextSize);
 }
 
+// Bytes that code page 932 has no character for never cost a subject or an
+// id its strict wide form.
+TEST(Messages, EveryByteHasAWideForm) {
+    const std::string mail = "Subject: a\xA0=?shift_jis?Q?=FD?=\xFE\r\nMessage-ID: <\xFF@x>\r\n\r\n";
+    Opened o({&mail});
+    const auto wide = [&](auto fetch) {
+        QvV4Value value;
+        QvV4Value_Init(&value);
+        QvV4Value_SetKind(&value, QV_V4_KIND_TEXT16);
+        const int32_t r = fetch(&value);
+        QvV4Value_Release(&value);
+        return r;
+    };
+    EXPECT_EQ(0, wide([&](QvV4Value* v) { return MailReader_GetSubject(o.h, o.f, 0, v); }));
+    EXPECT_EQ(0, wide([&](QvV4Value* v) { return MailReader_GetMessageId(o.h, o.f, 0, v); }));
+}
+
 // The counting stub shows how the library is driven.
 TEST(Messages, DrivingTheLibrary) {
     mailtest::StubLibrary stub("stub_mock.dll");
