@@ -31,6 +31,8 @@ fi
 if [ "${TQNRALM_NEED_WINE:-0}" = 1 ]; then
   { command -v wine >/dev/null && [ -x /usr/lib/wine/wine64 ]; } || need+=(wine wine64)
   [ -f /usr/share/i18n/locales/ja_JP ] || need+=(locales)
+  # The console test runs tqnralm.exe in a tmux pane, which Wine takes for a console.
+  command -v tmux >/dev/null || need+=(tmux)
 fi
 SUDO=""
 [ "$(id -u)" = 0 ] || SUDO=sudo
@@ -60,41 +62,57 @@ if [ "${TQNRALM_NEED_THUNDERBIRD:-0}" = 1 ]; then
   fi
 fi
 
-# 32-bit Wine (the i686 tests): wine32 comes from the i386 architecture, and
-# its libraries must have the very versions of their amd64 twins. apt reads
-# private sources lists, given by option (no system file changes), and installs
-# the three wine packages in one call, so that apt keeps the two in step:
-# first the system's own list; when an index fails to download (the security
-# suite's i386 index does so at times: "Mirror sync in progress?"), its main
-# and updates suites alone. When no route works, nothing of i386 stays: the
-# architecture is removed again if no i386 package got installed, so plain
-# apt-get update works as before. Without wine32 the 64-bit tests run alone:
-# this never fails the caller.
+# 32-bit Wine (the i686 tests), only where the kernel runs i386 programs at
+# all (some kernels have the 32-bit emulation switched off: then wine32 would
+# install and never start). The test is a 93-byte static i386 program that
+# only exits 0, run under a time limit.
+kernel_runs_i386() {
+  local probe
+  probe=$(mktemp "${TMPDIR:-/tmp}/tqnralm-i386.XXXXXX") || return 1
+  printf '\x7fELF\x01\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\x03\x00\x01\x00\x00\x00\x54\x80\x04\x08'\
+'\x34\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x34\x00\x20\x00\x01\x00\x00\x00\x00\x00\x00\x00\x01\x00\x00\x00'\
+'\x00\x00\x00\x00\x00\x80\x04\x08\x00\x80\x04\x08\x5d\x00\x00\x00\x5d\x00\x00\x00\x05\x00\x00\x00\x00\x10\x00\x00'\
+'\xb8\x01\x00\x00\x00\x31\xdb\xcd\x80' >"$probe"   # mov eax,1; xor ebx,ebx; int 0x80
+  chmod +x "$probe"
+  local rc=0
+  timeout 10 "$probe" >/dev/null 2>&1 || rc=$?
+  rm -f "$probe"
+  return $rc
+}
+
+# wine32:i386 needs i386 libraries at the very versions of their amd64 twins,
+# and the security suite's i386 index often fails to download ("Mirror sync
+# in progress?"), so an amd64 twin that came from the security suite has no
+# i386 twin to be had. The route that works: apt reads a sources list without
+# the security suite and a preference that pins the release above what is
+# installed, both given by option (no system file changes), and installs the
+# three wine packages in one call, bringing the few amd64 twins down to the
+# release's version. When it fails, nothing of i386 stays: the architecture
+# is removed again if no i386 package got installed, so that a plain apt-get
+# update works as before. Without wine32 the 64-bit tests run alone: this
+# never fails the caller.
 install_wine32() {
-  local dir had_i386=0 sources=/etc/apt/sources.list.d/debian.sources why="" parts
+  local dir had_i386=0 sources=/etc/apt/sources.list.d/debian.sources why="" codename
   grep -qx i386 <<<"$(dpkg --print-foreign-architectures)" && had_i386=1
+  codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
   dir=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-apt.XXXXXX") || return 0
-  if [ ! -f "$sources" ]; then
-    why="no $sources"
+  if [ ! -f "$sources" ] || [ -z "$codename" ]; then
+    why="no $sources or no release name in /etc/os-release"
   elif [ $had_i386 = 0 ] && ! $SUDO dpkg --add-architecture i386; then
     why="dpkg --add-architecture i386 failed"
   else
-    for parts in all main; do
-      mkdir -p "$dir/$parts/parts" "$dir/$parts/lists/partial"
-      if [ $parts = all ]; then cp "$sources" "$dir/$parts/parts/"
-      else awk -v RS= -v ORS='\n\n' '!/Suites:[^\n]*-security/' "$sources" >"$dir/$parts/parts/main.sources"; fi
-      local o=(-o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$dir/$parts/parts"
-               -o "Dir::State::Lists=$dir/$parts/lists")
-      if ! $SUDO apt-get "${o[@]}" update >"$dir/log" 2>&1; then
-        [ $parts = main ] || continue
-      fi
-      if DEBIAN_FRONTEND=noninteractive $SUDO apt-get "${o[@]}" install -y --no-install-recommends \
-           wine wine64 wine32:i386 >>"$dir/log" 2>&1; then
-        why=""; break
-      fi
+    mkdir -p "$dir/parts" "$dir/prefs" "$dir/lists/partial"
+    awk -v RS= -v ORS='\n\n' '!/Suites:[^\n]*-security/' "$sources" >"$dir/parts/main.sources"
+    printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' "$codename" >"$dir/prefs/main.pref"
+    local o=(-o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$dir/parts"
+             -o "Dir::Etc::PreferencesParts=$dir/prefs" -o "Dir::State::Lists=$dir/lists")
+    if ! $SUDO apt-get "${o[@]}" update >"$dir/log" 2>&1; then
+      why=$(grep -m1 '^E:' "$dir/log" || tail -n1 "$dir/log")
+    elif ! DEBIAN_FRONTEND=noninteractive $SUDO apt-get "${o[@]}" install -y --no-install-recommends \
+           --allow-downgrades wine wine64 wine32:i386 >>"$dir/log" 2>&1; then
       why=$(grep -m1 -E ' : (Pre-)?Depends: |^E:' "$dir/log" || tail -n1 "$dir/log")
-      why=$(echo $why)
-    done
+    fi
+    why=$(echo $why)
   fi
   if [ -n "$why" ]; then
     echo "wine32:i386 could not be installed ($why): the 32-bit Windows tests are skipped"
@@ -104,7 +122,11 @@ install_wine32() {
   fi
   $SUDO rm -rf "$dir"
 }
-if [ "${TQNRALM_NEED_WINE32:-0}" = 1 ] && ! [ -x /usr/lib/wine/wine ]; then
-  echo "installing: wine wine64 wine32:i386"
-  install_wine32 || true
+if [ "${TQNRALM_NEED_WINE32:-0}" = 1 ] && ! [ -e /usr/lib/wine/wine ]; then
+  if kernel_runs_i386; then
+    echo "installing: wine wine64 wine32:i386"
+    install_wine32 || true
+  else
+    echo "wine32:i386 is not installed: this kernel runs no i386 program (32-bit emulation off)"
+  fi
 fi

@@ -1,18 +1,23 @@
 #!/usr/bin/env bash
 # The Windows builds for 32-bit Windows (the library's home) and for 64-bit
-# Windows: each one's exports checked and its whole test suite run under Wine
-# (the 32-bit one under Debian's wine32:i386 in a 32-bit prefix, skipped with
-# a line where that cannot be installed; the 64-bit one under wine64) in a
-# throw-away prefix with a Japanese locale, so that the ANSI code page is 932.
-# Then the differential walks of the sample stores (scripts/differential.sh).
+# Windows, each with its tests: the exports checked, every binary's imports
+# checked against the DLLs that a bare Windows has, and each whole test suite
+# run under Wine in a throw-away prefix with a Japanese locale, so that the
+# ANSI code page is 932: the 64-bit one under wine64, the 32-bit one under
+# wine32:i386 where its loader runs (where it does not, one line says why,
+# and the x86_64 build, the same code, stands in). Then the differential
+# walks of the sample stores (scripts/differential.sh), tqnralm.exe in a
+# console (scripts/windows-console.sh), and the release zips
+# (scripts/package-windows.sh), the x86_64 one run under wine64.
 #
 #   scripts/windows-tests.sh [BUILD_ROOT]     (default: the source folder)
+# TQNRALM_NEED_WINE32=0 leaves wine32 uninstalled.
 set -euo pipefail
 src="$(cd "$(dirname "$0")/.." && pwd)"
 root="${1:-$src}"
 jobs="$(nproc)"
 
-TQNRALM_NEED_MINGW=1 TQNRALM_NEED_WINE=1 TQNRALM_NEED_WINE32=1 "$src/scripts/install-deps.sh"
+TQNRALM_NEED_MINGW=1 TQNRALM_NEED_WINE=1 TQNRALM_NEED_WINE32=${TQNRALM_NEED_WINE32:-1} "$src/scripts/install-deps.sh"
 
 # The twenty exports, by name, with the ordinals 1 to 20 in the list's order.
 mapfile -t exports < <(grep '^[A-Za-z_]' "$src/cmake/tqnralm.exports")
@@ -27,6 +32,24 @@ check_exports() {  # objdump dll
     return 1
   fi
   echo "exports of $2: the twenty names, ordinals 1 to 20"
+}
+
+# Every program and library of a build imports only DLLs that every Windows
+# has, or the build's own: no libstdc++-6.dll, libgcc_s_dw2-1.dll or
+# libwinpthread-1.dll left for the user to find.
+system_dlls=" kernel32.dll user32.dll advapi32.dll shell32.dll ole32.dll oleaut32.dll msvcrt.dll ws2_32.dll "
+own_dlls=" tqnralm.dll snqxmsgnet.dll "
+check_imports() {  # objdump binary...
+  local objdump=$1 f dll bad=0 count=0; shift
+  for f in "$@"; do
+    while read -r dll; do
+      dll=$(tr 'A-Z' 'a-z' <<<"$dll")
+      case "$system_dlls$own_dlls" in *" $dll "*) ;; *) echo "$f imports $dll, which Windows lacks"; bad=1 ;; esac
+    done < <("$objdump" -p "$f" | sed -n 's/^[[:space:]]*DLL Name: //p')
+    count=$((count + 1))
+  done
+  [ $bad = 0 ] && echo "imports of $count binaries: system DLLs only"
+  return $bad
 }
 
 # The whole test suite of a build under Wine: a throw-away prefix of the
@@ -46,27 +69,70 @@ run_suite() {  # build winearch loader
     exit $rc
   )
 }
+# The zips of both builds; each one's binaries checked again, and the x86_64
+# one unzipped and run as a person would, on the sample store, against the
+# Linux build: the same tree, the same exit code of an export.
+check_package() {
+  local dir zip rc=0 a b
+  dir=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-zip.XXXXXX") || return 2
+  for flavour in win32:i686 win64:x86_64; do
+    zip=$("$src/scripts/package-windows.sh" "$root/build-${flavour%%:*}" "$root/package") || { rc=1; continue; }
+    echo "$zip"
+    mkdir -p "$dir/${flavour#*:}"
+    (cd "$dir/${flavour#*:}" && /usr/bin/python3 -m zipfile -e "$zip" . && cd tqnralm-* &&
+       sha256sum --quiet -c SHA256SUMS.txt) || rc=1
+    check_imports "${flavour#*:}-w64-mingw32-objdump" "$dir/${flavour#*:}"/tqnralm-*/*.{exe,dll} || rc=1
+  done
+  mkdir -p "$dir/locale"
+  localedef -i ja_JP -f UTF-8 "$dir/locale/ja_JP.UTF-8" >/dev/null 2>&1
+  "$root/build/bin/samplestore" --machine win64 "$dir/store" >/dev/null
+  cp -a "$dir/store" "$dir/prefix"
+  (
+    export WINEPREFIX="$dir/prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LOCPATH="$dir/locale"
+    { export LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8; } 2>/dev/null
+    cd "$dir" && exe=$(echo "$dir"/x86_64/tqnralm-*/tqnralm.exe)
+    WINEPREFIX="$dir/store" "$root/build/bin/tqnralm" tree >linux.tree 2>/dev/null
+    WINEPREFIX="$dir/store" "$root/build/bin/tqnralm" export linux-out >/dev/null 2>&1; a=$?
+    /usr/lib/wine/wine64 "$exe" tree 2>/dev/null >zip.tree
+    /usr/lib/wine/wine64 "$exe" export 'C:\export' >/dev/null 2>&1; b=$?
+    wineserver -k || true
+    cmp -s linux.tree zip.tree || { echo "the zip's tqnralm.exe prints another tree"; exit 1; }
+    [ "$a" = "$b" ] || { echo "the zip's export exits $b, the Linux build's $a"; exit 1; }
+    echo "the zip's tqnralm.exe under wine64: the Linux build's tree, export exit $b"
+  ) || rc=1
+  rm -rf "$dir"
+  return $rc
+}
+
 status=0
 start=$SECONDS
-# Debian's 32-bit Wine loader; where install-deps.sh could not install it, it
-# has said so in one line, and the i686 build is only compiled.
-wine32=/usr/lib/wine/wine
+# Debian's 32-bit Wine loader. Whether it runs is decided by running it: on a
+# kernel with its 32-bit emulation switched off it is installed and fails.
+wine32=${TQNRALM_WINE32_LOADER:-/usr/lib/wine/wine}
+wine32_why=""
+if [ ! -e "$wine32" ]; then
+  wine32_why="$wine32 (wine32:i386) is not installed"
+else
+  rc=0
+  answer=$(timeout 60 "$wine32" --version 2>&1) || rc=$?
+  [ $rc = 0 ] || wine32_why="$wine32 --version exits $rc ($(tail -n1 <<<"$answer" | cut -c1-160))"
+fi
 
-echo "== 32-bit Windows (i686): everything, and the tests under 32-bit Wine (without it: the libraries and the host)"
-# The tests are built where they can run: they cost minutes of compiling.
-i686_tests=OFF i686_targets=(--target TQNRALM sNqxMsgNet tqnralm)
-[ -x $wine32 ] && i686_tests=ON i686_targets=()
+echo "== 32-bit Windows (i686): everything with its tests; the tests under 32-bit Wine where it runs"
 cmake -S "$src" -B "$root/build-win32" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-i686.cmake" \
-  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQNRALM_TESTS=$i686_tests
-cmake --build "$root/build-win32" -j"$jobs" "${i686_targets[@]}"
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQNRALM_TESTS=ON
+cmake --build "$root/build-win32" -j"$jobs"
 check_exports i686-w64-mingw32-objdump "$root/build-win32/bin/TQNRALM.dll"
 # The host was linked against the import library by the decorated stdcall
 # names; it must import the plain ones.
 if i686-w64-mingw32-objdump -p "$root/build-win32/bin/tqnralm.exe" | grep -q ' QV_[A-Za-z_]*@'; then
   echo "tqnralm.exe imports decorated names"; exit 1
 fi
-if [ -x $wine32 ]; then
-  run_suite "$root/build-win32" win32 $wine32 || status=$?
+check_imports i686-w64-mingw32-objdump "$root/build-win32"/bin/*.exe "$root/build-win32"/bin/*.dll || status=1
+if [ -z "$wine32_why" ]; then
+  run_suite "$root/build-win32" win32 "$wine32" || status=$?
+else
+  echo "the 32-bit test suite was not run: $wine32_why; the x86_64 suite below runs the same code"
 fi
 echo "-- i686: $((SECONDS - start)) s"
 
@@ -76,6 +142,7 @@ cmake -S "$src" -B "$root/build-win64" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolch
   -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build "$root/build-win64" -j"$jobs"
 check_exports x86_64-w64-mingw32-objdump "$root/build-win64/bin/TQNRALM.dll"
+check_imports x86_64-w64-mingw32-objdump "$root/build-win64"/bin/*.exe "$root/build-win64"/bin/*.dll || status=1
 run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 || status=$?
 echo "-- x86_64: $((SECONDS - start)) s"
 
@@ -85,7 +152,17 @@ start=$SECONDS
 cmake -S "$src" -B "$root/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build "$root/build" -j"$jobs" --target TQNRALM sNqxMsgNet tqnralm samplestore
 i686=()
-[ -x $wine32 ] && i686=(--i686 "$root/build-win32")
+[ -z "$wine32_why" ] && i686=(--i686 "$root/build-win32")
 bash "$src/scripts/differential.sh" "${i686[@]}" --x86_64 "$root/build-win64" "$root/build" || status=$?
 echo "-- differential: $((SECONDS - start)) s"
+
+echo "== tqnralm.exe in a console with code page 932, and piped"
+start=$SECONDS
+bash "$src/scripts/windows-console.sh" "$root/build-win64" "$root/build" || status=$?
+echo "-- console: $((SECONDS - start)) s"
+
+echo "== the release zips; the x86_64 twin unzipped and run under wine64 on the sample store"
+start=$SECONDS
+check_package || status=$?
+echo "-- package: $((SECONDS - start)) s"
 exit "$status"

@@ -75,3 +75,17 @@ TEST(Paths, TempPathFallsBackToTheHostTmp) {
 }
 
 }  // namespace
+
+namespace {
+
+// The Windows folder is the prefix's own answer (Windows asks the system).
+TEST(Paths, WindowsDirectoryFromTheMachine) {
+    qvt::WinePrefix prefix;
+    char buffer[64];
+    prefix.SetHklm("Software\\Microsoft\\Windows NT\\CurrentVersion", "SystemRoot", "D:\\WINNT");
+    EXPECT_EQ(8u, qvp::WindowsDirectory(buffer, sizeof buffer));
+    EXPECT_STREQ("D:\\WINNT", buffer);
+    EXPECT_EQ(9u, qvp::WindowsDirectory(buffer, 8)) << "too small: the size needed";
+}
+
+}  // namespace
