@@ -113,9 +113,11 @@ wine32_why=""
 if [ ! -e "$wine32" ]; then
   wine32_why="$wine32 (wine32:i386) is not installed"
 else
+  # Through bash: timeout's own exec hands a program the kernel refuses to
+  # /bin/sh, whose complaint ("ELF: not found") hides the reason.
   rc=0
-  answer=$(timeout 60 "$wine32" --version 2>&1) || rc=$?
-  [ $rc = 0 ] || wine32_why="$wine32 --version exits $rc ($(tail -n1 <<<"$answer" | cut -c1-160))"
+  answer=$(timeout 60 bash -c '"$0" --version' "$wine32" 2>&1) || rc=$?
+  [ $rc = 0 ] || wine32_why="$wine32 --version exits $rc ($(tail -n1 <<<"$answer" | sed 's/^[^:]*: line 1: //' | cut -c1-160))"
 fi
 
 echo "== 32-bit Windows (i686): everything with its tests; the tests under 32-bit Wine where it runs"
