@@ -375,6 +375,14 @@ def siblings(work):
         lines = tree.stdout.decode().splitlines()
         check(tree.returncode == 1 and sum("<error" in line for line in lines) == lost, f"{classes}: tree")
         check(sum(line.lstrip().startswith("message [") for line in lines) == len(ids), f"{classes}: tree messages")
+    # The first address of every group of the sample store's books: the others are written.
+    env = {"LD_PRELOAD": FAIL_FIRST, "TQNRALM_FAIL_FIRST": "9", "ASAN_OPTIONS": "verify_asan_link_order=0"}
+    out = os.path.join(work, "out-addresses")
+    run = tqnralm(store(work), "export", out, "--quiet", "--no-mail", env=env)
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        addresses = json.load(f)["totals"]["address_books"]["addresses"]
+    check(run.returncode == 1 and addresses["written"] > 0 and addresses["written"] + addresses["failed"] == 9,
+          f"addresses: exit {run.returncode}, {addresses}")
 
 
 def thunderbird_opens(name):
