@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include "QvV4Value/QvExceptions.h"
+#include "QvV4Value/QvBarrier.h"
 #include "mailreader/CMailReader.h"
 #include "mailreader/MailReader.h"
 #include "mailreader/MailReaderApi.h"
@@ -31,33 +31,6 @@ CMailNamed* AsNamed(MAILRECORD_HANDLE h) { return static_cast<CMailNamed*>(h); }
 CMailUser* AsUser(MAILRECORD_HANDLE h) { return static_cast<CMailUser*>(AsNamed(h)); }
 CMailBox* AsBox(MAILRECORD_HANDLE h) { return static_cast<CMailBox*>(AsNamed(h)); }
 MAILRECORD_HANDLE ToHandle(CMailNamed* p) { return p; }
-
-// The barrier of a flat function: an allocation failure (std::bad_alloc or
-// CMemoryException) ends as nMemory, anything else raised as nOther, after
-// onFailure has tidied up.
-template <class Body, class OnFailure>
-int32_t Barrier(int32_t nMemory, int32_t nOther, Body body, OnFailure onFailure) {
-    int32_t nResult;
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        nResult = nMemory;
-    } catch (const CMemoryException&) {
-        nResult = nMemory;
-    } catch (...) {
-        nResult = nOther;
-    }
-    try {
-        onFailure();
-    } catch (...) {
-    }
-    return nResult;
-}
-
-template <class Body>
-int32_t Barrier(int32_t nMemory, int32_t nOther, Body body) {
-    return Barrier(nMemory, nOther, body, [] {});
-}
 
 // A record handle that points at the tag text stands for the root token.
 MAILRECORD_HANDLE TagTest(const MailReaderHandle* pHandle, MAILRECORD_HANDLE hRecord) {
