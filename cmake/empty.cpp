@@ -1,1 +1,0 @@
-// An empty translation unit for targets that have no sources yet.
