@@ -25,7 +25,9 @@ namespace {
 
 std::atomic<bool> stopRequested{false};
 
-std::string Describe(const std::string& path, const std::string& reason) { return "'" + path + "': " + reason; }
+std::string Describe(const std::string& path, const std::string& reason) {
+    return "'" + DisplayPath(path) + "': " + reason;
+}
 
 }  // namespace
 
