@@ -30,7 +30,8 @@ const char* const kDescription =
 const char* const kExitCodes =
     "Exit codes: 0 everything was done; 1 some messages or folders could not be read (the rest was\n"
     "done), or an unexpected failure such as no memory left; 2 usage; 3 the mail client was not found;\n"
-    "4 the output could not be written.\n"
+    "4 the output could not be written; 130 stopped by Ctrl+C or SIGTERM. After a stop, a kill or a\n"
+    "full disk the same export command goes on from where it stopped.\n"
     "Text goes to a console as characters and to a file or a pipe as UTF-8; 'cat' writes a message's\n"
     "bytes as they are.";
 
