@@ -284,6 +284,7 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     os::CatchStopSignals();
     Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);
     MailTotals totals{state.written, state.failed, state.unread, state.bytes};
+    progress.Listen(options.listener);
     MailPass pass(*writer, output, &manifest, &journal, state, progress, plan);
     pass.KeepRawHeaders(options.raw);
     if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), &manifest);

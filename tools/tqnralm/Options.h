@@ -26,6 +26,8 @@ struct GlobalOptions {
     std::string windowsUser;  // its profile; empty: the one that used the mail client
 };
 
+class ProgressListener;  // Progress.h
+
 enum class MailFormat { kMbox, kMaildir, kEml };
 
 // `tqnralm export OUTDIR ...`.
@@ -40,6 +42,7 @@ struct ExportOptions {
     bool mail = true;        // export the mail
     bool addresses = true;   // export the address books
     AddressForms addressForms;
+    ProgressListener* listener = nullptr;  // a window's view of the progress; null: none
 };
 
 const char* FormatName(MailFormat format);

@@ -100,6 +100,8 @@ bool SyncFiles(const std::vector<std::string>& paths, std::string* error);
 // only ask the export to stop; a second one ends the process at once.
 void CatchStopSignals();
 bool StopRequested();
+// Forgets a stop asked for, before another export in the same process.
+void ClearStopRequest();
 // Sends this process the stop signal (SIGINT; on Windows it only asks).
 void RaiseStop();
 // Ends the process at once, as SIGKILL does (the tests' kill points).

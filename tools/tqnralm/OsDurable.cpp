@@ -32,6 +32,7 @@ std::string Describe(const std::string& path, const std::string& reason) {
 }  // namespace
 
 bool StopRequested() { return stopRequested.load(std::memory_order_relaxed); }
+void ClearStopRequest() { stopRequested.store(false); }
 
 #if defined(_WIN32)
 

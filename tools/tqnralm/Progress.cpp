@@ -13,6 +13,7 @@ Progress::Progress(bool live, int64_t total)
 void Progress::Step(uint64_t bytes) {
     ++done_;
     bytes_ += bytes;
+    if (listener_ != nullptr) listener_->OnProgress(done_, total_, bytes_);
     if (!live_) return;
     const auto now = std::chrono::steady_clock::now();
     if (now - last_ >= std::chrono::milliseconds(100)) Show(now);

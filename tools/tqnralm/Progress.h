@@ -11,12 +11,22 @@
 
 namespace tqnralm {
 
+// Told of every message done, on the export's writer thread (a window posts
+// it on to its own thread). `total` is the messages the plan expects.
+class ProgressListener {
+public:
+    virtual ~ProgressListener() = default;
+    virtual void OnProgress(int64_t done, int64_t total, uint64_t bytes) = 0;
+};
+
 class Progress {
 public:
     // `live`: show the status line (stderr is a terminal and not --quiet).
     Progress(bool live, int64_t total);
     // One message done, written or failed, and the bytes it added.
     void Step(uint64_t bytes);
+    // Tells `listener` (may be null) of each step from now on.
+    void Listen(ProgressListener* listener) { listener_ = listener; }
     // Clears the status line and prints the summary; a dry run's counts
     // are what would be written.
     void Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes);
@@ -32,6 +42,7 @@ private:
     int64_t total_;
     int64_t done_ = 0;
     uint64_t bytes_ = 0;
+    ProgressListener* listener_ = nullptr;
     int width_ = 0;  // of the status line shown last
     std::chrono::steady_clock::time_point start_, last_;
 };

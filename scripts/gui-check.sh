@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# gui-check.sh WIN64_BUILD LINUX_BUILD [OUT]
+#
+# Runs the x86_64 migration assistant under wine64 and Xvfb with a Japanese
+# locale, in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
+# of each step into OUT (default WIN64_BUILD/gui-check) for a person to look
+# at. Three runs:
+#   export   the sample store (samplestore --machine win64): the assistant's
+#            export must equal `tqnralm.exe export` of the same store, byte
+#            for byte, manifest included;
+#   resume   Cancel as soon as the export begins (exit 130), then a second
+#            walk on the same folder, which goes on from there: again equal;
+#   missing  a prefix without the mail client: the first step says so and
+#            the assistant exits 3.
+# Needs wine64, Xvfb, ImageMagick's import, fonts-noto-cjk and localedef.
+# Exit 0 when all agree, 1 on a difference, 2 on a setup error.
+set -uo pipefail
+
+[ $# -ge 2 ] || { echo "usage: $0 WIN64_BUILD LINUX_BUILD [OUT]" >&2; exit 2; }
+win=$(cd "$1" && pwd) || exit 2
+linux=$(cd "$2" && pwd) || exit 2
+out=${3:-$win/gui-check}
+wine64=/usr/lib/wine/wine64
+wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+for f in "$win/bin/tqnralm-gui.exe" "$win/bin/tqnralm.exe" "$win/bin/TQNRALM.dll" "$win/bin/sNqxMsgNet.dll" \
+         "$linux/bin/samplestore" $wine64; do
+  [ -e "$f" ] || { echo "gui-check: missing $f" >&2; exit 2; }
+done
+for tool in Xvfb import localedef; do
+  command -v $tool >/dev/null || { echo "gui-check: $tool is missing" >&2; exit 2; }
+done
+
+rm -rf "$out"
+mkdir -p "$out/locale"
+localedef -i ja_JP -f UTF-8 "$out/locale/ja_JP.UTF-8" 2>/dev/null
+export LOCPATH=$out/locale LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
+unset WINEPREFIX
+
+# A display of our own: the first free number from 90 on.
+display=90
+while [ -e /tmp/.X11-unix/X$display ] || [ -e /tmp/.X$display-lock ]; do display=$((display + 1)); done
+Xvfb :$display -screen 0 800x600x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+export DISPLAY=:$display
+cleanup() { kill $xvfb 2>/dev/null; }
+trap cleanup EXIT
+sleep 1
+
+windows_path() { printf 'Z:%s' "${1//\//\\}"; }
+
+# walk NAME PREFIX OUTDIR [ARG...]: one walk through the steps, a screenshot
+# of each step as NAME-stepN.png; prints the exit code.
+walk() {
+  local name=$1 prefix=$2 dir=$3 shots="$out/$1.shots" rc
+  shift 3
+  mkdir -p "$shots"
+  WINEPREFIX=$prefix timeout 300 $wine64 "$win/bin/tqnralm-gui.exe" --walk "$(windows_path "$dir")" \
+    --shots "$(windows_path "$shots")" "$@" >"$out/$name.log" 2>&1 &
+  local pid=$! step
+  for step in 1 2 3 4; do
+    local waited=0
+    while [ ! -e "$shots/step$step.ready" ] && kill -0 $pid 2>/dev/null && [ $waited -lt 1200 ]; do
+      sleep 0.1; waited=$((waited + 1))
+    done
+    [ -e "$shots/step$step.ready" ] || break
+    sleep 0.5  # the last paint
+    import -window root "$out/$name-step$step.png"
+    touch "$shots/step$step.go"
+  done
+  wait $pid; rc=$?
+  echo $rc
+}
+
+cli_export() {  # PREFIX OUTDIR
+  (cd "$out" && WINEPREFIX=$1 timeout 300 $wine64 "$win/bin/tqnralm.exe" export "$(windows_path "$2")" --quiet \
+     >/dev/null 2>"$out/cli.err"); echo $?
+}
+
+status=0
+check() {  # WHAT CONDITION...
+  local what=$1; shift
+  if "$@"; then echo "gui-check: $what"; else echo "gui-check: FAILED: $what"; status=1; fi
+}
+
+prefix=$out/store
+"$linux/bin/samplestore" --machine win64 "$prefix" >/dev/null || { echo "gui-check: samplestore failed" >&2; exit 2; }
+WINEPREFIX=$prefix timeout 120 $wine64 wineboot -u >/dev/null 2>&1
+cli=$(cli_export "$prefix" "$out/cli")
+rc=$(walk export "$prefix" "$out/gui")
+check "the assistant exports the sample store (exit $rc) as the command line does (exit $cli)" \
+  test "$rc" = "$cli" -a "$rc" -le 1
+check "the assistant's export equals the command line's, manifest included" diff -r "$out/cli" "$out/gui"
+
+rc=$(walk cancel "$prefix" "$out/resumed" --cancel)
+check "Cancel stops the export (exit $rc)" test "$rc" = 130
+check "a stopped export has no manifest" test ! -e "$out/resumed/manifest.json"
+rc=$(walk resume "$prefix" "$out/resumed")
+check "a second walk goes on with the stopped export (exit $rc)" test "$rc" = "$cli"
+check "the resumed export equals the command line's" diff -r "$out/cli" "$out/resumed"
+WINEPREFIX=$prefix "$wineserver" -k >/dev/null 2>&1
+
+empty=$out/empty
+WINEPREFIX=$empty timeout 120 $wine64 wineboot -i >/dev/null 2>&1
+rc=$(walk missing "$empty" "$out/none")
+check "without the mail client the first step says so and the assistant exits 3 (exit $rc)" test "$rc" = 3
+WINEPREFIX=$empty "$wineserver" -k >/dev/null 2>&1
+
+echo "gui-check: screenshots in $out"
+exit $status

@@ -1,0 +1,175 @@
+// The migration assistant's view apart from its window: the found tree and
+// its counts, the progress line, the totals read back from a manifest, the
+// texts in both languages, and the export's progress reports it listens to.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Model.h"
+#include "Progress.h"
+#include "Strings.h"
+
+namespace tqnralm {
+namespace gui {
+namespace {
+
+FolderPlan Folder(const std::string& name, std::vector<std::string> path, int64_t messages) {
+    FolderPlan folder;
+    folder.name = name;
+    folder.path = std::move(path);
+    folder.expected = messages;
+    return folder;
+}
+
+TEST(AssistantFound, EachRowCountsTheMessagesBelowIt) {
+    ExportPlan plan;
+    UserPlan taro;
+    taro.name = "Taro";
+    AccountPlan work;
+    work.name = "Account1";
+    work.displayName = "Work%23";
+    work.folders = {Folder("inbox", {"inbox"}, 3), Folder("2008", {"inbox", "2008"}, 5),
+                    Folder("Q1", {"inbox", "2008", "Q1"}, 7), Folder("sent", {"sent"}, 11)};
+    AccountPlan shared;
+    shared.name = "Account2";
+    shared.sameAs = "0/0";
+    shared.folders = {Folder("never shown", {"x"}, 100)};
+    taro.accounts = {work, shared};
+    UserPlan hanako;
+    hanako.name = "%2fHanako";
+    plan.users = {taro, hanako};
+
+    const Found found = FoundFromPlan(plan);
+    const struct {
+        int depth;
+        const char* text;
+        int64_t messages;
+    } rows[] = {
+        {0, "Taro", 26}, {1, "Work#", 26}, {2, "inbox", 15}, {3, "2008", 12},
+        {4, "Q1", 7},    {2, "sent", 11},  {1, "Account2", 0}, {0, "/Hanako", 0},
+    };
+    ASSERT_EQ(std::size(rows), found.rows.size());
+    for (size_t i = 0; i < found.rows.size(); ++i) {
+        EXPECT_EQ(rows[i].depth, found.rows[i].depth) << i;
+        EXPECT_EQ(rows[i].text, found.rows[i].text) << i;
+        EXPECT_EQ(rows[i].messages, found.rows[i].messages) << i;
+    }
+    EXPECT_EQ(2, found.users);
+    EXPECT_EQ(4, found.folders);
+    EXPECT_EQ(26, found.messages);
+}
+
+TEST(AssistantProgress, LineInEitherLanguage) {
+    const struct {
+        bool japanese;
+        int64_t done, total;
+        uint64_t bytes;
+        double seconds;
+        const char* line;
+    } rows[] = {
+        {false, 0, 40, 0, 0, "0 of 40 messages, 0.0 MB, 0 messages/s, --:-- left"},
+        {false, 10, 40, 1500000, 2, "10 of 40 messages, 1.5 MB, 5 messages/s, 0:06 left"},
+        {false, 100, 100, 0, 4, "100 of 100 messages, 0.0 MB, 25 messages/s, 0:00 left"},
+        {false, 5, 3, 0, 1, "5 of 3 messages, 0.0 MB, 5 messages/s, --:-- left"},  // more than planned
+        {false, 1, 7201, 0, 1, "1 of 7201 messages, 0.0 MB, 1 messages/s, 120:00 left"},
+        {true, 10, 40, 1500000, 2, "10 / 40 通、1.5 MB、毎秒 5 通、残り 0:06"},
+    };
+    for (const auto& row : rows) {
+        ChooseLanguage(row.japanese ? 0x0411 : 0x0409);
+        EXPECT_EQ(row.line, ProgressLine(row.done, row.total, row.bytes, row.seconds));
+    }
+    ChooseLanguage(0x0409);
+}
+
+TEST(AssistantStrings, JapaneseOnlyForAJapaneseUiLanguage) {
+    const struct {
+        uint16_t langId;
+        bool japanese;
+    } rows[] = {{0x0411, true}, {0x0011, true}, {0x0409, false}, {0x0804, false}, {0x0412, false}, {0, false}};
+    for (const auto& row : rows) {
+        ChooseLanguage(row.langId);
+        EXPECT_EQ(row.japanese, Japanese()) << row.langId;
+    }
+    ChooseLanguage(0x0409);
+}
+
+// Every text in both languages, with the same placeholders (a missing %N
+// would drop a count from one language's line).
+TEST(AssistantStrings, BothLanguagesHoldTheSamePlaceholders) {
+    const auto placeholders = [](const std::string& text) {
+        std::string found;
+        for (size_t i = 0; i + 1 < text.size(); ++i) {
+            if (text[i] == '%' && text[i + 1] >= '1' && text[i + 1] <= '9') found += text[i + 1];
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    };
+    for (int i = 0; i < static_cast<int>(Text::kCount); ++i) {
+        ChooseLanguage(0x0411);
+        const std::string ja = Str(static_cast<Text>(i));
+        ChooseLanguage(0x0409);
+        const std::string en = Str(static_cast<Text>(i));
+        EXPECT_FALSE(ja.empty() || en.empty()) << i;
+        EXPECT_EQ(placeholders(en), placeholders(ja)) << i;
+    }
+}
+
+TEST(AssistantStrings, FormatFillsPlaceholdersOnly) {
+    ChooseLanguage(0x0409);
+    EXPECT_EQ("3 written, 0 failed, 1 unread", Format(Text::kDoneTotals, {"3", "0", "1"}));
+    EXPECT_EQ("%1 written, %2 failed, %3 unread", Format(Text::kDoneTotals, {}));  // too few: left as they are
+    EXPECT_EQ("The export failed (code 4).", Format(Text::kDoneFailed, {"4", "unused"}));
+}
+
+TEST(AssistantManifest, TotalsAndProblems) {
+    const struct {
+        const char* name;
+        const char* manifest;
+        bool read;
+        int64_t written, failed, unread;
+        std::vector<std::string> problems;
+    } rows[] = {
+        {"whole",
+         R"({"totals":{"written":12,"failed":1,"unread":2},"problems":[{"index":"0/1","item":"account","code":-5}]})",
+         true, 12, 1, 2, {"account 0/1 (code -5)"}},
+        {"no problems member", R"({"totals":{"written":3}})", true, 3, 0, 0, {}},
+        {"counts of the wrong type", R"({"totals":{"written":"3","failed":1.5}})", true, 0, 0, 0, {}},
+        {"a problem missing its members", R"({"totals":{},"problems":[{"item":"folder"},7]})", true, 0, 0, 0,
+         {"folder ? (code ?)"}},
+        {"no totals", R"({"messages":[]})", false, 0, 0, 0, {}},
+        {"cut short", R"({"totals":{"written":12)", false, 0, 0, 0, {}},
+        {"empty", "", false, 0, 0, 0, {}},
+    };
+    for (const auto& row : rows) {
+        const DoneTotals totals = TotalsFromManifest(row.manifest);
+        EXPECT_EQ(row.read, totals.read) << row.name;
+        EXPECT_EQ(row.written, totals.written) << row.name;
+        EXPECT_EQ(row.failed, totals.failed) << row.name;
+        EXPECT_EQ(row.unread, totals.unread) << row.name;
+        EXPECT_EQ(row.problems, totals.problems) << row.name;
+    }
+}
+
+// The export tells its listener of every message, written or failed, with
+// the running totals.
+TEST(AssistantProgress, ListenerSeesEveryStep) {
+    struct Recorder : ProgressListener {
+        std::vector<std::string> calls;
+        void OnProgress(int64_t done, int64_t total, uint64_t bytes) override {
+            calls.push_back(std::to_string(done) + "/" + std::to_string(total) + " " + std::to_string(bytes));
+        }
+    } recorder;
+    Progress progress(false, 3);
+    progress.Step(10);  // before anyone listens
+    progress.Listen(&recorder);
+    progress.Step(0);
+    progress.Step(5);
+    EXPECT_EQ((std::vector<std::string>{"2/3 10", "3/3 15"}), recorder.calls);
+}
+
+}  // namespace
+}  // namespace gui
+}  // namespace tqnralm

@@ -1,0 +1,59 @@
+// The assistant's work, on threads of its own so that the window never
+// waits: the walk that finds the mail, and the export (the command line's
+// own, RunExport). Each ends with a message posted to the window; the
+// export's progress is posted as it goes, one message waiting at a time.
+#ifndef TQNRALM_GUI_ENGINE_H
+#define TQNRALM_GUI_ENGINE_H
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <thread>
+
+#include "Model.h"
+#include "Options.h"
+#include "Progress.h"
+
+namespace tqnralm {
+namespace gui {
+
+// wParam: the exit code (Options.h).
+constexpr UINT kFoundMessage = WM_APP + 1;
+constexpr UINT kProgressMessage = WM_APP + 2;
+constexpr UINT kExportedMessage = WM_APP + 3;
+
+class Engine : public ProgressListener {
+public:
+    explicit Engine(HWND window) : window_(window) {}
+    ~Engine() override { Join(); }
+
+    void Find();
+    // The found tree, read after kFoundMessage.
+    const Found& found() const { return found_; }
+    void Export(ExportOptions options);
+    // Asks the export to stop after the message it writes (it stays resumable).
+    void Cancel();
+
+    // The last progress; the window calls Taken() when it has shown it.
+    int64_t done() const { return done_; }
+    int64_t total() const { return total_; }
+    uint64_t bytes() const { return bytes_; }
+    void Taken() { pending_ = false; }
+    void OnProgress(int64_t done, int64_t total, uint64_t bytes) override;
+
+private:
+    void Join();
+
+    HWND window_;
+    std::thread thread_;
+    Found found_;
+    std::atomic<int64_t> done_{0}, total_{0};
+    std::atomic<uint64_t> bytes_{0};
+    std::atomic<bool> pending_{false};
+};
+
+}  // namespace gui
+}  // namespace tqnralm
+
+#endif

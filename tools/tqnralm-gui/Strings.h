@@ -1,0 +1,63 @@
+// The assistant's texts, in Japanese and in English: the window shows the
+// Japanese ones when the user's UI language is Japanese, else the English.
+// Texts are UTF-8; a '&' marks a control's mnemonic.
+#ifndef TQNRALM_GUI_STRINGS_H
+#define TQNRALM_GUI_STRINGS_H
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+
+namespace tqnralm {
+namespace gui {
+
+enum class Text {
+    kTitle,
+    kNext,
+    kCancel,
+    kClose,
+    kStepFound,
+    kStepWhere,
+    kStepExport,
+    kStepDone,
+    kSearching,
+    kReadOnly,
+    kNotInstalled,
+    kFoundTotals,      // %1 users, %2 folders, %3 messages
+    kDestination,
+    kBrowse,
+    kFormat,
+    kFormatMbox,
+    kFormatMboxHint,
+    kFormatMaildir,
+    kFormatMaildirHint,
+    kFormatEml,
+    kFormatEmlHint,
+    kAddressBooks,
+    kFreeSpace,        // %1 messages to write, %2 MB free on the destination
+    kChooseFolder,
+    kNeedFolder,
+    kProgress,         // %1 of %2 messages, %3 MB, %4 messages/s, %5 left
+    kStopping,
+    kDoneTotals,       // %1 written, %2 failed, %3 unread
+    kDoneOk,
+    kDoneProblems,
+    kDoneStopped,
+    kDoneFailed,       // %1 the exit code
+    kOpenFolder,
+    kCount  // not a text
+};
+
+// Picks the language: Japanese for a UI language whose primary language is
+// Japanese (LANGID 0x0411 and its kin), else English.
+void ChooseLanguage(uint16_t uiLanguage);
+bool Japanese();
+
+const char* Str(Text id);
+// `Str(id)` with %1 ... %9 replaced by the arguments in order.
+std::string Format(Text id, std::initializer_list<std::string> args);
+
+}  // namespace gui
+}  // namespace tqnralm
+
+#endif

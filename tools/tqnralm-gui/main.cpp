@@ -1,0 +1,61 @@
+// tqnralm-gui - the migration assistant: one window that finds the mail
+// client's data on this machine, shows it, exports it with the host's own
+// export and says what arrived. For a test run:
+//   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--cancel]
+// walks the steps with these answers (Window.h) and exits with the export's code.
+#include <windows.h>
+
+#include <commctrl.h>
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <string>
+
+#include "Strings.h"
+#include "Window.h"
+
+namespace {
+
+tqnralm::gui::Walk ParseWalk() {
+    using tqnralm::MailFormat;
+    tqnralm::gui::Walk walk;
+    int argc = 0;
+    wchar_t** argv = CommandLineToArgvW(GetCommandLineW(), &argc);
+    for (int i = 1; argv != nullptr && i < argc; ++i) {
+        const std::wstring arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (arg == L"--walk" && hasValue) {
+            walk.on = true;
+            walk.outDir = argv[++i];
+        } else if (arg == L"--shots" && hasValue) {
+            walk.shots = argv[++i];
+        } else if (arg == L"--format" && hasValue) {
+            const std::wstring f = argv[++i];
+            walk.format = f == L"maildir" ? MailFormat::kMaildir : f == L"eml" ? MailFormat::kEml : MailFormat::kMbox;
+        } else if (arg == L"--cancel") {
+            walk.cancel = true;
+        }
+    }
+    LocalFree(argv);
+    return walk;
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
+    tqnralm::gui::ChooseLanguage(GetUserDefaultUILanguage());
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS | ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&controls);
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);  // the folder picker
+    tqnralm::gui::Window window(ParseWalk());
+    if (!window.Create(instance, show)) return 1;
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        // Tab, Enter, Esc and the mnemonics as in a dialog.
+        if (IsDialogMessageW(window.hwnd(), &message)) continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    CoUninitialize();
+    return window.exitCode();
+}
