@@ -33,6 +33,11 @@ if [ "${TQNRALM_NEED_WINE:-0}" = 1 ]; then
   [ -f /usr/share/i18n/locales/ja_JP ] || need+=(locales)
   # The console test runs tqnralm.exe in a tmux pane, which Wine takes for a console.
   command -v tmux >/dev/null || need+=(tmux)
+  # The migration assistant's walk (scripts/gui-check.sh): a display, the
+  # screenshots, and a Japanese font that Wine finds through fontconfig.
+  command -v Xvfb >/dev/null || need+=(xvfb)
+  command -v import >/dev/null || need+=(imagemagick)
+  dpkg -s fonts-noto-cjk >/dev/null 2>&1 || need+=(fonts-noto-cjk)
 fi
 SUDO=""
 [ "$(id -u)" = 0 ] || SUDO=sudo

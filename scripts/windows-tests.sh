@@ -8,7 +8,8 @@
 # and the x86_64 build, the same code, stands in). Then the differential
 # walks of the sample stores (scripts/differential.sh), tqnralm.exe in a
 # console (scripts/windows-console.sh), and the release zips
-# (scripts/package-windows.sh), the x86_64 one run under wine64.
+# (scripts/package-windows.sh), the x86_64 one run under wine64, and the
+# migration assistant walked under wine64 and Xvfb (scripts/gui-check.sh).
 #
 #   scripts/windows-tests.sh [BUILD_ROOT]     (default: the source folder)
 # TQNRALM_NEED_WINE32=0 leaves wine32 uninstalled.
@@ -167,4 +168,9 @@ echo "== the release zips; the x86_64 twin unzipped and run under wine64 on the 
 start=$SECONDS
 check_package || status=$?
 echo "-- package: $((SECONDS - start)) s"
+
+echo "== the migration assistant (x86_64) walked under wine64 and Xvfb: screenshots, export equal to tqnralm.exe's"
+start=$SECONDS
+bash "$src/scripts/gui-check.sh" "$root/build-win64" "$root/build" || status=$?
+echo "-- assistant: $((SECONDS - start)) s"
 exit "$status"

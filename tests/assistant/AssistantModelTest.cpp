@@ -34,7 +34,7 @@ TEST(AssistantFound, EachRowCountsTheMessagesBelowIt) {
     work.folders = {Folder("inbox", {"inbox"}, 3), Folder("2008", {"inbox", "2008"}, 5),
                     Folder("Q1", {"inbox", "2008", "Q1"}, 7), Folder("sent", {"sent"}, 11)};
     AccountPlan shared;
-    shared.name = "Account2";
+    shared.name = "C:%5cAL-Mail%5cAccount2";
     shared.sameAs = "0/0";
     shared.folders = {Folder("never shown", {"x"}, 100)};
     taro.accounts = {work, shared};

@@ -16,11 +16,19 @@ namespace {
 
 std::string Shown(const std::string& name) { return name.empty() ? "?" : UnescapeName(name); }
 
+// An account without a display name by the last part of its folder's path,
+// as the export names it.
+std::string AccountName(const AccountPlan& account) {
+    if (!account.displayName.empty()) return Shown(account.displayName);
+    const std::string path = Shown(account.name);
+    return path.substr(path.find_last_of('\\') + 1);
+}
+
 // A row counts the messages below it: each folder's go to the rows open
 // above it (its account and the folders of its path).
 void AddAccount(const AccountPlan& account, Found* found) {
     std::vector<size_t> open{found->rows.size()};  // the rows at depth 1, 2, ...
-    found->rows.push_back({1, Shown(account.displayName.empty() ? account.name : account.displayName), 0});
+    found->rows.push_back({1, AccountName(account), 0});
     if (!account.sameAs.empty()) return;
     for (const FolderPlan& folder : account.folders) {
         open.resize(std::min(open.size(), std::max<size_t>(folder.path.size(), 1)));

@@ -26,9 +26,9 @@ void AddRows(HWND tree, const Found& found) {
         item.item.pszText = const_cast<wchar_t*>(text.c_str());
         parents.push_back(reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_INSERTITEMW, 0,
                                                                    reinterpret_cast<LPARAM>(&item))));
-        if (row.depth < 2) TreeView_Expand(tree, parents[0], TVE_EXPAND);
+        if (item.hParent != TVI_ROOT) TreeView_Expand(tree, item.hParent, TVE_EXPAND);
     }
-    for (HTREEITEM item : parents) TreeView_Expand(tree, item, TVE_EXPAND);
+    TreeView_Select(tree, TreeView_GetRoot(tree), TVGN_FIRSTVISIBLE);
 }
 
 }  // namespace
@@ -142,8 +142,11 @@ void Window::OnExported(int exit) {
     EnableWindow(cancel_, TRUE);
     OnProgress();
     const DoneTotals totals = TotalsFromManifest(ReadAll(OutDir() + L"\\manifest.json"));
-    SetText(doneTotals_, Format(Text::kDoneTotals, {std::to_string(totals.written), std::to_string(totals.failed),
-                                                    std::to_string(totals.unread)}));
+    // A stopped or failed export has no manifest yet: no totals to show.
+    SetText(doneTotals_, totals.read ? Format(Text::kDoneTotals, {std::to_string(totals.written),
+                                                                  std::to_string(totals.failed),
+                                                                  std::to_string(totals.unread)})
+                                     : std::string());
     SetText(doneState_, exit == kExitOk          ? Str(Text::kDoneOk)
                         : exit == kExitIncomplete ? Str(Text::kDoneProblems)
                         : exit == kExitStopped    ? Str(Text::kDoneStopped)
