@@ -26,21 +26,22 @@ FolderPlan Folder(const std::string& name, std::vector<std::string> path, int64_
 
 TEST(AssistantFound, EachRowCountsTheMessagesBelowIt) {
     ExportPlan plan;
-    UserPlan taro;
+    plan.users.resize(2);
+    UserPlan& taro = plan.users[0];
     taro.name = "Taro";
-    AccountPlan work;
+    taro.accounts.resize(2);
+    AccountPlan& work = taro.accounts[0];
     work.name = "Account1";
     work.displayName = "Work%23";
-    work.folders = {Folder("inbox", {"inbox"}, 3), Folder("2008", {"inbox", "2008"}, 5),
-                    Folder("Q1", {"inbox", "2008", "Q1"}, 7), Folder("sent", {"sent"}, 11)};
-    AccountPlan shared;
+    work.folders.push_back(Folder("inbox", {"inbox"}, 3));
+    work.folders.push_back(Folder("2008", {"inbox", "2008"}, 5));
+    work.folders.push_back(Folder("Q1", {"inbox", "2008", "Q1"}, 7));
+    work.folders.push_back(Folder("sent", {"sent"}, 11));
+    AccountPlan& shared = taro.accounts[1];
     shared.name = "C:%5cAL-Mail%5cAccount2";
     shared.sameAs = "0/0";
-    shared.folders = {Folder("never shown", {"x"}, 100)};
-    taro.accounts = {work, shared};
-    UserPlan hanako;
-    hanako.name = "%2fHanako";
-    plan.users = {taro, hanako};
+    shared.folders.push_back(Folder("never shown", {"x"}, 100));
+    plan.users[1].name = "%2fHanako";
 
     const Found found = FoundFromPlan(plan);
     const struct {
