@@ -33,7 +33,10 @@ done
 rm -rf "$out"
 mkdir -p "$out/locale"
 localedef -i ja_JP -f UTF-8 "$out/locale/ja_JP.UTF-8" 2>/dev/null
-export LOCPATH=$out/locale LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8
+# Wine's programs run in the Japanese locale (ANSI code page 932), this
+# script in its own.
+export LOCPATH=$out/locale
+wine64="env LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8 $wine64"
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
 unset WINEPREFIX
 
