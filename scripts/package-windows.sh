@@ -3,7 +3,7 @@
 #
 # The release a person downloads: one zip of a Windows build (i686 for the
 # mail client's 32-bit Windows; the x86_64 twin is made the same way) with
-# TQNRALM.dll, sNqxMsgNet.dll, tqnralm.exe, tqnralm.h, the import library
+# TQNRALM.dll, sNqxMsgNet.dll, tqnralm-gui.exe (the migration assistant), tqnralm.exe, tqnralm.h, the import library
 # libTQNRALM.dll.a, a README.txt in Japanese and English, and SHA256SUMS.txt
 # of them all. Writes OUTDIR/tqnralm-VERSION-windows-ARCH.zip and prints its path.
 set -euo pipefail
@@ -19,7 +19,8 @@ name=tqnralm-$version-windows-$arch
 stage=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-package.XXXXXX")
 trap 'rm -rf "$stage"' EXIT
 mkdir "$stage/$name"
-cp "$build/bin/TQNRALM.dll" "$build/bin/sNqxMsgNet.dll" "$build/bin/tqnralm.exe" "$src/include/tqnralm.h" \
+cp "$build/bin/TQNRALM.dll" "$build/bin/sNqxMsgNet.dll" "$build/bin/tqnralm-gui.exe" "$build/bin/tqnralm.exe" \
+   "$src/include/tqnralm.h" \
    "$build/archive/libTQNRALM.dll.a" "$stage/$name/"
 
 # Notepad and every editor read a UTF-8 file with a byte order mark; CR LF ends the lines.
@@ -29,8 +30,12 @@ TQNRALM $version for Windows ($arch)
 
 [日本語]
 
+この zip を展開し、tqnralm-gui.exe をダブルクリックしてください。メールを探し、
+書き出し先と形式を選ぶと、すべてのメールとアドレス帳を書き出します。
+
 AL-Mail32 のメール・アカウント・アドレス帳を読み出し、Thunderbird などほかのメール
 ソフトへ移すための道具です。AL-Mail32 のデータを書き換えることはありません。
+以下はコマンド プロンプトで使う tqnralm.exe の説明です。
 
 使い方
 1. この zip を展開し、できたフォルダ（例: C:\\tqnralm）を開きます。
@@ -55,12 +60,16 @@ AL-Mail32 のメール・アカウント・アドレス帳を読み出し、Thun
      出力先が空でない（--force で追加できます）、出力先が AL-Mail32 のフォルダの中）
   130  Ctrl+C で止めた（同じコマンドをもう一度実行すると続きから書き出します）
 
-TQNRALM.dll と sNqxMsgNet.dll は必ず tqnralm.exe と同じフォルダに置いてください。
+TQNRALM.dll と sNqxMsgNet.dll は必ず tqnralm-gui.exe、tqnralm.exe と同じフォルダに置いてください。
 
 [English]
 
+Unzip this file and double-click tqnralm-gui.exe: it finds the mail, asks
+where and in which form to write it, and exports all mail and address books.
+
 Reads the mail, accounts and address books of AL-Mail32 and writes them out for
 Thunderbird and other mail programs. It never changes AL-Mail32's data.
+What follows is about tqnralm.exe, for the command prompt.
 
 How to run it
 1. Unzip this file and open the folder it made (for example C:\\tqnralm).
@@ -87,13 +96,13 @@ Exit codes (%ERRORLEVEL%, in PowerShell \$LASTEXITCODE)
      inside AL-Mail32's folders)
   130  stopped with Ctrl+C (the same command run again goes on from there)
 
-Keep TQNRALM.dll and sNqxMsgNet.dll in the same folder as tqnralm.exe.
+Keep TQNRALM.dll and sNqxMsgNet.dll in the same folder as tqnralm-gui.exe and tqnralm.exe.
 For programmers: tqnralm.h is the C interface of TQNRALM.dll, and
 libTQNRALM.dll.a its import library for MinGW.
 EOF
 } >"$stage/$name/README.txt"
 
-(cd "$stage/$name" && sha256sum TQNRALM.dll sNqxMsgNet.dll tqnralm.exe tqnralm.h libTQNRALM.dll.a README.txt \
+(cd "$stage/$name" && sha256sum TQNRALM.dll sNqxMsgNet.dll tqnralm-gui.exe tqnralm.exe tqnralm.h libTQNRALM.dll.a README.txt \
    >SHA256SUMS.txt)
 rm -f "$out/$name.zip"
 (cd "$stage" && /usr/bin/python3 -m zipfile -c "$out/$name.zip" "$name")

@@ -38,7 +38,7 @@ check_exports() {  # objdump dll
 # Every program and library of a build imports only DLLs that every Windows
 # has, or the build's own: no libstdc++-6.dll, libgcc_s_dw2-1.dll or
 # libwinpthread-1.dll left for the user to find.
-system_dlls=" kernel32.dll user32.dll advapi32.dll shell32.dll ole32.dll oleaut32.dll msvcrt.dll ws2_32.dll "
+system_dlls=" kernel32.dll user32.dll gdi32.dll comctl32.dll advapi32.dll shell32.dll ole32.dll oleaut32.dll msvcrt.dll ws2_32.dll "
 own_dlls=" tqnralm.dll snqxmsgnet.dll "
 check_imports() {  # objdump binary...
   local objdump=$1 f dll bad=0 count=0; shift
