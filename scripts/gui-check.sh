@@ -8,8 +8,9 @@
 #   export   the sample store (samplestore --machine win64): the assistant's
 #            export must equal `tqnralm.exe export` of the same store, byte
 #            for byte, manifest included;
-#   resume   Cancel as soon as the export begins (exit 130), then a second
-#            walk on the same folder, which goes on from there: again equal;
+#   resume   Cancel as soon as the export begins (exit 130), a second walk
+#            on the same folder stopped after its third message, and a third
+#            that goes on from there: again equal;
 #   missing  a prefix without the mail client: the first step says so and
 #            the assistant exits 3.
 # Needs wine64, Xvfb, ImageMagick's import, fonts-noto-cjk and localedef.
@@ -98,6 +99,11 @@ check "the assistant's export equals the command line's, manifest included" diff
 rc=$(walk cancel "$prefix" "$out/resumed" --cancel)
 check "Cancel stops the export (exit $rc)" test "$rc" = 130
 check "a stopped export has no manifest" test ! -e "$out/resumed/manifest.json"
+# Stopped again in the middle: after its third message the export asks
+# itself to stop, as Cancel does (the tests' kill point, KillPoint.h).
+rc=$(TQNRALM_KILL_AT=message:3:stop walk stopped "$prefix" "$out/resumed")
+check "stopped after the third message (exit $rc), with messages written" \
+  test "$rc" = 130 -a -n "$(find "$out/resumed" -type f -size +0 ! -name 'manifest.json*' | head -n 1)"
 rc=$(walk resume "$prefix" "$out/resumed")
 check "a second walk goes on with the stopped export (exit $rc)" test "$rc" = "$cli"
 check "the resumed export equals the command line's" diff -r "$out/cli" "$out/resumed"

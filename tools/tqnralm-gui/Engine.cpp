@@ -43,6 +43,7 @@ void Engine::Export(ExportOptions options) {
     os::ClearStopRequest();
     done_ = 0;
     bytes_ = 0;
+    total_ = found_.messages;  // until the export's plan says
     options.listener = this;
     options.quiet = true;
     thread_ = std::thread([this, options] {
