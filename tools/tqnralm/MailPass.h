@@ -8,11 +8,12 @@
 // the output is what one thread would write; the writer hands the emptied
 // batches back, so that a message's buffer is reused and not made anew.
 //
-// The writer commits (Journal.h) after each folder is begun and ended, and
-// after every few megabytes: the syncs are batched, not paid per message.
-// A rerun that resumes counts the same steps again: the walker fetches no
-// message that the journal counts, and the writer does nothing for those
-// steps but find the folder it goes on with.
+// The writer commits (Journal.h) after each folder ends, after an mbox file
+// is made, and after every few megabytes: the syncs are batched, not paid
+// per message. A rerun that resumes counts the same steps again: the walker
+// fetches no message that the journal counts, and the writer does nothing
+// for those steps but find the folder it goes on with (its file's length
+// and its messages' times come from the journal).
 #ifndef TQNRALM_TOOL_MAILPASS_H
 #define TQNRALM_TOOL_MAILPASS_H
 
