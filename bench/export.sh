@@ -19,16 +19,22 @@ messages=${2:-100000}
 work=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# Runs a command, prints "<seconds> <peak kB>". The disk first writes out
-# what earlier steps left in memory, so that no run pays for another's.
+# Runs a command, prints "<seconds> <peak kB>" and leaves its CPU time (user
+# + system) in $work/cpu: on a shared machine the load skews the wall time,
+# the CPU time much less. The disk first writes out what earlier steps left
+# in memory, so that no run pays for another's.
 measure() {
   sync
-  /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || {
+  /usr/bin/time -f "%e %M %U %S" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || {
     cat "$work/stderr" >&2
     return 1
   }
-  cat "$work/time"
+  read -r e m u s <"$work/time"
+  awk -v u="$u" -v s="$s" 'BEGIN { printf "%.2f", u + s }' >"$work/cpu"
+  echo "$e $m"
 }
+cpu() { echo "   cpu $(cat "$work/cpu") s"; }
+load() { echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"; }
 
 generate() {  # name messages folders
   "$build/bin/samplestore" --generate "$work/$1" --messages "$2" --folders "$3" >/dev/null
@@ -38,6 +44,7 @@ export_store() {  # store format out
   WINEPREFIX="$work/$1" measure "$build/bin/tqnralm" export "$work/$3" --format "$2" --quiet
 }
 
+load
 echo "== $messages messages of about 2 KB in 10 folders"
 generate store "$messages" 10
 store_files() { find "$work/store/drive_c/AL-Mail/Mailbox" -name '*.alm' -print0 | sort -z; }
@@ -45,20 +52,20 @@ store_files | xargs -0 cat >/dev/null  # the same warm cache for every run
 read -r cat_s cat_kb < <(measure bash -c "find '$work/store/drive_c/AL-Mail/Mailbox' -name '*.alm' -print0 |
                                           sort -z | xargs -0 cat > '$work/cat.out'")
 rm -f "$work/cat.out"
-printf "%-8s %8s s %8s MiB\n" cat "$cat_s" "$((cat_kb / 1024))"
+printf "%-8s %8s s %8s MiB%s\n" cat "$cat_s" "$((cat_kb / 1024))" "$(cpu)"
 read -r cp_s cp_kb < <(measure cp -r "$work/store/drive_c/AL-Mail/Mailbox" "$work/cp.out")
 rm -rf "$work/cp.out"
 printf "%-8s %8s s %8s MiB   %s x cat\n" "cp -r" "$cp_s" "$((cp_kb / 1024))" "$(awk -v a="$cp_s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')"
 # The library's own walk (every subject and Message-ID, no message bytes):
 # what any host pays before it writes anything.
 read -r s kb < <(WINEPREFIX="$work/store" measure "$build/bin/tqnralm" tree)
-printf "%-8s %8s s %8s MiB   %s x cat\n" tree "$s" "$((kb / 1024))" "$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')"
+printf "%-8s %8s s %8s MiB   %s x cat%s\n" tree "$s" "$((kb / 1024))" "$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')" "$(cpu)"
 for format in mbox maildir eml; do
   read -r s kb < <(export_store store "$format" "out-$format")
   ratio=$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')
   files=""
   [ "$format" = mbox ] || files=$(awk -v a="$s" -v b="$cp_s" 'BEGIN { printf "   %.2f x cp -r", (b > 0 ? a / b : 0) }')
-  printf "%-8s %8s s %8s MiB   %s x cat%s\n" "$format" "$s" "$((kb / 1024))" "$ratio" "$files"
+  printf "%-8s %8s s %8s MiB   %s x cat%s%s\n" "$format" "$s" "$((kb / 1024))" "$ratio" "$files" "$(cpu)"
   rm -rf "$work/out-$format"
 done
 rm -rf "$work/store"
@@ -70,3 +77,4 @@ for n in 1000 10000 "$messages"; do
   awk -v s="$s" -v n="$n" -v kb="$kb" 'BEGIN { printf "%8d messages %8.2f s %8.1f us/message %6d MiB\n", n, s, s * 1e6 / n, kb / 1024 }'
   rm -rf "$work/one-$n" "$work/out-$n"
 done
+load
