@@ -60,6 +60,10 @@ public:
     bool OpenAt(const std::string& path, uint64_t length, std::string* error);
     // Cuts the open file to `length` bytes; later writes go to its end.
     bool Truncate(uint64_t length, std::string* error);
+    // Lets the system start writing these bytes to the disk now, so that a
+    // later Sync waits less (OsDurable.cpp; where there is no such call,
+    // nothing).
+    void StartWriteBack(uint64_t offset, uint64_t size);
     bool Write(const char* data, size_t size, std::string* error);
     // Flushes the file to the disk.
     bool Sync(std::string* error);

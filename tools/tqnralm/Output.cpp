@@ -86,6 +86,7 @@ bool Output::Flush() {
 bool Output::WriteThrough(const char* data, size_t size) {
     std::string error;
     if (file_.Write(data, size, &error)) {
+        file_.StartWriteBack(onDisk_, size);
         onDisk_ += size;
         return true;
     }
