@@ -33,6 +33,8 @@ import subprocess
 import sys
 import tempfile
 
+from exported_tree import tree_files
+
 TOOL, SAMPLESTORE, MODE = sys.argv[1:4]
 FAIL_FIRST = sys.argv[4] if len(sys.argv) > 4 else None
 failures = []
@@ -53,17 +55,6 @@ def store(work, variant="default"):
 def tqnralm(prefix, *args, env=None):
     env = dict(os.environ, WINEPREFIX=prefix, **(env or {}))
     return subprocess.run([TOOL, *args], env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-
-
-def tree_files(root):
-    """Every file below root, relative path -> bytes."""
-    out = {}
-    for folder, _, files in os.walk(root):
-        for name in files:
-            path = os.path.join(folder, name)
-            with open(path, "rb") as f:
-                out[os.path.relpath(path, root)] = f.read()
-    return out
 
 
 def mboxrd_body(api):

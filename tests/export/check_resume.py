@@ -21,6 +21,8 @@ import sys
 import tempfile
 import time
 
+from exported_tree import tree_files
+
 TOOL, SAMPLESTORE, FMT = sys.argv[1:4]
 failures = []
 
@@ -55,16 +57,6 @@ def run(prefix, out, *args, kill=None, limit=None):
         resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
     return subprocess.run([TOOL, "export", out, "--format", FMT, "--quiet", *args], env=env, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, preexec_fn=small_disk if limit else None, timeout=300)
-
-
-def tree_files(root):
-    out = {}
-    for folder, _, files in os.walk(root):
-        for name in files:
-            path = os.path.join(folder, name)
-            with open(path, "rb") as f:
-                out[os.path.relpath(path, root)] = f.read()
-    return out
 
 
 def tree_times(root):
