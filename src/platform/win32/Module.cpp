@@ -15,10 +15,19 @@ struct CriticalSection {
     CRITICAL_SECTION section;
 };
 
+// A DLL built by mingw-w64 with its thread runtime linked in takes a TLS
+// slot of that runtime's own each time it is loaded (on i686 already when
+// libgcc registers the DLL's unwind tables) and never gives it back. A
+// process has 1088 slots: one that loads and frees such a library a thousand
+// times, a walk at a time, aborts. So a library, once loaded, is pinned:
+// FreeLibrary leaves it in place and every later load finds it there.
 Module* ModuleLoad(const char* fileName) {
     if (fileName == nullptr || *fileName == 0) return nullptr;
     const HMODULE handle = ::LoadLibraryA(fileName);
     if (handle == nullptr) return nullptr;
+    HMODULE pinned = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<LPCWSTR>(handle), &pinned);
     Module* module = new (std::nothrow) Module{handle};
     if (module == nullptr) ::FreeLibrary(handle);
     return module;
