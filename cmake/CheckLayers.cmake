@@ -19,12 +19,11 @@ set(QV_LAYER_RULES
 # Operating-system headers and platform tests stay in src/platform and in the
 # tests' posix/ and win32/ folders. The public header picks its calling
 # convention, and the host and the message library may keep one seam file
-# each (the host a few, by platform), named here; the migration assistant is
-# a Windows program through and through (its model, which the tests build
-# everywhere, knows no platform).
-set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/Os.cpp tools/tqnralm/OsDurable.cpp tools/tqnralm/OsWindows.cpp
-    tools/tqnralm-gui/main.cpp tools/tqnralm-gui/Engine.h tools/tqnralm-gui/Window.h tools/tqnralm-gui/Wide.h
-    tools/tqnralm-gui/WindowSteps.cpp)
+# each (the host one by platform), named here; the migration assistant, a
+# Windows program through and through, takes the system's headers in one
+# header (its model, which the tests build everywhere, knows no platform).
+set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/OsPosix.cpp tools/tqnralm/OsWindows.cpp
+    tools/tqnralm-gui/WindowsApi.h)
 set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
 set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")
 

@@ -5,7 +5,7 @@
 #ifndef TQNRALM_GUI_ENGINE_H
 #define TQNRALM_GUI_ENGINE_H
 
-#include <windows.h>
+#include "WindowsApi.h"
 
 #include <atomic>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #ifndef TQNRALM_GUI_WIDE_H
 #define TQNRALM_GUI_WIDE_H
 
-#include <windows.h>
+#include "WindowsApi.h"
 
 #include <cstdio>
 #include <string>

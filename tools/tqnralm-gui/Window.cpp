@@ -2,7 +2,7 @@
 // scaled to the monitor's DPI, the steps shown by hiding the others' controls.
 #include "Window.h"
 
-#include <commctrl.h>
+#include "WindowsApi.h"
 
 #include "Strings.h"
 #include "Wide.h"

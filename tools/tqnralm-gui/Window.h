@@ -4,7 +4,7 @@
 #ifndef TQNRALM_GUI_WINDOW_H
 #define TQNRALM_GUI_WINDOW_H
 
-#include <windows.h>
+#include "WindowsApi.h"
 
 #include <chrono>
 #include <memory>

@@ -2,9 +2,7 @@
 // the engine's messages, and the walk of a test run.
 #include "Window.h"
 
-#include <commctrl.h>
-#include <shellapi.h>
-#include <shobjidl.h>
+#include "WindowsApi.h"
 
 #include "Strings.h"
 #include "Wide.h"

@@ -3,11 +3,7 @@
 // export and says what arrived. For a test run:
 //   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--cancel]
 // walks the steps with these answers (Window.h) and exits with the export's code.
-#include <windows.h>
-
-#include <commctrl.h>
-#include <objbase.h>
-#include <shellapi.h>
+#include "WindowsApi.h"
 
 #include <string>
 

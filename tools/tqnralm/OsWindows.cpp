@@ -94,9 +94,6 @@ DWORD Attributes(const std::string& path) { return GetFileAttributesW(Native(pat
 
 }  // namespace
 
-// For OsDurable.cpp, the other half of this seam.
-std::wstring WidePath(const std::string& utf8) { return Native(utf8); }
-std::string SystemError() { return LastError(); }
 
 std::vector<std::string> ProgramArguments(int argc, char** argv) {
     std::vector<std::string> out;
@@ -344,6 +341,97 @@ DriveLayout InspectCopiedDrive() {
 Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
     *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
     return Hive::kUnsupported;
+}
+
+// What a stopped export needs: files reopened and cut back, the journal's
+// replacing rename, flushes to the disk, the stop signals, the tests' kill.
+namespace {
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT && event != CTRL_CLOSE_EVENT) return FALSE;
+    if (RequestStop()) return FALSE;  // the second one: the default, which ends the process
+    // Closing the console ends the process when this returns; wait for the
+    // export to reach its summary (Windows allows about five seconds).
+    if (event == CTRL_CLOSE_EVENT) Sleep(5000);
+    return TRUE;
+}
+
+}  // namespace
+
+bool NewFile::CreateOrEmpty(const std::string& path, std::string* error) {
+    path_ = path;
+    HANDLE h = CreateFileW(Native(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                           nullptr);
+    if (h == INVALID_HANDLE_VALUE) {
+        *error = Describe(path, LastError());
+        return false;
+    }
+    handle_ = reinterpret_cast<intptr_t>(h);
+    return true;
+}
+
+bool NewFile::OpenAt(const std::string& path, uint64_t length, std::string* error) {
+    path_ = path;
+    HANDLE h = CreateFileW(Native(path).c_str(), GENERIC_WRITE | GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE) {
+        *error = Describe(path, LastError());
+        return false;
+    }
+    handle_ = reinterpret_cast<intptr_t>(h);
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(h, &size)) {
+        *error = Describe(path, LastError());
+        return false;
+    }
+    if (static_cast<uint64_t>(size.QuadPart) < length) {
+        *error = Describe(path, "shorter than the journal says was written");
+        return false;
+    }
+    return Truncate(length, error);
+}
+
+bool NewFile::Truncate(uint64_t length, std::string* error) {
+    LARGE_INTEGER at;
+    at.QuadPart = static_cast<LONGLONG>(length);
+    HANDLE h = reinterpret_cast<HANDLE>(handle_);
+    if (SetFilePointerEx(h, at, nullptr, FILE_BEGIN) && SetEndOfFile(h)) return true;
+    *error = Describe(path_, LastError());
+    return false;
+}
+
+// Windows writes back on its own; FlushFileBuffers waits for what is left.
+void NewFile::StartWriteBack(uint64_t, uint64_t) {}
+
+bool RenameOver(const std::string& from, const std::string& to, std::string* error) {
+    if (MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    *error = Describe(to, LastError());
+    return false;
+}
+
+// NTFS keeps its names in its own journal; a directory cannot be flushed.
+bool SyncDirectory(const std::string&, std::string*) { return true; }
+
+bool SyncFiles(const std::vector<std::string>& paths, std::string* error) {
+    for (const std::string& path : paths) {
+        HANDLE h = CreateFileW(Native(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+        const bool ok = h != INVALID_HANDLE_VALUE && FlushFileBuffers(h);
+        if (!ok) *error = Describe(path, LastError());
+        if (h != INVALID_HANDLE_VALUE) CloseHandle(h);
+        if (!ok) return false;
+    }
+    return true;
+}
+
+void CatchStopSignals() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
+
+void RaiseStop() { OnConsoleEvent(CTRL_C_EVENT); }
+
+void KillSelf() {
+    TerminateProcess(GetCurrentProcess(), 137);
+    for (;;) Sleep(INFINITE);
 }
 
 }  // namespace os

@@ -1,9 +1,10 @@
 // The host's seam to a POSIX system (see Os.h; OsWindows.cpp is the Windows
-// one, OsDurable.cpp holds both halves of what a stopped export needs). Names
+// one). Names
 // are bytes here, UTF-8 as the tool keeps them.
 #include "Os.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -217,6 +218,105 @@ std::string AbsolutePath(const std::string& path) {
     std::string out = p.u8string();
     while (out.size() > 1 && (out.back() == '/' || out.back() == '\\')) out.pop_back();
     return out;
+}
+
+// What a stopped export needs: files reopened and cut back, the journal's
+// replacing rename, flushes to the disk, the stop signals, the tests' kill.
+namespace {
+
+void OnStopSignal(int signal) {
+    RequestStop();
+    std::signal(signal, SIG_DFL);  // a second one ends the process
+}
+
+}  // namespace
+
+bool NewFile::CreateOrEmpty(const std::string& path, std::string* error) {
+    path_ = path;
+    int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644);
+    if (fd < 0) {
+        *error = Describe(path, Errno());
+        return false;
+    }
+    handle_ = fd;
+    return true;
+}
+
+bool NewFile::OpenAt(const std::string& path, uint64_t length, std::string* error) {
+    path_ = path;
+    int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) {
+        *error = Describe(path, Errno());
+        return false;
+    }
+    handle_ = fd;
+    struct stat st;
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        *error = Describe(path, "not a file");
+        return false;
+    }
+    if (static_cast<uint64_t>(st.st_size) < length) {
+        *error = Describe(path, "shorter than the journal says was written");
+        return false;
+    }
+    return Truncate(length, error);
+}
+
+bool NewFile::Truncate(uint64_t length, std::string* error) {
+    const int fd = static_cast<int>(handle_);
+    if (ftruncate(fd, static_cast<off_t>(length)) == 0 && lseek(fd, 0, SEEK_END) >= 0) return true;
+    *error = Describe(path_, Errno());
+    return false;
+}
+
+void NewFile::StartWriteBack(uint64_t offset, uint64_t size) {
+#if defined(SYNC_FILE_RANGE_WRITE)
+    // Linux: the mbox file's bytes go to the disk while the export writes
+    // on, and the commit's fsync then mostly waits for the file system's
+    // own journal.
+    sync_file_range(static_cast<int>(handle_), static_cast<off_t>(offset), static_cast<off_t>(size),
+                    SYNC_FILE_RANGE_WRITE);
+#else
+    (void)offset;
+    (void)size;
+#endif
+}
+
+bool RenameOver(const std::string& from, const std::string& to, std::string* error) {
+    if (rename(from.c_str(), to.c_str()) == 0) return true;
+    *error = Describe(to, Errno());
+    return false;
+}
+
+bool SyncDirectory(const std::string& path, std::string* error) {
+    int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool ok = fd >= 0 && fsync(fd) == 0;
+    if (!ok) *error = Describe(path, Errno());
+    if (fd >= 0) close(fd);
+    return ok;
+}
+
+bool SyncFiles(const std::vector<std::string>& paths, std::string* error) {
+    if (paths.empty()) return true;
+    // One syncfs for the batch: an fsync per file would cost a disk commit
+    // per message.
+    int fd = open(paths.front().c_str(), O_RDONLY | O_CLOEXEC);
+    bool ok = fd >= 0 && syncfs(fd) == 0;
+    if (!ok) *error = Describe(paths.front(), Errno());
+    if (fd >= 0) close(fd);
+    return ok;
+}
+
+void CatchStopSignals() {
+    std::signal(SIGINT, OnStopSignal);
+    std::signal(SIGTERM, OnStopSignal);
+}
+
+void RaiseStop() { raise(SIGINT); }
+
+void KillSelf() {
+    raise(SIGKILL);
+    for (;;) pause();
 }
 
 }  // namespace os
