@@ -22,7 +22,7 @@ set(QV_LAYER_RULES
 # each (the host one by platform), named here; the migration assistant, a
 # Windows program through and through, takes the system's headers in one
 # header (its model, which the tests build everywhere, knows no platform).
-set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/OsPosix.cpp tools/tqnralm/OsWindows.cpp
+set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm/os/posix.cpp tools/tqnralm/os/win32.cpp
     tools/tqnralm-gui/WindowsApi.h)
 set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
 set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")

@@ -1,4 +1,4 @@
-// The host's seam to a POSIX system (see Os.h; OsWindows.cpp is the Windows
+// The host's seam to a POSIX system (see Os.h; os/win32.cpp is the Windows
 // one). Names
 // are bytes here, UTF-8 as the tool keeps them.
 #include "Os.h"
