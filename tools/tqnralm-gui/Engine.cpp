@@ -8,7 +8,6 @@
 #include "Library.h"
 #include "MailWriter.h"
 #include "Os.h"
-#include "Output.h"
 
 namespace tqnralm {
 namespace gui {
@@ -27,8 +26,7 @@ void Engine::Find() {
             Session session;
             exit = session.Open();
             if (exit == kExitOk) {
-                Output output(std::string(), true);
-                std::unique_ptr<MailWriter> writer = MakeMailWriter(MailFormat::kMbox, output);
+                std::unique_ptr<MailWriter> writer = MakeMailWriter(DefaultMailFormat());
                 ExportPlan plan;
                 exit = MakePlan(session.root(), ExportOptions(), *writer, &plan);
                 found_ = FoundFromPlan(plan);

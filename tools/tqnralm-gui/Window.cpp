@@ -69,7 +69,7 @@ void Window::MakeControls() {
                              kIdMbox + i);
         hints_[i] = Control(L"STATIC", Str(hints[i]), SS_LEFT, -1);
     }
-    SendMessageW(radios_[static_cast<int>(walk_.format)], BM_SETCHECK, BST_CHECKED, 0);
+    SendMessageW(radios_[walk_.format < 3 ? walk_.format : 0], BM_SETCHECK, BST_CHECKED, 0);
     addresses_ = Control(L"BUTTON", Str(Text::kAddressBooks), WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, kIdAddresses);
     SendMessageW(addresses_, BM_SETCHECK, BST_CHECKED, 0);
     space_ = Control(L"STATIC", "", SS_LEFT, -1);

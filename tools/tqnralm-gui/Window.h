@@ -24,7 +24,7 @@ namespace gui {
 struct Walk {
     bool on = false;
     std::wstring outDir, shots;
-    MailFormat format = MailFormat::kMbox;
+    size_t format = 0;  // the mail form's place among FormatsOf(FormatKind::kMail), as the buttons stand
     bool cancel = false;  // Cancel as soon as the export has begun
 };
 

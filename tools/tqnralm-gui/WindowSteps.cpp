@@ -94,9 +94,9 @@ void Window::OnNext() {
     }
     ExportOptions options;
     options.outDir = Utf8(outDir);
-    options.format = SendMessageW(radios_[1], BM_GETCHECK, 0, 0) == BST_CHECKED   ? MailFormat::kMaildir
-                     : SendMessageW(radios_[2], BM_GETCHECK, 0, 0) == BST_CHECKED ? MailFormat::kEml
-                                                                                  : MailFormat::kMbox;
+    for (size_t i = 0; i < 3; ++i) {
+        if (SendMessageW(radios_[i], BM_GETCHECK, 0, 0) == BST_CHECKED) options.format = FormatsOf(FormatKind::kMail)[i];
+    }
     options.addresses = SendMessageW(addresses_, BM_GETCHECK, 0, 0) == BST_CHECKED;
     // Starting again on the folder of a stopped export goes on with it; a
     // folder that holds other files gets the export added (nothing is

@@ -6,6 +6,7 @@
 #include "WindowsApi.h"
 
 #include <string>
+#include <vector>
 
 #include "Strings.h"
 #include "Window.h"
@@ -13,7 +14,6 @@
 namespace {
 
 tqnralm::gui::Walk ParseWalk() {
-    using tqnralm::MailFormat;
     tqnralm::gui::Walk walk;
     int argc = 0;
     wchar_t** argv = CommandLineToArgvW(GetCommandLineW(), &argc);
@@ -27,7 +27,10 @@ tqnralm::gui::Walk ParseWalk() {
             walk.shots = argv[++i];
         } else if (arg == L"--format" && hasValue) {
             const std::wstring f = argv[++i];
-            walk.format = f == L"maildir" ? MailFormat::kMaildir : f == L"eml" ? MailFormat::kEml : MailFormat::kMbox;
+            const std::vector<std::string> names = tqnralm::FormatNames(tqnralm::FormatKind::kMail);
+            for (size_t n = 0; n < names.size(); ++n) {
+                if (f == std::wstring(names[n].begin(), names[n].end())) walk.format = n;
+            }
         } else if (arg == L"--cancel") {
             walk.cancel = true;
         }

@@ -35,6 +35,12 @@ const char* const kExitCodes =
     "Text goes to a console as characters and to a file or a pipe as UTF-8; 'cat' writes a message's\n"
     "bytes as they are.";
 
+// "all three" forms, for the help.
+std::string AllOf(size_t count) {
+    const char* const kWords[] = {"none", "the one", "both", "all three", "all four", "all five", "all six"};
+    return count < sizeof kWords / sizeof kWords[0] ? kWords[count] : "all";
+}
+
 // CLI11's help and error texts, through the console like every other text.
 int Exit(const CLI::App& app, const CLI::Error& error) {
     std::ostringstream out, err;
@@ -74,15 +80,17 @@ int Run(int argc, char** argv) {
 
     ExportOptions exportOptions;
     CLI::App* exportCommand = app.add_subcommand(
-        "export", "Write every message out as mbox (Thunderbird's Local Folders), Maildir++ or EML files, "
-                  "and every address book as vCard 4.0, LDIF and CSV, with OUTDIR/manifest.json listing "
-                  "each file and its SHA-256");
+        "export", "Write every message out as " + JoinList(FormatDescriptions(FormatKind::kMail), " or ") +
+                      " files, and every address book as " +
+                      JoinList(FormatDescriptions(FormatKind::kAddress), " and ") +
+                      ", with OUTDIR/manifest.json listing each file and its SHA-256");
     exportCommand->footer(kExitCodes);
     exportCommand->add_option("OUTDIR", exportOptions.outDir, "The folder to write into; created when missing")
         ->required();
-    std::string format = "mbox";
-    exportCommand->add_option("--format", format, "mbox (default), maildir or eml")
-        ->check(CLI::IsMember({"mbox", "maildir", "eml"}));
+    std::string format = exportOptions.format->name;
+    std::vector<std::string> mailForms = FormatNames(FormatKind::kMail);
+    exportCommand->add_option("--format", format, JoinList(mailForms, " or ").insert(mailForms[0].size(), " (default)"))
+        ->check(CLI::IsMember(mailForms));
     exportCommand->add_option("--user", exportOptions.users, "Export only the user at INDEX (repeatable)")
         ->type_name("INDEX")
         ->check(CLI::NonNegativeNumber);
@@ -94,14 +102,18 @@ int Run(int argc, char** argv) {
     exportCommand->add_flag("--raw", exportOptions.raw,
                             "Write each message exactly as the mail client holds it (raw 8-bit header fields "
                             "are not made readable)");
-    std::string addressForms = "vcard,ldif,csv";
+    const std::vector<std::string> addressNames = FormatNames(FormatKind::kAddress);
+    std::string addressForms = JoinList(addressNames, ",");
     exportCommand
         ->add_option("--addresses", addressForms,
-                     "The forms of the address books, comma-separated: vcard, ldif, csv (default all three)")
+                     "The forms of the address books, comma-separated: " + JoinList(addressNames, ", ") +
+                         " (default " + AllOf(addressNames.size()) + ")")
         ->type_name("FORMS")
-        ->check([](const std::string& value) {
-            AddressForms forms;
-            return ParseAddressForms(value, &forms) ? std::string() : "FORMS is a list of vcard, ldif and csv";
+        ->check([&addressNames](const std::string& value) {
+            std::vector<const Format*> forms;
+            return ParseFormatList(FormatKind::kAddress, value, &forms)
+                       ? std::string()
+                       : "FORMS is a list of " + JoinList(addressNames, " and ");
         });
     bool noMail = false, noAddresses = false;
     CLI::Option* noMailFlag = exportCommand->add_flag("--no-mail", noMail, "Leave the messages out");
@@ -124,12 +136,10 @@ int Run(int argc, char** argv) {
     }
     if (*tree) return RunTree(global);
     if (*cat) return RunCat(global, catPath);
-    exportOptions.format = format == "maildir" ? MailFormat::kMaildir
-                           : format == "eml"   ? MailFormat::kEml
-                                               : MailFormat::kMbox;
+    exportOptions.format = FindFormat(FormatKind::kMail, format);
     exportOptions.mail = !noMail;
     exportOptions.addresses = !noAddresses;
-    ParseAddressForms(addressForms, &exportOptions.addressForms);
+    ParseFormatList(FormatKind::kAddress, addressForms, &exportOptions.addressForms);
     return RunExport(global, exportOptions);
 }
 

@@ -6,6 +6,7 @@
 #include "AddressPass.h"
 #include "Commands.h"
 #include "Console.h"
+#include "DryRunSink.h"
 #include "ExportPlan.h"
 #include "FileNames.h"
 #include "Journal.h"
@@ -14,20 +15,11 @@
 #include "MailPass.h"
 #include "MailWriter.h"
 #include "Manifest.h"
-#include "Output.h"
+#include "DirectorySink.h"
 #include "Progress.h"
 #include "Sha256.h"
 
 namespace tqnralm {
-
-const char* FormatName(MailFormat format) {
-    switch (format) {
-    case MailFormat::kMaildir: return "maildir";
-    case MailFormat::kEml: return "eml";
-    default: return "mbox";
-    }
-}
-
 namespace {
 
 Json NameJson(const std::string& name) { return name.empty() ? Json(nullptr) : Json(name); }
@@ -68,6 +60,7 @@ Json UsersJson(const ExportPlan& plan) {
     return users;
 }
 
+// Each target of the mail and its message count.
 void PrintPlan(const ExportPlan& plan) {
     for (const UserPlan& user : plan.users) {
         for (const AccountPlan& account : user.accounts) {
@@ -128,17 +121,33 @@ bool Complete(const ExportPlan& plan, const MailTotals& totals, const AddressTot
            addresses.Complete();
 }
 
-int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer, Output& output) {
+// Each file of the address books and its address count, as the manifest lists them.
+void PrintBooks(const Json& books) {
+    for (const Json& book : books) {
+        if (book.contains("same_as")) {
+            Print(stdout, "%8s  %s (book %s, written once)\n", "", book["name"].get<std::string>().c_str(),
+                  os::DisplayPath(book["same_as"].get<std::string>()).c_str());
+        }
+        for (const Json& file : book["files"]) {
+            Print(stdout, "%8d  %s\n", book["addresses"]["written"].get<int>(), os::DisplayPath(file["path"].get<std::string>()).c_str());
+        }
+    }
+}
+
+// The export into a sink that only counts, with the plan printed.
+int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer) {
     PrintPlan(plan);
+    DryRunSink sink;
     Progress progress(false, plan.expected);
     MailTotals totals;
-    MailPass pass(writer, output, nullptr, nullptr, JournalState(), progress, plan);
+    MailPass pass(writer, sink, nullptr, JournalState(), progress, plan);
     pass.KeepRawHeaders(options.raw);
     if (options.mail) pass.Run(&totals);
     if (!options.mail) plan.expected = 0;
     Json books = Json::array();
     AddressTotals addresses;
-    if (options.addresses) WriteAddressBooks(plan, options.addressForms, output, &books, &addresses);
+    if (options.addresses) WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses);
+    PrintBooks(books);
     const bool complete = Complete(plan, totals, addresses);
     Print(stdout, "%lld messages in %llu folders, %llu bytes to write", static_cast<long long>(plan.expected),
           static_cast<unsigned long long>(plan.folders), static_cast<unsigned long long>(totals.bytes));
@@ -165,16 +174,15 @@ Json Header(const ExportPlan& plan, const ExportOptions& options) {
             {"version", TQNRALM_VERSION},
             {"interface", std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF)},
             {"source", os::SourceDescription()},
-            {"format", FormatName(options.format)},
+            {"format", options.format->name},
             {"users", UsersJson(plan)}};
 }
 
 // What names one export in its journal: the header and the other options.
 std::string Identity(const Json& header, const ExportOptions& options) {
-    const AddressForms& f = options.addressForms;
-    const std::string text = header.dump() + (options.mail ? " mail" : "") + (options.addresses ? " addresses" : "") +
-                             (options.raw ? " raw" : "") +
-                             (f.vcard ? " vcard" : "") + (f.ldif ? " ldif" : "") + (f.csv ? " csv" : "");
+    std::string text = header.dump() + (options.mail ? " mail" : "") + (options.addresses ? " addresses" : "") +
+                       (options.raw ? " raw" : "");
+    for (const Format* form : options.addressForms) text += std::string(" ") + form->name;
     Sha256 sha;
     sha.Update(text.data(), text.size());
     return sha.HexDigest();
@@ -182,7 +190,8 @@ std::string Identity(const Json& header, const ExportOptions& options) {
 
 // An export whose manifest was complete when it stopped: what is left is
 // its rename and the journal's removal.
-int Republish(const std::string& outDir, const JournalState& state, Journal& journal, const ExportOptions& options) {
+int Republish(const std::string& outDir, const JournalState& state, DirectorySink& sink,
+              const ExportOptions& options) {
     const std::string final = outDir + "/" + Manifest::kFileName, partial = final + ".partial";
     std::string error;
     if (!os::Exists(final) && !os::RenameNew(partial, final, &error)) return Fail(error, nullptr);
@@ -191,18 +200,18 @@ int Republish(const std::string& outDir, const JournalState& state, Journal& jou
         if (!SameFileContent(partial, final)) return Fail("'" + partial + "' is not the manifest's copy", nullptr);
         os::RemoveFile(partial);
     }
-    if (!journal.Remove(&error)) return Fail(error, nullptr);
+    if (!sink.journal().Remove(&error)) return Fail(error, nullptr);
     if (options.mail) Progress(false, 0).Finish(false, state.written, state.failed, state.bytes);
     return state.exit;
 }
 
 // Opens the journal and the manifest of a new export, or of the unfinished
 // one in OUTDIR. Returns -1 to go on, else the exit code.
-int Begin(const ExportOptions& options, const Json& header, Journal& journal, JournalState* state,
-          Manifest& manifest, Output& output) {
+int Begin(const ExportOptions& options, const Json& header, JournalState* state, Manifest& manifest,
+          DirectorySink& sink) {
     const std::string identity = state->identity;
     std::string error;
-    switch (journal.Load(state, &error)) {
+    switch (sink.journal().Load(state, &error)) {
     case Journal::Found::kUnreadable: return Fail(error, nullptr);
     case Journal::Found::kFound:
         if (state->identity != identity) {
@@ -210,15 +219,15 @@ int Begin(const ExportOptions& options, const Json& header, Journal& journal, Jo
                             "other options; rerun the command that began it, or choose another OUTDIR",
                         nullptr);
         }
-        if (state->finished) return Republish(options.outDir, *state, journal, options);
+        if (state->finished) return Republish(options.outDir, *state, sink, options);
         Print(stderr, "tqnralm: going on with the unfinished export in '%s'\n", options.outDir.c_str());
-        output.SetResuming();
+        sink.SetResuming();
         if (!manifest.Resume(options.outDir, state->manifest, state->listed, &error)) return Fail(error, nullptr);
         break;
     case Journal::Found::kNone:
         if (int exit = CheckNewOutDir(options)) return exit;
         // The journal first: the temporary manifest it finds is this export's.
-        if (!os::MakeDirectories(options.outDir, &error) || !journal.Save(*state, &error) ||
+        if (!os::MakeDirectories(options.outDir, &error) || !sink.journal().Save(*state, &error) ||
             !manifest.Open(options.outDir, &error)) {
             return Fail(error, nullptr);
         }
@@ -267,43 +276,42 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     if (int exit = session.StartLog(global)) return exit;
     if (int exit = session.Open()) return exit;
 
-    Output output(options.outDir, options.dryRun);
-    std::unique_ptr<MailWriter> writer = MakeMailWriter(options.format, output);
+    std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
     ExportPlan plan;
     if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
     if (int exit = CheckOutsideStore(options, plan)) return exit;
-    if (options.dryRun) return DryRun(options, plan, *writer, output);
+    if (options.dryRun) return DryRun(options, plan, *writer);
 
     const Json header = Header(plan, options);
     JournalState state;
     state.identity = Identity(header, options);
-    Journal journal(options.outDir);
+    DirectorySink sink(options.outDir);
     Manifest manifest;
-    if (int exit = Begin(options, header, journal, &state, manifest, output); exit >= 0) return exit;
+    if (int exit = Begin(options, header, &state, manifest, sink); exit >= 0) return exit;
 
     os::CatchStopSignals();
     Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);
     MailTotals totals{state.written, state.failed, state.unread, state.bytes};
     progress.Listen(options.listener);
-    MailPass pass(*writer, output, &manifest, &journal, state, progress, plan);
+    MailPass pass(*writer, sink, &manifest, state, progress, plan);
     pass.KeepRawHeaders(options.raw);
-    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + output.error(), &manifest);
+    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + sink.error(), &manifest);
     if (!options.mail) plan.expected = 0;
     // The address books after the mail, listed after the messages; a rerun
     // writes them again and takes the files that are whole already.
     Json books = Json::array();
     AddressTotals addresses;
     if (!os::StopRequested() && options.addresses &&
-        !WriteAddressBooks(plan, options.addressForms, output, &books, &addresses)) {
-        return Fail("cannot write " + output.error(), &manifest);
+        !WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses)) {
+        return Fail("cannot write " + sink.error(), &manifest);
     }
     if (os::StopRequested()) {
         manifest.Abandon();
         progress.Stopped(totals.written, totals.failed, totals.bytes);
         return kExitStopped;
     }
-    if (!output.Commit()) return Fail("cannot write " + output.error(), &manifest);
-    const int exit = Finish(plan, totals, books, addresses, manifest, journal, state);
+    if (!sink.Commit()) return Fail("cannot write " + sink.error(), &manifest);
+    const int exit = Finish(plan, totals, books, addresses, manifest, sink.journal(), state);
     if (exit == kExitOutput) return exit;
     if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
     if (options.addresses) PrintAddressSummary(false, addresses);

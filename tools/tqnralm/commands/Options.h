@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "AddressExport.h"
+#include "Formats.h"
 
 namespace tqnralm {
 
@@ -28,12 +28,10 @@ struct GlobalOptions {
 
 class ProgressListener;  // Progress.h
 
-enum class MailFormat { kMbox, kMaildir, kEml };
-
 // `tqnralm export OUTDIR ...`.
 struct ExportOptions {
     std::string outDir;
-    MailFormat format = MailFormat::kMbox;
+    const Format* format = &DefaultMailFormat();  // a mail form of Formats.h
     std::vector<int> users;  // user indexes to export; empty: every user
     bool dryRun = false;     // plan only: print targets and counts, write nothing
     bool force = false;      // add to an OUTDIR that holds other files
@@ -41,11 +39,9 @@ struct ExportOptions {
     bool raw = false;        // messages exactly as the library gives them: no header rewriting
     bool mail = true;        // export the mail
     bool addresses = true;   // export the address books
-    AddressForms addressForms;
+    std::vector<const Format*> addressForms = FormatsOf(FormatKind::kAddress);
     ProgressListener* listener = nullptr;  // a window's view of the progress; null: none
 };
-
-const char* FormatName(MailFormat format);
 
 }  // namespace tqnralm
 

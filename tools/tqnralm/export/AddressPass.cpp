@@ -1,4 +1,4 @@
-// AddressPass.cpp - the address books of the plan's users into files.
+// AddressPass.cpp - the address books of the plan's users into the sink.
 #include "AddressPass.h"
 
 #include <cstdio>
@@ -10,13 +10,6 @@
 
 namespace tqnralm {
 namespace {
-
-const char* FormName(const std::string& extension) {
-    return extension == "vcf"          ? "vcard"
-           : extension == "groups.vcf" ? "vcard-groups"
-           : extension == "ldif"       ? "ldif"
-                                       : "csv";
-}
 
 Json CountJson(int64_t written, int64_t failed) {
     return {{"expected", written + failed}, {"written", written}, {"failed", failed}};
@@ -36,37 +29,36 @@ Json AddressTotals::ToJson() const {
 namespace {
 
 // Writes the files of one book beside `stem`; false when the output fails.
-bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Output& output, Json* files,
+bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Sink& sink, Json* files,
                     AddressTotals* totals) {
-    for (const AddressBookOutput::File& file : book.files) {
+    for (const AddressFile& file : book.files) {
         const std::string path = stem + "." + file.extension;
-        if (!output.WriteWholeFile(path, file.bytes)) return false;
+        if (!sink.WriteWholeFile(path, file.bytes)) return false;
         Sha256 sha;
         sha.Update(file.bytes.data(), file.bytes.size());
-        files->push_back({{"form", FormName(file.extension)},
+        files->push_back({{"form", file.form},
                           {"path", path},
                           {"bytes", file.bytes.size()},
                           {"sha256", sha.HexDigest()}});
         ++totals->files;
         totals->bytes += file.bytes.size();
-        if (output.dryRun()) {
-            Print(stdout, "%8d  %s\n", book.addresses, os::DisplayPath(path).c_str());
-        }
     }
     return true;
 }
 
 }  // namespace
 
-bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& output, Json* books,
+bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms, Sink& sink, Json* books,
                        AddressTotals* totals) {
+    AddressWriters writers;
+    for (const Format* form : forms) writers.push_back(MakeAddressWriter(*form));
     // The books written so far by their content: a user's settings may name
     // one file twice (the default book listed again, in another spelling),
     // and two users may share a folder. The interface does not say which file
     // a book was read from, but a file read twice gives equal books.
     std::map<std::string, std::string> written;
     for (UserPlan& user : plan.users) {
-        UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, forms);
+        UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, writers);
         totals->books.failed += out.failedBooks;
         if (out.failedBooks > 0) {
             Print(stderr, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
@@ -74,17 +66,13 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
         }
         if (out.books.empty()) continue;
         const std::string dir = user.dir + "/addresses";
-        if (!output.MakeDir(user.dir) || !output.MakeDir(dir)) return false;
+        if (!sink.MakeDir(user.dir) || !sink.MakeDir(dir)) return false;
         // A book "x" writes x.groups.vcf too, so a book "x.groups" is another name.
         SiblingNames names(NameRules{NameStyle::kPlain, {".groups"}, nullptr});
         for (const AddressBookOutput& book : out.books) {
             ++totals->books.written;
             auto same = book.digest.empty() ? written.end() : written.find(book.digest);
             if (same != written.end()) {
-                if (output.dryRun()) {
-                    Print(stdout, "%8s  %s (book %s, written once)\n", "", book.name.c_str(),
-                          os::DisplayPath(same->second).c_str());
-                }
                 books->push_back({{"user", user.index},
                                   {"name", book.name},
                                   {"path", same->second},
@@ -96,7 +84,7 @@ bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& outp
             const std::string stem = dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - 11));
             if (!book.digest.empty()) written.emplace(book.digest, stem);
             Json files = Json::array();
-            if (!WriteBookFiles(book, stem, output, &files, totals)) return false;
+            if (!WriteBookFiles(book, stem, sink, &files, totals)) return false;
             // A book whose groups or addresses failed in part is written
             // with what could be read, and counted as written.
             totals->groups.written += book.groups;

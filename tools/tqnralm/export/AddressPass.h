@@ -1,15 +1,18 @@
 // AddressPass.h - the address half of `export`: every book of every user of
-// the plan written as OUTDIR/<user>/addresses/<book>.vcf, .ldif and .csv,
-// each book listed in the manifest with its counts and its files' SHA-256.
+// the plan written in each chosen form as <user>/addresses/<book>.<extension>
+// (.vcf, .ldif, .csv), each book listed in the manifest with its counts and
+// its files' SHA-256.
 #ifndef TQNRALM_HOST_ADDRESSPASS_H
 #define TQNRALM_HOST_ADDRESSPASS_H
 
 #include <cstdint>
+#include <vector>
 
 #include "AddressExport.h"
 #include "ExportPlan.h"
+#include "Formats.h"
 #include "Manifest.h"
-#include "Output.h"
+#include "Sink.h"
 
 namespace tqnralm {
 
@@ -25,10 +28,10 @@ struct AddressTotals {
     Json ToJson() const;
 };
 
-// Writes the books; in a dry run prints each target with its counts. False
-// when the output fails (output.error() tells why); books that cannot be
-// read are counted and the pass goes on. `books` receives one entry per book.
-bool WriteAddressBooks(ExportPlan& plan, const AddressForms& forms, Output& output, Json* books,
+// Writes the books in the address forms `forms`. False when the sink fails
+// (sink.error() tells why); books that cannot be read are counted and the
+// pass goes on. `books` receives one entry per book.
+bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms, Sink& sink, Json* books,
                        AddressTotals* totals);
 // The summary line on stderr, after the mail's.
 void PrintAddressSummary(bool dryRun, const AddressTotals& totals);

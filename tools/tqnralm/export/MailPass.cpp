@@ -131,7 +131,7 @@ bool MailPass::Write(MailTotals* totals) {
             try {
                 done = Do(batch.steps[i], totals);
             } catch (const std::exception& e) {
-                output_.Fail(e.what());
+                sink_.Fail(e.what());
             }
             if (!done) {
                 queue_.Stop();
@@ -163,23 +163,23 @@ bool MailPass::Do(Step& step, MailTotals* totals) {
     if (!resumeFolder_.empty()) {
         const std::string folder = std::move(resumeFolder_);
         resumeFolder_.clear();
-        if (!writer_.ResumeFolder(folder, folder == state_.folder ? state_.folderLength : 0)) return false;
+        if (!writer_.ResumeFolder(sink_, folder, folder == state_.folder ? state_.folderLength : 0)) return false;
         writer_.RestoreFolderTimes(state_.lastTime, state_.newestTime);
     }
     switch (step.kind) {
-    case Step::kUser: return output_.MakeDir(step.path);
-    case Step::kAccount: return writer_.BeginAccount(step.path);
+    case Step::kUser: return sink_.MakeDir(step.path);
+    case Step::kAccount: return writer_.BeginAccount(sink_, step.path);
     case Step::kBeginFolder:
         // A folder's new file (mbox) is counted before anything goes in.
         writer_.StartFolderTimes();
-        return writer_.BeginFolder(step.path) && (output_.openFile().empty() || Commit(*totals));
+        return writer_.BeginFolder(sink_, step.path) && (sink_.openFile().empty() || Commit(*totals));
     case Step::kEndFolder:
         totals->unread += step.unread;
-        return writer_.EndFolder() && Commit(*totals);
+        return writer_.EndFolder(sink_) && Commit(*totals);
     case Step::kMessage: break;
     }
     if (!Message(step, totals)) return false;
-    return output_.bytes() - committedBytes_ < kCommitBytes || Commit(*totals);
+    return sink_.bytes() - committedBytes_ < kCommitBytes || Commit(*totals);
 }
 
 bool MailPass::Replay(const Step& step) {
@@ -207,11 +207,11 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
         const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
         const std::string& text = rewritten ? rewritten_ : step.data;
         WrittenMessage written;
-        const uint64_t before = output_.bytes();
-        if (KillPointReached(KillPoint::kMidMessage)) output_.KillInNextWrite();
-        if (!writer_.WriteMessage(step.position, text.data(), text.size(), &written)) return false;
+        const uint64_t before = sink_.bytes();
+        if (KillPointReached(KillPoint::kMidMessage)) sink_.KillInNextWrite();
+        if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
         KillAt(KillPoint::kMessage);
-        entry["file"] = written.file;
+        if (!written.file.empty()) entry["file"] = written.file;
         if (written.shared) entry["offset"] = written.offset;
         entry["length"] = written.length;
         entry["sha256"] = written.sha256;
@@ -226,29 +226,28 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
         if (step.data.empty()) entry["empty"] = true;
         entry["status"] = "written";
         ++totals->written;
-        totals->bytes += output_.bytes() - before;
-        progress_.Step(output_.bytes() - before);
+        totals->bytes += sink_.bytes() - before;
+        progress_.Step(sink_.bytes() - before);
     }
-    return manifest_ == nullptr || manifest_->Append(entry) || output_.Fail(manifest_->error());
+    return manifest_ == nullptr || manifest_->Append(entry) || sink_.Fail(manifest_->error());
 }
 
 bool MailPass::Commit(const MailTotals& totals) {
-    committedBytes_ = output_.bytes();
-    if (journal_ == nullptr) return true;  // a dry run
-    std::string error;
-    if (!output_.Commit()) return false;
-    if (!manifest_->Commit(&state_.manifest)) return output_.Fail(manifest_->error());
+    committedBytes_ = sink_.bytes();
+    if (!sink_.Commit()) return false;
+    if (manifest_ != nullptr) {
+        if (!manifest_->Commit(&state_.manifest)) return sink_.Fail(manifest_->error());
+        state_.listed = manifest_->listed();
+    }
     state_.steps = done_;
-    state_.listed = manifest_->listed();
-    state_.folder = output_.openFile();
-    state_.folderLength = output_.offset();
+    state_.folder = sink_.openFile();
+    state_.folderLength = sink_.offset();
     writer_.FolderTimes(&state_.lastTime, &state_.newestTime);
     state_.written = totals.written;
     state_.failed = totals.failed;
     state_.unread = totals.unread;
     state_.bytes = totals.bytes;
-    KillAt(KillPoint::kJournal);
-    return journal_->Save(state_, &error) || output_.Fail(error);
+    return sink_.Checkpoint(state_);
 }
 
 }  // namespace tqnralm

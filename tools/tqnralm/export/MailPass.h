@@ -8,7 +8,7 @@
 // the output is what one thread would write; the writer hands the emptied
 // batches back, so that a message's buffer is reused and not made anew.
 //
-// The writer commits (Journal.h) after each folder ends, after an mbox file
+// The writer commits (the sink's Commit and Checkpoint) after each folder ends, after an mbox file
 // is made, and after every few megabytes: the syncs are batched, not paid
 // per message. A rerun that resumes counts the same steps again: the walker
 // fetches no message that the journal counts, and the writer does nothing
@@ -27,8 +27,8 @@
 #include "Journal.h"
 #include "MailWriter.h"
 #include "Manifest.h"
-#include "Output.h"
 #include "Progress.h"
+#include "Sink.h"
 #include "StepQueue.h"
 
 namespace tqnralm {
@@ -42,11 +42,12 @@ struct MailTotals {
 
 class MailPass {
 public:
-    // `journal` and `manifest` are null in a dry run; `resume` is where the
-    // journal of an earlier run left off (its identity is kept in commits).
-    MailPass(MailWriter& writer, Output& output, Manifest* manifest, Journal* journal, const JournalState& resume,
-             Progress& progress, ExportPlan& plan)
-        : writer_(writer), output_(output), manifest_(manifest), journal_(journal), state_(resume),
+    // `manifest` is null where nothing is listed (a dry run); `resume` is
+    // where the journal of an earlier run left off (its identity is kept in
+    // checkpoints).
+    MailPass(MailWriter& writer, Sink& sink, Manifest* manifest, const JournalState& resume, Progress& progress,
+             ExportPlan& plan)
+        : writer_(writer), sink_(sink), manifest_(manifest), state_(resume),
           resumeSteps_(resume.steps), progress_(progress), plan_(plan), queue_(kQueueBytes) {}
 
     // Writes each message exactly as the library gives it, not with its raw
@@ -108,9 +109,8 @@ private:
     void GiveBack(Batch batch);
 
     MailWriter& writer_;
-    Output& output_;
+    Sink& sink_;
     Manifest* manifest_;
-    Journal* journal_;
     JournalState state_;  // of the last commit
     const uint64_t resumeSteps_;
     uint64_t walked_ = 0, done_ = 0;  // steps made by the walker, done by the writer

@@ -4,6 +4,7 @@
 #define TQNRALM_TOOL_FILENAMES_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -64,7 +65,7 @@ struct NameRules {
     // Thunderbird writes beside it.
     std::vector<std::string> companions;
     // Names that are taken from the start (by their FoldCase key).
-    bool (*reserved)(const std::string& folded) = nullptr;
+    std::function<bool(const std::string& folded)> reserved;
 };
 
 // The names given to the children of one folder. Each name is made safe and,

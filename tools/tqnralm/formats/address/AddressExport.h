@@ -1,28 +1,21 @@
 // AddressExport.h - the address half of `tqnralm export`: each book of a
-// user in the chosen forms, as bytes for the caller to name and write.
+// user through the chosen forms' writers, as bytes for the caller to name
+// and write.
 #ifndef TQNRALM_HOST_ADDRESSEXPORT_H
 #define TQNRALM_HOST_ADDRESSEXPORT_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "AddressWriter.h"
 #include "tqnralm.h"
 
 namespace tqnralm {
 
-struct AddressForms {
-    bool vcard = true, ldif = true, csv = true;
-};
-// "vcard,ldif,csv" or any part of it, each form once; false for anything else.
-bool ParseAddressForms(const std::string& list, AddressForms* out);
-
 struct AddressBookOutput {
     std::string name;  // the top group's name, before the file name rules
-    struct File {
-        const char* extension;  // "vcf", "groups.vcf", "ldif", "csv"
-        std::string bytes;
-    };
-    std::vector<File> files;
+    std::vector<AddressFile> files;
     // Groups and addresses at every place in the book, and those that
     // could not be read; cards counts the addresses after merging.
     int groups = 0, failedGroups = 0, addresses = 0, failedAddresses = 0, cards = 0;
@@ -35,7 +28,9 @@ struct UserAddressOutput {
     int failedBooks = 0;  // books that could not be listed or read at all
 };
 
-UserAddressOutput ExportUserAddresses(QV_OBJ user, const std::string& userName, const AddressForms& forms);
+using AddressWriters = std::vector<std::unique_ptr<AddressWriter>>;
+
+UserAddressOutput ExportUserAddresses(QV_OBJ user, const std::string& userName, const AddressWriters& writers);
 
 }  // namespace tqnralm
 

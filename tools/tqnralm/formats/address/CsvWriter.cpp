@@ -2,6 +2,7 @@
 // in English: its 37 columns in its order, which its import maps by name,
 // and a UTF-8 BOM, which settles its guess of the charset. Thunderbird has
 // no lists in CSV, so two reading columns and "Groups" follow its columns.
+#include "AddressWriter.h"
 #include "AddressWriters.h"
 
 namespace tqnralm {
@@ -49,5 +50,19 @@ std::string WriteCsv(const BookLayout& book) {
     }
     return out;
 }
+
+namespace {
+
+class CsvForm : public AddressWriter {
+public:
+    using AddressWriter::AddressWriter;
+    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
+        files->push_back(File(WriteCsv(book)));
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<AddressWriter> MakeCsvWriter(const Format& format) { return std::make_unique<CsvForm>(format); }
 
 }  // namespace tqnralm

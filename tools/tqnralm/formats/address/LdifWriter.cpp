@@ -13,6 +13,7 @@
 // in the member's dn, other readers by the whole dn; both find the entry.
 #include <set>
 
+#include "AddressWriter.h"
 #include "AddressWriters.h"
 
 namespace tqnralm {
@@ -166,5 +167,19 @@ std::string WriteLdif(const BookLayout& book) {
     }
     return out;
 }
+
+namespace {
+
+class LdifForm : public AddressWriter {
+public:
+    using AddressWriter::AddressWriter;
+    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
+        files->push_back(File(WriteLdif(book)));
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<AddressWriter> MakeLdifWriter(const Format& format) { return std::make_unique<LdifForm>(format); }
 
 }  // namespace tqnralm

@@ -10,6 +10,7 @@
 // Readings go twice: as SORT-AS on N, which RFC 6350 defines, and as
 // X-PHONETIC-LAST-NAME and X-PHONETIC-FIRST-NAME, which Apple's and
 // Google's contacts read.
+#include "AddressWriter.h"
 #include "AddressWriters.h"
 
 namespace tqnralm {
@@ -169,5 +170,25 @@ std::string WriteVCardGroups(const BookLayout& book) {
     }
     return out;
 }
+
+namespace {
+
+// The persons' file, and the groups' beside it: a contact program that
+// imports the persons' file must not meet the group cards.
+class VCardForm : public AddressWriter {
+public:
+    using AddressWriter::AddressWriter;
+    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
+        files->push_back(File(WriteVCard(book)));
+        if (!book.lists.empty()) {
+            files->push_back({format_.name + std::string("-groups"), std::string("groups.") + format_.extension,
+                              WriteVCardGroups(book)});
+        }
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<AddressWriter> MakeVCardWriter(const Format& format) { return std::make_unique<VCardForm>(format); }
 
 }  // namespace tqnralm

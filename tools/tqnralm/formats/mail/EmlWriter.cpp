@@ -11,19 +11,22 @@ namespace tqnralm {
 namespace {
 
 // A subfolder must not take a message's name: "000001.eml" is reserved, and
-// so is its temporary name "000001.eml.part".
-bool IsMessageName(const std::string& folded) {
+// so is its temporary name "000001.eml.part" (`extension` in lower case).
+bool IsMessageName(const std::string& folded, const std::string& extension) {
     size_t digits = 0;
     while (digits < folded.size() && folded[digits] >= '0' && folded[digits] <= '9') ++digits;
-    return digits >= 6 && (folded.compare(digits, std::string::npos, ".eml") == 0 ||
-                           folded.compare(digits, std::string::npos, ".eml.part") == 0);
+    return digits >= 6 && (folded.compare(digits, std::string::npos, "." + extension) == 0 ||
+                           folded.compare(digits, std::string::npos, "." + extension + ".part") == 0);
 }
 
 class EmlWriter : public MailWriter {
 public:
     using MailWriter::MailWriter;
 
-    NameRules FolderNames() const override { return {NameStyle::kPlain, {}, IsMessageName}; }
+    NameRules FolderNames() const override {
+        const std::string extension = format_.extension;
+        return {NameStyle::kPlain, {}, [extension](const std::string& folded) { return IsMessageName(folded, extension); }};
+    }
 
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
         std::string target = account;
@@ -31,20 +34,20 @@ public:
         return target;
     }
 
-    bool BeginFolder(const std::string& target) override {
+    bool BeginFolder(Sink& sink, const std::string& target) override {
         folder_ = target;
-        return output_.MakeDir(target);
+        return sink.MakeDir(target);
     }
 
-    bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) override {
-        char name[32];
-        std::snprintf(name, sizeof name, "/%06lld.eml", static_cast<long long>(position + 1));
-        written->file = folder_ + name;
+    bool WriteMessage(Sink& sink, int64_t position, const char* data, size_t size, WrittenMessage* written) override {
+        char number[32];
+        std::snprintf(number, sizeof number, "/%06lld.", static_cast<long long>(position + 1));
+        written->file = folder_ + number + format_.extension;
         written->offset = 0;
         written->length = size;
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
-        return output_.WriteNewFile(written->file + ".part", written->file, data, size, TimeOf(data, size));
+        return sink.WriteNewFile(written->file + ".part", written->file, data, size, TimeOf(data, size));
     }
 
 private:
@@ -54,6 +57,6 @@ private:
 
 }  // namespace
 
-std::unique_ptr<MailWriter> MakeEmlWriter(Output& output) { return std::make_unique<EmlWriter>(output); }
+std::unique_ptr<MailWriter> MakeEmlWriter(const Format& format) { return std::make_unique<EmlWriter>(format); }
 
 }  // namespace tqnralm

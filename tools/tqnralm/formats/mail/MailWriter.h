@@ -1,5 +1,7 @@
-// The three forms an export writes mail in. A writer lays out the folders
-// of one account below OUTDIR and writes each message of a folder in turn.
+// A form an export writes mail in (the forms are listed in Formats.h). A
+// writer lays out the folders of one account and writes each message of a
+// folder in turn, into the sink it is given (Sink.h): it names the
+// directories and files and makes the bytes, the sink keeps them.
 #ifndef TQNRALM_TOOL_MAILWRITER_H
 #define TQNRALM_TOOL_MAILWRITER_H
 
@@ -9,14 +11,15 @@
 #include <vector>
 
 #include "FileNames.h"
+#include "Formats.h"
 #include "Mbox.h"
-#include "Options.h"
-#include "Output.h"
+#include "Sink.h"
 
 namespace tqnralm {
 
-// Where one message went: its file relative to OUTDIR, the range of the
-// file that holds it, and the SHA-256 of those bytes.
+// Where one message went: its file in the destination (empty where the
+// destination names none), the range of the file that holds it, and the
+// SHA-256 of those bytes.
 struct WrittenMessage {
     std::string file;
     bool shared = false;  // the file holds other messages too (mbox): offset and length tell which bytes
@@ -27,7 +30,7 @@ struct WrittenMessage {
 
 class MailWriter {
 public:
-    explicit MailWriter(Output& output) : output_(output) {}
+    explicit MailWriter(const Format& format) : format_(format) {}
     virtual ~MailWriter() = default;
 
     // The rules for the names of the folders of one parent, and of the
@@ -41,18 +44,22 @@ public:
     // folder's safe names from the top down.
     virtual std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const = 0;
     // Called once per account before its folders.
-    virtual bool BeginAccount(const std::string& account) { return output_.MakeDir(account); }
+    virtual bool BeginAccount(Sink& sink, const std::string& account) { return sink.MakeDir(account); }
     // Called for each folder in tree order, parents before their subfolders.
-    virtual bool BeginFolder(const std::string& target) = 0;
+    virtual bool BeginFolder(Sink& sink, const std::string& target) = 0;
     // Goes on with a folder that an earlier run began and did not finish;
     // `length` is what the journal counted of its file (mbox).
-    virtual bool ResumeFolder(const std::string& target, uint64_t length) {
+    virtual bool ResumeFolder(Sink& sink, const std::string& target, uint64_t length) {
         (void)length;
-        return BeginFolder(target);
+        return BeginFolder(sink, target);
     }
     // Writes the message at `position` (from 0) of the current folder.
-    virtual bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) = 0;
-    virtual bool EndFolder() { return true; }
+    virtual bool WriteMessage(Sink& sink, int64_t position, const char* data, size_t size,
+                              WrittenMessage* written) = 0;
+    virtual bool EndFolder(Sink& sink) {
+        (void)sink;
+        return true;
+    }
 
     // Messages exactly as the library gives them: no marks of the writer's own.
     void KeepRaw(bool raw) { raw_ = raw; }
@@ -87,7 +94,7 @@ protected:
     int64_t newestTime() const { return newest_; }
     bool raw() const { return raw_; }
 
-    Output& output_;
+    const Format& format_;
 
 private:
     bool raw_ = false;
@@ -95,17 +102,9 @@ private:
     int64_t newest_ = -1;
 };
 
-std::unique_ptr<MailWriter> MakeMboxWriter(Output& output);
-std::unique_ptr<MailWriter> MakeMaildirWriter(Output& output);
-std::unique_ptr<MailWriter> MakeEmlWriter(Output& output);
-
-inline std::unique_ptr<MailWriter> MakeMailWriter(MailFormat format, Output& output) {
-    switch (format) {
-    case MailFormat::kMaildir: return MakeMaildirWriter(output);
-    case MailFormat::kEml: return MakeEmlWriter(output);
-    default: return MakeMboxWriter(output);
-    }
-}
+std::unique_ptr<MailWriter> MakeMboxWriter(const Format& format);
+std::unique_ptr<MailWriter> MakeMaildirWriter(const Format& format);
+std::unique_ptr<MailWriter> MakeEmlWriter(const Format& format);
 
 }  // namespace tqnralm
 

@@ -9,14 +9,14 @@
 #include <cstdio>
 
 #include "MailWriter.h"
+#include "Os.h"
 #include "Sha256.h"
 
 namespace tqnralm {
 namespace {
 
-bool MakeMaildir(Output& output, const std::string& dir) {
-    return output.MakeDir(dir) && output.MakeDir(dir + "/cur") && output.MakeDir(dir + "/new") &&
-           output.MakeDir(dir + "/tmp");
+bool MakeMaildir(Sink& sink, const std::string& dir) {
+    return sink.MakeDir(dir) && sink.MakeDir(dir + "/cur") && sink.MakeDir(dir + "/new") && sink.MakeDir(dir + "/tmp");
 }
 
 // Dovecot takes a folder "INBOX", in any case, for the inbox itself.
@@ -38,16 +38,17 @@ public:
         return target;
     }
 
-    bool BeginAccount(const std::string& account) override {
-        return output_.MakeDir(account) && MakeMaildir(output_, account + "/Maildir");
+    bool BeginAccount(Sink& sink, const std::string& account) override {
+        return sink.MakeDir(account) && MakeMaildir(sink, account + "/Maildir");
     }
 
-    bool BeginFolder(const std::string& target) override {
+    bool BeginFolder(Sink& sink, const std::string& target) override {
         folder_ = target;
-        return MakeMaildir(output_, target);
+        return MakeMaildir(sink, target);
     }
 
-    bool WriteMessage(int64_t position, const char* data, size_t size, WrittenMessage* written) override {
+    bool WriteMessage(Sink& sink, int64_t position, const char* data, size_t size,
+                      WrittenMessage* written) override {
         hash_.Update(data, size);
         written->sha256 = hash_.HexDigest();
         // Written in tmp/ and moved into cur/ when whole, as Maildir wants.
@@ -59,7 +60,7 @@ public:
         written->offset = 0;
         written->length = size;
         // Dovecot and mu take the file's time as the time the message came.
-        return output_.WriteNewFile(folder_ + "/tmp/" + std::string(name, unique), written->file, data, size,
+        return sink.WriteNewFile(folder_ + "/tmp/" + std::string(name, unique), written->file, data, size,
                                     TimeOf(data, size));
     }
 
@@ -70,6 +71,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<MailWriter> MakeMaildirWriter(Output& output) { return std::make_unique<MaildirWriter>(output); }
+std::unique_ptr<MailWriter> MakeMaildirWriter(const Format& format) {
+    return std::make_unique<MaildirWriter>(format);
+}
 
 }  // namespace tqnralm

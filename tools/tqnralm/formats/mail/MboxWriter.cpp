@@ -24,19 +24,19 @@ public:
         return target;
     }
 
-    bool BeginFolder(const std::string& target) override {
+    bool BeginFolder(Sink& sink, const std::string& target) override {
         file_ = target;
         // The parent's .sbd directory (or the account's folder, made already).
         const std::string parent = target.substr(0, target.rfind('/'));
-        return output_.MakeDir(parent) && output_.OpenFile(target);
+        return sink.MakeDir(parent) && sink.OpenFile(target);
     }
 
-    bool ResumeFolder(const std::string& target, uint64_t length) override {
+    bool ResumeFolder(Sink& sink, const std::string& target, uint64_t length) override {
         file_ = target;
-        return output_.ReopenFile(target, length);
+        return sink.ReopenFile(target, length);
     }
 
-    bool WriteMessage(int64_t, const char* data, size_t size, WrittenMessage* written) override {
+    bool WriteMessage(Sink& sink, int64_t, const char* data, size_t size, WrittenMessage* written) override {
         const int64_t time = TimeOf(data, size);
         text_ = FromLine(data, size, time);
         // Thunderbird shows a message without this field as unread; 0001 is
@@ -53,16 +53,16 @@ public:
         AppendMboxrd(data, size, text_);
         written->file = file_;
         written->shared = true;
-        written->offset = output_.offset();
+        written->offset = sink.offset();
         written->length = text_.size();
         hash_.Update(text_.data(), text_.size());
         written->sha256 = hash_.HexDigest();
-        return output_.Write(text_);
+        return sink.Write(text_);
     }
 
     // The one file of a folder is flushed to the disk before the manifest
     // says it is complete. Its time is that of its newest message.
-    bool EndFolder() override { return output_.CloseFile(true, newestTime()); }
+    bool EndFolder(Sink& sink) override { return sink.CloseFile(true, newestTime()); }
 
 private:
     std::string file_;
@@ -72,6 +72,6 @@ private:
 
 }  // namespace
 
-std::unique_ptr<MailWriter> MakeMboxWriter(Output& output) { return std::make_unique<MboxWriter>(output); }
+std::unique_ptr<MailWriter> MakeMboxWriter(const Format& format) { return std::make_unique<MboxWriter>(format); }
 
 }  // namespace tqnralm

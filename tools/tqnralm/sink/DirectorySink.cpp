@@ -1,5 +1,5 @@
-// Where an export writes (see Output.h).
-#include "Output.h"
+// The sink of an export into a folder (see DirectorySink.h).
+#include "DirectorySink.h"
 
 #include <filesystem>
 #include <fstream>
@@ -36,16 +36,9 @@ bool SameFileContent(const std::string& a, const std::string& b) {
     return fa.eof() && fb.eof();
 }
 
+void DirectorySink::Touched(const std::string& relative) { dirtyDirs_.insert(Parent(root_ + "/" + relative)); }
 
-bool Output::Fail(const std::string& error) {
-    if (error_.empty()) error_ = error;
-    return false;
-}
-
-void Output::Touched(const std::string& relative) { dirtyDirs_.insert(Parent(root_ + "/" + relative)); }
-
-bool Output::MakeDir(const std::string& relative) {
-    if (dryRun_) return true;
+bool DirectorySink::DoMakeDir(const std::string& relative) {
     std::string error;
     switch (os::MakeDirectory(root_ + "/" + relative, &error)) {
     case os::Created::kNew: Touched(relative); return true;
@@ -54,36 +47,33 @@ bool Output::MakeDir(const std::string& relative) {
     }
 }
 
-bool Output::OpenFile(const std::string& relative) {
-    offset_ = onDisk_ = 0;
-    openFile_ = relative;
-    if (dryRun_) return true;
+bool DirectorySink::DoOpenFile(const std::string& relative) {
+    onDisk_ = 0;
     std::string error;
     switch (file_.Create(root_ + "/" + relative, &error)) {
     case os::Created::kNew: Touched(relative); return true;
     case os::Created::kExists:
         // An export stopped between making the file and its next commit.
-        if (resuming_ && SizeOf(root_ + "/" + relative) == 0) return ReopenFile(relative, 0);
+        if (resuming_ && SizeOf(root_ + "/" + relative) == 0) return DoReopenFile(relative, 0);
         return Fail(error + " (exists; nothing is overwritten)");
     default: return Fail(error);
     }
 }
 
-bool Output::ReopenFile(const std::string& relative, uint64_t length) {
-    offset_ = onDisk_ = length;
-    openFile_ = relative;
+bool DirectorySink::DoReopenFile(const std::string& relative, uint64_t length) {
+    onDisk_ = length;
     std::string error;
     return file_.OpenAt(root_ + "/" + relative, length, &error) || Fail(error);
 }
 
-bool Output::Flush() {
+bool DirectorySink::Flush() {
     if (buffer_.empty()) return true;
     const bool ok = WriteThrough(buffer_.data(), buffer_.size());
     buffer_.clear();
     return ok;
 }
 
-bool Output::WriteThrough(const char* data, size_t size) {
+bool DirectorySink::WriteThrough(const char* data, size_t size) {
     std::string error;
     if (file_.Write(data, size, &error)) {
         file_.StartWriteBack(onDisk_, size);
@@ -96,17 +86,14 @@ bool Output::WriteThrough(const char* data, size_t size) {
     return Fail(error);
 }
 
-void Output::KillHalfway(const char* data, size_t size) {
+void DirectorySink::KillHalfway(const char* data, size_t size) {
     Flush();
     std::string ignored;
     file_.Write(data, size / 2, &ignored);
     os::KillSelf();
 }
 
-bool Output::Write(const char* data, size_t size) {
-    offset_ += size;
-    bytes_ += size;
-    if (dryRun_) return true;
+bool DirectorySink::DoWrite(const char* data, size_t size) {
     if (killInWrite_) KillHalfway(data, size);
     if (buffer_.size() + size <= kBufferSize) {
         buffer_.append(data, size);
@@ -120,9 +107,7 @@ bool Output::Write(const char* data, size_t size) {
     return WriteThrough(data, size);
 }
 
-bool Output::CloseFile(bool sync, int64_t time) {
-    openFile_.clear();
-    if (dryRun_) return true;
+bool DirectorySink::DoCloseFile(bool sync, int64_t time) {
     std::string error;
     bool ok = Flush() && (!sync || file_.Sync(&error) || Fail(error)) &&
               (time < 0 || file_.SetTime(time, &error) || Fail(error));
@@ -130,10 +115,8 @@ bool Output::CloseFile(bool sync, int64_t time) {
     return ok;
 }
 
-bool Output::WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
-                          int64_t time) {
-    bytes_ += size;
-    if (dryRun_) return true;
+bool DirectorySink::DoWriteNewFile(const std::string& temporary, const std::string& final, const char* data,
+                                   size_t size, int64_t time) {
     std::string error;
     os::NewFile file;
     if (!file.CreateOrEmpty(root_ + "/" + temporary, &error)) return Fail(error);
@@ -150,9 +133,7 @@ bool Output::WriteNewFile(const std::string& temporary, const std::string& final
     return true;
 }
 
-bool Output::WriteWholeFile(const std::string& relative, const std::string& data) {
-    bytes_ += data.size();
-    if (dryRun_) return true;
+bool DirectorySink::DoWriteWholeFile(const std::string& relative, const std::string& data) {
     const std::string temporary = relative + ".part";
     std::string error;
     os::NewFile file;
@@ -167,7 +148,7 @@ bool Output::WriteWholeFile(const std::string& relative, const std::string& data
     return true;
 }
 
-bool Output::Place(const std::string& temporary, const std::string& final) {
+bool DirectorySink::Place(const std::string& temporary, const std::string& final) {
     const std::string from = root_ + "/" + temporary, to = root_ + "/" + final;
     std::string error;
     Touched(final);
@@ -181,8 +162,7 @@ bool Output::Place(const std::string& temporary, const std::string& final) {
     return Fail(error + " (exists; nothing is overwritten)");
 }
 
-bool Output::Commit() {
-    if (dryRun_) return true;
+bool DirectorySink::Commit() {
     std::string error;
     if (file_.IsOpen() && !Flush()) return false;
     if (file_.IsOpen() && !file_.Sync(&error)) return Fail(error);
@@ -198,6 +178,12 @@ bool Output::Commit() {
     }
     dirtyDirs_.clear();
     return true;
+}
+
+bool DirectorySink::Checkpoint(const JournalState& state) {
+    KillAt(KillPoint::kJournal);
+    std::string error;
+    return journal_.Save(state, &error) || Fail(error);
 }
 
 }  // namespace tqnralm

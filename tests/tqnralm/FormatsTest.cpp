@@ -1,0 +1,161 @@
+// The table of forms and the sinks: each row makes a writer of its kind,
+// the --addresses list parses as the help says, an address form names its
+// files and manifest forms from its row, and a dry run counts exactly what
+// the folder export writes.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "AddressWriter.h"
+#include "DryRunSink.h"
+#include "Formats.h"
+#include "MailWriter.h"
+#include "DirectorySink.h"
+#include "support/WinePrefix.h"
+
+namespace tqnralm {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Names(const std::vector<const Format*>& formats) {
+    std::string out;
+    for (const Format* f : formats) out += (out.empty() ? "" : " ") + std::string(f->name);
+    return out;
+}
+
+TEST(Formats, EachRowMakesAWriterOfItsKind) {
+    for (FormatKind kind : {FormatKind::kMail, FormatKind::kAddress}) {
+        std::set<std::string> names;
+        for (const Format* f : FormatsOf(kind)) {
+            EXPECT_TRUE(names.insert(f->name).second) << f->name;
+            EXPECT_EQ(f, FindFormat(kind, f->name));
+            EXPECT_EQ(kind == FormatKind::kMail, f->mail != nullptr) << f->name;
+            EXPECT_EQ(kind == FormatKind::kAddress, f->address != nullptr) << f->name;
+            const bool made = kind == FormatKind::kMail ? MakeMailWriter(*f) != nullptr : MakeAddressWriter(*f) != nullptr;
+            EXPECT_TRUE(made) << f->name;
+        }
+    }
+    EXPECT_EQ(std::string("mbox"), DefaultMailFormat().name);
+    EXPECT_EQ(nullptr, FindFormat(FormatKind::kAddress, "mbox"));
+}
+
+TEST(Formats, AddressListInTableOrder) {
+    const struct {
+        const char* list;
+        const char* forms;  // nullptr: refused
+    } rows[] = {
+        {"vcard,ldif,csv", "vcard ldif csv"}, {"csv,vcard", "vcard csv"}, {"ldif", "ldif"},
+        {"vcard,vcard", nullptr},             {"", nullptr},              {"vcard,", nullptr},
+        {",csv", nullptr},                    {"VCARD", nullptr},         {"mbox", nullptr},
+        {"vcard ,csv", nullptr},
+    };
+    for (const auto& r : rows) {
+        std::vector<const Format*> forms = FormatsOf(FormatKind::kAddress);
+        const bool ok = ParseFormatList(FormatKind::kAddress, r.list, &forms);
+        EXPECT_EQ(r.forms != nullptr, ok) << r.list;
+        EXPECT_EQ(ok ? r.forms : "", ok ? Names(forms) : "") << r.list;
+    }
+}
+
+TEST(Formats, JoinList) {
+    const struct {
+        std::vector<std::string> items;
+        const char* joined;
+    } rows[] = {{{}, ""}, {{"a"}, "a"}, {{"a", "b"}, "a or b"}, {{"a", "b", "c"}, "a, b or c"}};
+    for (const auto& r : rows) EXPECT_EQ(r.joined, JoinList(r.items, " or "));
+}
+
+TEST(Formats, AddressFilesNamedByTheirRow) {
+    AddressBook book;
+    book.user = "u";
+    book.name = "b";
+    Address a;
+    a[kEmail] = "taro@example.jp";
+    book.top.addresses.push_back(a);
+    AddressBook grouped = book;
+    grouped.top.groups.push_back({"g", {a}, {}});
+    const struct {
+        const char* form;
+        const AddressBook& book;
+        const char* files;  // form:extension ...
+    } rows[] = {
+        {"vcard", book, "vcard:vcf"},
+        {"vcard", grouped, "vcard:vcf vcard-groups:groups.vcf"},
+        {"ldif", grouped, "ldif:ldif"},
+        {"csv", grouped, "csv:csv"},
+    };
+    for (const auto& r : rows) {
+        std::vector<AddressFile> files;
+        MakeAddressWriter(*FindFormat(FormatKind::kAddress, r.form))->Write(LayOut(r.book), &files);
+        std::string got;
+        for (const AddressFile& f : files) {
+            got += (got.empty() ? "" : " ") + f.form + ":" + f.extension;
+            EXPECT_FALSE(f.bytes.empty()) << r.form;
+        }
+        EXPECT_EQ(r.files, got) << r.form;
+    }
+}
+
+// The same steps into a folder and into a dry run: the counts agree after
+// each, and the folder holds what was counted.
+TEST(Sinks, DryRunCountsWhatTheFolderGets) {
+    qvt::WinePrefix scratch;  // a fresh host folder, taken away at the end
+    const std::string root = scratch.Root() + "/out";
+    fs::create_directories(qvt::HostFile(root));
+    DirectorySink folder(root);
+    DryRunSink dry;
+    const std::string message(3000, 'm');
+    for (Sink* sink : {static_cast<Sink*>(&folder), static_cast<Sink*>(&dry)}) {
+        ASSERT_TRUE(sink->MakeDir("a") && sink->MakeDir("a/b") && sink->MakeDir("a"));
+        ASSERT_TRUE(sink->OpenFile("a/box"));
+        ASSERT_TRUE(sink->Write(message) && sink->Write("x", 1));
+        EXPECT_EQ("a/box", sink->openFile());
+        EXPECT_EQ(3001u, sink->offset());
+        ASSERT_TRUE(sink->CloseFile(true, 1205453101));
+        EXPECT_EQ("", sink->openFile());
+        ASSERT_TRUE(sink->WriteNewFile("a/b/1.part", "a/b/1", message.data(), 10, 1205453101));
+        ASSERT_TRUE(sink->WriteWholeFile("a/book.vcf", "card"));
+        ASSERT_TRUE(sink->Commit());
+        EXPECT_EQ(3015u, sink->bytes());
+    }
+    EXPECT_EQ(message + "x", qvt::ReadHostFile(root + "/a/box"));
+    EXPECT_EQ(message.substr(0, 10), qvt::ReadHostFile(root + "/a/b/1"));
+    EXPECT_FALSE(fs::exists(qvt::HostFile(root + "/a/b/1.part")));
+    EXPECT_EQ("card", qvt::ReadHostFile(root + "/a/book.vcf"));
+}
+
+// Nothing stands under its final name before the commit, and nothing that
+// is there is overwritten.
+TEST(Sinks, FolderWritesThenRenamesAndNeverOverwrites) {
+    qvt::WinePrefix scratch;
+    const std::string root = scratch.Root() + "/out";
+    fs::create_directories(qvt::HostFile(root));
+    qvt::WriteHostFile(root + "/taken", "old");
+    DirectorySink folder(root);
+    ASSERT_TRUE(folder.WriteNewFile("new.part", "new", "abc", 3));
+    EXPECT_FALSE(fs::exists(qvt::HostFile(root + "/new")));
+    ASSERT_TRUE(folder.Commit());
+    EXPECT_EQ("abc", qvt::ReadHostFile(root + "/new"));
+
+    const struct {
+        const char* name;
+        bool (*step)(DirectorySink&);
+    } rows[] = {
+        {"growing file", [](DirectorySink& s) { return s.OpenFile("taken"); }},
+        {"whole file", [](DirectorySink& s) { return s.WriteWholeFile("taken", "new"); }},
+        {"new file", [](DirectorySink& s) { return s.WriteNewFile("t.part", "taken", "new", 3) && s.Commit(); }},
+    };
+    for (const auto& r : rows) {
+        DirectorySink sink(root);
+        EXPECT_FALSE(r.step(sink)) << r.name;
+        EXPECT_NE(std::string::npos, sink.error().find("nothing is overwritten")) << r.name << ": " << sink.error();
+        EXPECT_EQ("old", qvt::ReadHostFile(root + "/taken")) << r.name;
+    }
+}
+
+}  // namespace
+}  // namespace tqnralm
