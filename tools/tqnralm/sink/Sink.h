@@ -37,7 +37,8 @@ public:
     // of 0 or more (seconds since 1970, UTC) becomes its time of change.
     bool CloseFile(bool sync, int64_t time = -1);
     // A file that holds just these bytes, changed at `time` as CloseFile
-    // says: it stands as `temporary` until the next Commit, then as `final`.
+    // says: it stands as `temporary` until the next Commit, then as `final`
+    // (a sink that keeps no half-made files needs only `final`).
     bool WriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
                       int64_t time = -1);
     // A file under its final name at once, and lasting when this returns.
