@@ -147,19 +147,12 @@ void MimeStructure::Build(std::string_view text) {
 
 std::string MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf) {
     std::string_view raw = text.substr(leaf.bodyBegin, leaf.bodyEnd - leaf.bodyBegin);
-    std::string bytes;
+    const uint32_t codePage = CodePageOfCharset(leaf.charset);
     switch (leaf.encoding) {
-        case MT_ENC_BASE64:
-            bytes = DecodeBase64Body(raw);
-            break;
-        case MT_ENC_QP:
-            bytes = DecodeQuotedPrintableBody(raw);
-            break;
-        default:
-            bytes.assign(raw);
-            break;
+        case MT_ENC_BASE64: return BytesToCp932(codePage, DecodeBase64Body(raw));
+        case MT_ENC_QP: return BytesToCp932(codePage, DecodeQuotedPrintableBody(raw));
+        default: return BytesToCp932(codePage, raw);  // most mail: converted from the message's own bytes
     }
-    return BytesToCp932(CodePageOfCharset(leaf.charset), bytes);
 }
 
 }  // namespace msg
