@@ -38,12 +38,33 @@ bool DirCache::Find(const std::u16string& key, const std::string& spelling, std:
     auto it = m_folders.find(key);
     if (it == m_folders.end() || it->second.spelling != spelling) return false;
     *host = it->second.host;
+    if (m_last.spelling != spelling) {
+        m_last = it->second;
+        m_lastKey = key;
+    }
     return true;
+}
+
+bool DirCache::FindLast(const std::string& spelling, std::u16string* key, std::string* host) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_last.spelling.empty() || m_last.spelling != spelling) return false;
+    *key = m_lastKey;
+    *host = m_last.host;
+    return true;
+}
+
+// Under the lock. The strings give their memory back: the tests count the
+// blocks the library holds once its folders are forgotten.
+void DirCache::ForgetLast() {
+    std::string().swap(m_last.spelling);
+    std::string().swap(m_last.host);
+    std::u16string().swap(m_lastKey);
 }
 
 void DirCache::Remember(const std::u16string& key, const std::string& spelling, const std::string& host) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_folders.size() >= kMaxFolders && m_folders.count(key) == 0) m_folders.clear();
+    ForgetLast();
     Folder& folder = m_folders[key];
     folder.spelling = spelling;
     folder.host = host;
@@ -52,11 +73,13 @@ void DirCache::Remember(const std::u16string& key, const std::string& spelling, 
 void DirCache::Forget(const std::u16string& key) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_folders.erase(key);
+    ForgetLast();
 }
 
 void DirCache::Clear() {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_folders.clear();
+    ForgetLast();
     m_indexes.clear();
     m_indexedNames = 0;
 }

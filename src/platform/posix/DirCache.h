@@ -24,6 +24,10 @@ public:
     // from the same spelling: two host folders whose names differ only in
     // case stay apart, as the full resolve keeps them.
     bool Find(const std::u16string& key, const std::string& spelling, std::string* host);
+    // What Find gave last, when asked by that spelling again (and its key):
+    // a walk opens every message of a folder, and the folded key of a long
+    // path costs more to make than the open.
+    bool FindLast(const std::string& spelling, std::u16string* key, std::string* host);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
     void Forget(const std::u16string& key);
     // Forgets every folder and index (the tests that count the blocks the
@@ -48,7 +52,11 @@ private:
         std::string host;
     };
 
+    void ForgetLast();
+
     std::mutex m_mutex;
+    Folder m_last;  // Find's last answer, by its spelling; empty when none
+    std::u16string m_lastKey;
     std::unordered_map<std::u16string, Folder> m_folders;
     std::unordered_map<std::string, Index> m_indexes;  // by host folder
     size_t m_indexedNames = 0;

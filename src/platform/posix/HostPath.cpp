@@ -176,23 +176,29 @@ bool SplitPath(const std::string& windows, Split* split) {
     return true;
 }
 
-// The cache's key of the folder made of the first `count` components, in
-// this prefix or drive, and the spelling it was asked by.
-void FolderKey(const Split& split, size_t count, std::u16string* key, std::string* spelling) {
-    *spelling = DriveSource(split.drive);
-    *spelling += '|';
-    *spelling += split.drive != 0 ? split.drive : '.';
+// How the folder made of the first `count` components is asked for, in
+// this prefix or drive; the cache's key is that spelling folded.
+std::string FolderSpelling(const Split& split, size_t count) {
+    std::string spelling = DriveSource(split.drive);
+    spelling += '|';
+    spelling += split.drive != 0 ? split.drive : '.';
     for (size_t i = 0; i < count; ++i) {
-        *spelling += '\\';
-        *spelling += split.parts[i];
+        spelling += '\\';
+        spelling += split.parts[i];
     }
+    return spelling;
+}
+
+void FolderKey(const Split& split, size_t count, std::u16string* key, std::string* spelling) {
+    *spelling = FolderSpelling(split, count);
     *key = Folded(*spelling);
 }
 
 // The host folder cached for the first `count` components (count > 0).
 bool CachedFolder(const Split& split, size_t count, std::u16string* key, std::string* host) {
-    std::string spelling;
-    FolderKey(split, count, key, &spelling);
+    const std::string spelling = FolderSpelling(split, count);
+    if (DirCache::Instance().FindLast(spelling, key, host)) return true;
+    *key = Folded(spelling);
     return DirCache::Instance().Find(*key, spelling, host);
 }
 
