@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "FileNames.h"
+#include "Manifest.h"
 #include "Mbox.h"
 #include "Sha1.h"
 #include "Sha256.h"
@@ -279,6 +281,34 @@ TEST(Hashes, FipsVectors) {
         }
     }
     Sha256::UseProcessorInstructions(true);
+}
+
+// The manifest's rows are encoded by hand: every string must come out as
+// nlohmann-json writes it, invalid UTF-8 (which it replaces) included.
+TEST(Manifest, StringsAsNlohmannJsonWritesThem) {
+    const auto dump = [](const std::string& s) {
+        return Json(s).dump(-1, ' ', false, Json::error_handler_t::replace);
+    };
+    const std::string rows[] = {
+        "", "plain", "q\"uote\\back/slash", std::string("\0\x01\b\t\n\x0B\f\r\x1F\x7F", 11),
+        "\xC2\x80\xDF\xBF", "\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+        "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+        "\xF5\x80\x80\x80", "\x80", "a\xE3\x81", "\xE3\x81\xE3\x81\x82", "\x82\xA0 sjis", "\xFF\xFE",
+    };
+    for (const std::string& row : rows) {
+        std::string out = "x";
+        AppendJsonString(&out, row);
+        EXPECT_EQ("x" + dump(row), out) << dump(row);
+    }
+    std::mt19937 random(25);
+    const char alphabet[] = {'a', '"', '\\', '\n', '\x01', '\x7F', '\x80', '\xBF', '\xC2', '\xE0', '\xED', '\xF0', '\xF4', '\xA0', '\x9F'};
+    for (int i = 0; i < 20000; ++i) {
+        std::string s(random() % 8, 'a');
+        for (char& c : s) c = alphabet[random() % sizeof alphabet];
+        std::string out;
+        AppendJsonString(&out, s);
+        ASSERT_EQ(dump(s), out) << dump(s);
+    }
 }
 
 }  // namespace

@@ -192,44 +192,72 @@ bool MailPass::Replay(const Step& step) {
     return true;
 }
 
+namespace {
+
+// One member of a manifest row, after the first.
+void Member(std::string* row, const char* key, std::string_view value) {
+    *row += ",\"";
+    *row += key;
+    *row += "\":";
+    AppendJsonString(row, value);
+}
+
+void Member(std::string* row, const char* key, bool has, std::string_view value) {
+    if (has) return Member(row, key, value);
+    *row += ",\"";
+    *row += key;
+    *row += "\":null";
+}
+
+void Member(std::string* row, const char* key, uint64_t value) {
+    *row += ",\"";
+    *row += key;
+    *row += "\":";
+    *row += std::to_string(value);
+}
+
+}  // namespace
+
+// The message's manifest row: "index", "message_id", "subject", then where
+// it went and its hashes, or "status" "failed" and the library's code.
 bool MailPass::Message(Step& step, MailTotals* totals) {
-    Json entry = {{"index", step.path}};
-    entry["message_id"] = step.hasId ? Json(step.messageId) : Json(nullptr);
-    entry["subject"] = step.hasSubject ? Json(step.subject) : Json(nullptr);
+    row_ = "{\"index\":";
+    AppendJsonString(&row_, step.path);
+    Member(&row_, "message_id", step.hasId, step.messageId);
     if (step.code != QV_S_OK) {
-        entry["status"] = "failed";
-        entry["code"] = step.code;
+        Member(&row_, "subject", step.hasSubject, step.subject);
+        row_ += ",\"status\":\"failed\",\"code\":" + std::to_string(step.code) + "}";
         ++totals->failed;
         progress_.Step(0);
-    } else {
-        std::string subject;
-        entry["subject"] = DecodeSubject(step.data, &subject) ? Json(subject) : Json(nullptr);
-        const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
-        const std::string& text = rewritten ? rewritten_ : step.data;
-        WrittenMessage written;
-        const uint64_t before = sink_.bytes();
-        if (KillPointReached(KillPoint::kMidMessage)) sink_.KillInNextWrite();
-        if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
-        KillAt(KillPoint::kMessage);
-        if (!written.file.empty()) entry["file"] = written.file;
-        if (written.shared) entry["offset"] = written.offset;
-        entry["length"] = written.length;
-        entry["sha256"] = written.sha256;
-        if (rewritten || written.shared) {
-            Sha256 hash;
-            hash.Update(step.data.data(), step.data.size());
-            entry["library_sha256"] = hash.HexDigest();
-        } else {
-            entry["library_sha256"] = written.sha256;  // the same bytes
-        }
-        entry["headers_rewritten"] = rewritten;
-        if (step.data.empty()) entry["empty"] = true;
-        entry["status"] = "written";
-        ++totals->written;
-        totals->bytes += sink_.bytes() - before;
-        progress_.Step(sink_.bytes() - before);
+        return manifest_ == nullptr || manifest_->AppendEncoded(row_) || sink_.Fail(manifest_->error());
     }
-    return manifest_ == nullptr || manifest_->Append(entry) || sink_.Fail(manifest_->error());
+    const bool hasSubject = DecodeSubject(step.data, &subject_);
+    Member(&row_, "subject", hasSubject, subject_);
+    const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
+    const std::string& text = rewritten ? rewritten_ : step.data;
+    WrittenMessage written;
+    const uint64_t before = sink_.bytes();
+    if (KillPointReached(KillPoint::kMidMessage)) sink_.KillInNextWrite();
+    if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
+    KillAt(KillPoint::kMessage);
+    if (!written.file.empty()) Member(&row_, "file", written.file);
+    if (written.shared) Member(&row_, "offset", written.offset);
+    Member(&row_, "length", written.length);
+    Member(&row_, "sha256", written.sha256);
+    if (rewritten || written.shared) {
+        Sha256 hash;
+        hash.Update(step.data.data(), step.data.size());
+        Member(&row_, "library_sha256", hash.HexDigest());
+    } else {
+        Member(&row_, "library_sha256", written.sha256);  // the same bytes
+    }
+    row_ += rewritten ? ",\"headers_rewritten\":true" : ",\"headers_rewritten\":false";
+    if (step.data.empty()) row_ += ",\"empty\":true";
+    row_ += ",\"status\":\"written\"}";
+    ++totals->written;
+    totals->bytes += sink_.bytes() - before;
+    progress_.Step(sink_.bytes() - before);
+    return manifest_ == nullptr || manifest_->AppendEncoded(row_) || sink_.Fail(manifest_->error());
 }
 
 bool MailPass::Commit(const MailTotals& totals) {

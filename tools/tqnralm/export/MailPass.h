@@ -125,6 +125,7 @@ private:
     std::vector<Batch> spare_;
     bool keepRaw_ = false;
     std::string rewritten_;  // the writer's copy of a message whose header it rewrote
+    std::string subject_, row_;  // the writer's, their buffers kept from message to message
 };
 
 }  // namespace tqnralm

@@ -19,7 +19,77 @@ std::string Nested(const Json& value) {
     return out;
 }
 
+// Past the well-formed UTF-8 sequence that starts at s[i] (a byte of 0x80 or
+// more), or i when it is ill-formed: the ranges of Unicode's table 3-7,
+// which nlohmann-json's decoder takes and no others.
+size_t Utf8End(std::string_view s, size_t i) {
+    const unsigned char b = static_cast<unsigned char>(s[i]);
+    size_t more = 0;
+    unsigned char low = 0x80, high = 0xBF;  // of the second byte
+    if (b >= 0xC2 && b <= 0xDF) {
+        more = 1;
+    } else if (b >= 0xE0 && b <= 0xEF) {
+        more = 2;
+        low = b == 0xE0 ? 0xA0 : 0x80;
+        high = b == 0xED ? 0x9F : 0xBF;
+    } else if (b >= 0xF0 && b <= 0xF4) {
+        more = 3;
+        low = b == 0xF0 ? 0x90 : 0x80;
+        high = b == 0xF4 ? 0x8F : 0xBF;
+    } else {
+        return i;
+    }
+    if (s.size() - i <= more) return i;
+    for (size_t k = 1; k <= more; ++k) {
+        const unsigned char c = static_cast<unsigned char>(s[i + k]);
+        if (c < (k == 1 ? low : 0x80) || c > (k == 1 ? high : 0xBF)) return i;
+    }
+    return i + more + 1;
+}
+
+// The escape nlohmann-json writes for a byte below 0x20, '"' or '\\'.
+void AppendEscape(std::string* out, unsigned char c) {
+    static const char kShort[] = "btn\0fr";  // 0x08 to 0x0D; 0x0B has none
+    out->push_back('\\');
+    if (c == '"' || c == '\\') {
+        out->push_back(static_cast<char>(c));
+    } else if (c >= 0x08 && c <= 0x0D && c != 0x0B) {
+        out->push_back(kShort[c - 0x08]);
+    } else {
+        static const char kHex[] = "0123456789abcdef";
+        out->append("u00");
+        out->push_back(kHex[c >> 4]);
+        out->push_back(kHex[c & 0xF]);
+    }
+}
+
 }  // namespace
+
+void AppendJsonString(std::string* out, std::string_view text) {
+    const size_t start = out->size();
+    out->push_back('"');
+    size_t copied = 0;  // text before this is in `out`
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x80) {
+            const size_t end = Utf8End(text, i);
+            if (end == i) {  // what replaces invalid bytes is nlohmann-json's to say
+                out->resize(start);
+                out->append(Encode(Json(std::string(text)), -1));
+                return;
+            }
+            i = end;
+        } else if (c < 0x20 || c == '"' || c == '\\') {
+            out->append(text.data() + copied, i - copied);
+            AppendEscape(out, c);
+            copied = ++i;
+        } else {
+            ++i;
+        }
+    }
+    out->append(text.data() + copied, text.size() - copied);
+    out->push_back('"');
+}
 
 const char* const Manifest::kFileName = "manifest.json";
 
@@ -58,11 +128,14 @@ bool Manifest::BeginArray(const std::string& key) {
     return Key(key) && Emit("[");
 }
 
-bool Manifest::Append(const Json& element) {
+bool Manifest::Append(const Json& element) { return AppendEncoded(Encode(element, -1)); }
+
+bool Manifest::AppendEncoded(std::string_view element) {
     // One element per line: a large list stays readable and greppable.
-    bool ok = Emit(std::string(firstElement_ ? "\n    " : ",\n    ") + Encode(element, -1));
+    buffer_ += firstElement_ ? "\n    " : ",\n    ";
+    buffer_ += element;
     firstElement_ = false;
-    return ok;
+    return buffer_.size() < (1 << 16) || Commit(nullptr);
 }
 
 bool Manifest::EndArray() { return Emit(firstElement_ ? "]" : "\n  ]"); }

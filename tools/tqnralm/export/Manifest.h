@@ -6,12 +6,16 @@
 //
 // The members in order: those given by Put, arrays given by BeginArray and
 // Append, then "totals", an object that each part of the export adds to.
+// The mail pass writes one element per message: it encodes its elements
+// itself (AppendJsonString), in the bytes nlohmann-json would write, and
+// builds no tree per message.
 #ifndef TQNRALM_TOOL_MANIFEST_H
 #define TQNRALM_TOOL_MANIFEST_H
 
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <string_view>
 
 #include "Os.h"
 
@@ -35,6 +39,8 @@ public:
     // A member whose value is an array, written one element at a time.
     bool BeginArray(const std::string& key);
     bool Append(const Json& element);
+    // The same for an element encoded already, as one line of compact JSON.
+    bool AppendEncoded(std::string_view element);
     bool EndArray();
     // The "totals" member, written by Finish.
     Json& totals() { return totals_; }
@@ -64,6 +70,10 @@ private:
     Json totals_ = Json::object();
     std::string error_;
 };
+
+// Appends `text` as a JSON string: the bytes that nlohmann-json's dump
+// writes for it (UTF-8 kept, invalid bytes replaced).
+void AppendJsonString(std::string* out, std::string_view text);
 
 }  // namespace tqnralm
 
