@@ -35,7 +35,8 @@ TEST(Formats, EachRowMakesAWriterOfItsKind) {
             EXPECT_EQ(f, FindFormat(kind, f->name));
             EXPECT_EQ(kind == FormatKind::kMail, f->mail != nullptr) << f->name;
             EXPECT_EQ(kind == FormatKind::kAddress, f->address != nullptr) << f->name;
-            const bool made = kind == FormatKind::kMail ? MakeMailWriter(*f) != nullptr : MakeAddressWriter(*f) != nullptr;
+            const bool made =
+                kind == FormatKind::kMail ? MakeMailWriter(*f) != nullptr : MakeAddressWriter(*f) != nullptr;
             EXPECT_TRUE(made) << f->name;
         }
     }

@@ -95,7 +95,9 @@ void Window::OnNext() {
     ExportOptions options;
     options.outDir = Utf8(outDir);
     for (size_t i = 0; i < 3; ++i) {
-        if (SendMessageW(radios_[i], BM_GETCHECK, 0, 0) == BST_CHECKED) options.format = FormatsOf(FormatKind::kMail)[i];
+        if (SendMessageW(radios_[i], BM_GETCHECK, 0, 0) == BST_CHECKED) {
+            options.format = FormatsOf(FormatKind::kMail)[i];
+        }
     }
     options.addresses = SendMessageW(addresses_, BM_GETCHECK, 0, 0) == BST_CHECKED;
     // Starting again on the folder of a stopped export goes on with it; a

@@ -6,6 +6,7 @@
 #include "AddressPass.h"
 #include "Commands.h"
 #include "Console.h"
+#include "DirectorySink.h"
 #include "DryRunSink.h"
 #include "ExportPlan.h"
 #include "FileNames.h"
@@ -15,7 +16,6 @@
 #include "MailPass.h"
 #include "MailWriter.h"
 #include "Manifest.h"
-#include "DirectorySink.h"
 #include "Progress.h"
 #include "Sha256.h"
 
@@ -129,7 +129,8 @@ void PrintBooks(const Json& books) {
                   os::DisplayPath(book["same_as"].get<std::string>()).c_str());
         }
         for (const Json& file : book["files"]) {
-            Print(stdout, "%8d  %s\n", book["addresses"]["written"].get<int>(), os::DisplayPath(file["path"].get<std::string>()).c_str());
+            Print(stdout, "%8d  %s\n", book["addresses"]["written"].get<int>(),
+                  os::DisplayPath(file["path"].get<std::string>()).c_str());
         }
     }
 }

@@ -25,7 +25,8 @@ public:
 
     NameRules FolderNames() const override {
         const std::string extension = format_.extension;
-        return {NameStyle::kPlain, {}, [extension](const std::string& folded) { return IsMessageName(folded, extension); }};
+        return {NameStyle::kPlain, {},
+                [extension](const std::string& folded) { return IsMessageName(folded, extension); }};
     }
 
     std::string FolderTarget(const std::string& account, const std::vector<std::string>& names) const override {
