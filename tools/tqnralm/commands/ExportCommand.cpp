@@ -105,6 +105,25 @@ int CheckNewOutDir(const ExportOptions& options) {
     }
 }
 
+// Two exports into one OUTDIR would mix their files and journals: while an
+// export runs it holds OUTDIR, and a second one stops here, before it
+// writes. An OUTDIR that is there is held before the plan, a new one once
+// it is made (Begin).
+int HoldOutDir(const std::string& outDir, os::OutDirLock& lock) {
+    std::string error;
+    switch (lock.Acquire(outDir, &error)) {
+    case os::OutDirLock::Result::kBusy:
+        return Fail("OUTDIR '" + outDir + "' is being written by another export; wait until it ends, " +
+                        "or choose another OUTDIR",
+                    nullptr);
+    case os::OutDirLock::Result::kUnavailable:
+        Print(stderr, "tqnralm: %s: OUTDIR cannot be locked; start no other export into it while this one runs\n",
+              error.c_str());
+        return 0;
+    default: return 0;
+    }
+}
+
 // The source is never written: no OUTDIR inside the store.
 int CheckOutsideStore(const ExportOptions& options, const ExportPlan& plan) {
     const std::vector<os::StoreFolder> store = os::StoreFolders(AccountFolders(plan));
@@ -209,7 +228,7 @@ int Republish(const std::string& outDir, const JournalState& state, DirectorySin
 // Opens the journal and the manifest of a new export, or of the unfinished
 // one in OUTDIR. Returns -1 to go on, else the exit code.
 int Begin(const ExportOptions& options, const Json& header, JournalState* state, Manifest& manifest,
-          DirectorySink& sink) {
+          DirectorySink& sink, os::OutDirLock& lock) {
     const std::string identity = state->identity;
     std::string error;
     switch (sink.journal().Load(state, &error)) {
@@ -227,11 +246,14 @@ int Begin(const ExportOptions& options, const Json& header, JournalState* state,
         break;
     case Journal::Found::kNone:
         if (int exit = CheckNewOutDir(options)) return exit;
-        // The journal first: the temporary manifest it finds is this export's.
-        if (!os::MakeDirectories(options.outDir, &error) || !sink.journal().Save(*state, &error) ||
-            !manifest.Open(options.outDir, &error)) {
-            return Fail(error, nullptr);
+        if (!os::MakeDirectories(options.outDir, &error)) return Fail(error, nullptr);
+        if (!lock.tried()) {
+            // OUTDIR is new: held now, and looked at again under the lock.
+            if (int exit = HoldOutDir(options.outDir, lock)) return exit;
+            return Begin(options, header, state, manifest, sink, lock);
         }
+        // The journal first: the temporary manifest it finds is this export's.
+        if (!sink.journal().Save(*state, &error) || !manifest.Open(options.outDir, &error)) return Fail(error, nullptr);
         break;
     }
     if (state->manifest == 0) {
@@ -278,6 +300,10 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     if (int exit = session.Open()) return exit;
 
     std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
+    os::OutDirLock lock;
+    const os::Folder folder = os::InspectFolder(options.outDir);
+    const bool there = folder == os::Folder::kEmpty || folder == os::Folder::kNotEmpty;
+    if (int exit = !options.dryRun && there ? HoldOutDir(options.outDir, lock) : 0) return exit;
     ExportPlan plan;
     if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
     if (int exit = CheckOutsideStore(options, plan)) return exit;
@@ -288,7 +314,7 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     state.identity = Identity(header, options);
     DirectorySink sink(options.outDir);
     Manifest manifest;
-    if (int exit = Begin(options, header, &state, manifest, sink); exit >= 0) return exit;
+    if (int exit = Begin(options, header, &state, manifest, sink, lock); exit >= 0) return exit;
 
     os::CatchStopSignals();
     Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);

@@ -1,6 +1,7 @@
 // The tests' kill points (see KillPoint.h).
 #include "KillPoint.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,7 +13,7 @@ namespace {
 struct Armed {
     int point = -1;
     long countdown = 0;
-    bool stop = false;  // ask to stop instead of ending the process
+    enum { kKill, kStop, kPause } action = kKill;
 };
 
 Armed Read() {
@@ -28,7 +29,9 @@ Armed Read() {
             armed.point = i;
             char* end = nullptr;
             armed.countdown = std::strtol(colon + 1, &end, 10);
-            armed.stop = std::strcmp(end, ":stop") == 0;
+            armed.action = std::strcmp(end, ":stop") == 0 ? Armed::kStop
+                           : std::strcmp(end, ":pause") == 0 ? Armed::kPause
+                                                              : Armed::kKill;
         }
     }
     return armed;
@@ -50,10 +53,14 @@ bool KillPointReached(KillPoint point) {
 
 void KillAt(KillPoint point) {
     if (!KillPointReached(point)) return;
-    if (Seam().stop) {
-        os::RaiseStop();
-    } else {
-        os::KillSelf();
+    switch (Seam().action) {
+    case Armed::kStop: os::RaiseStop(); break;
+    case Armed::kPause:
+        std::fputs("tqnralm: paused\n", stderr);
+        std::fflush(stderr);
+        for (int c = std::getchar(); c != '\n' && c != EOF;) c = std::getchar();
+        break;
+    default: os::KillSelf();
     }
 }
 

@@ -8,7 +8,9 @@
 //   rename       1: before the finished manifest is renamed into place;
 //                2: after it, before the journal is removed
 //   file         after the Nth address book file was renamed into place
-// POINT:N:stop asks the export to stop there instead, as SIGINT does.
+// POINT:N:stop asks the export to stop there instead, as SIGINT does;
+// POINT:N:pause says "tqnralm: paused" on stderr and waits there for a line
+// on stdin (a test runs a second export meanwhile).
 // Without the variable each point costs one compare.
 #ifndef TQNRALM_TOOL_KILLPOINT_H
 #define TQNRALM_TOOL_KILLPOINT_H

@@ -78,6 +78,33 @@ private:
     std::string path_;
 };
 
+// Holds OUTDIR while one export writes into it, so that a second export
+// into the same folder (another tqnralm, the assistant) is refused before it
+// writes anything. The system drops the lock when the process ends, also
+// when it is killed or the power goes, and no trace of it stays in the
+// finished folder: on POSIX an flock on the folder itself; on Windows the
+// file manifest.json.lock in it, opened for no one else and deleted by the
+// system when its handle closes (InspectFolder does not count it).
+class OutDirLock {
+public:
+    // kUnavailable: the folder's file system has no locks (`error` says
+    // why); the export goes on without one.
+    enum class Result { kHeld, kBusy, kUnavailable };
+
+    OutDirLock() = default;
+    OutDirLock(const OutDirLock&) = delete;
+    OutDirLock& operator=(const OutDirLock&) = delete;
+    ~OutDirLock();
+
+    Result Acquire(const std::string& dir, std::string* error);
+    // Whether Acquire was called, whatever it answered.
+    bool tried() const { return tried_; }
+
+private:
+    intptr_t handle_ = -1;
+    bool tried_ = false;
+};
+
 // One directory: kNew when made, kExists when a directory was there already.
 Created MakeDirectory(const std::string& path, std::string* error);
 // A directory and its missing parents.

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -230,6 +231,23 @@ void OnStopSignal(int signal) {
 }
 
 }  // namespace
+
+OutDirLock::Result OutDirLock::Acquire(const std::string& dir, std::string* error) {
+    tried_ = true;
+    const int fd = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0) {
+        handle_ = fd;
+        return Result::kHeld;
+    }
+    const int cause = errno;
+    if (fd >= 0) close(fd);
+    *error = Describe(dir, std::strerror(cause));
+    return cause == EWOULDBLOCK ? Result::kBusy : Result::kUnavailable;
+}
+
+OutDirLock::~OutDirLock() {
+    if (handle_ != -1) close(static_cast<int>(handle_));
+}
 
 bool NewFile::CreateOrEmpty(const std::string& path, std::string* error) {
     path_ = path;

@@ -78,6 +78,9 @@ std::string Describe(const std::string& path, const std::string& reason) {
     return "'" + DisplayPath(path) + "': " + reason;
 }
 
+// The file that holds OUTDIR (OutDirLock); it lives only while its export runs.
+const wchar_t* const kLockName = L"manifest.json.lock";
+
 HANDLE H(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
 bool IsConsole(HANDLE handle) {
@@ -221,7 +224,8 @@ Folder InspectFolder(const std::string& path) {
     if (find == INVALID_HANDLE_VALUE) return Folder::kNotEmpty;
     Folder result = Folder::kEmpty;
     do {
-        if (std::wcscmp(found.cFileName, L".") != 0 && std::wcscmp(found.cFileName, L"..") != 0) {
+        if (std::wcscmp(found.cFileName, L".") != 0 && std::wcscmp(found.cFileName, L"..") != 0 &&
+            std::wcscmp(found.cFileName, kLockName) != 0) {
             result = Folder::kNotEmpty;
             break;
         }
@@ -411,6 +415,27 @@ bool RenameOver(const std::string& from, const std::string& to, std::string* err
 }
 
 // NTFS keeps its names in its own journal; a directory cannot be flushed.
+OutDirLock::Result OutDirLock::Acquire(const std::string& dir, std::string* error) {
+    tried_ = true;
+    // No sharing: a second export's open fails while this handle lives.
+    // The system closes the handle when the process ends, however it ends,
+    // and then deletes the file.
+    const std::wstring path = Native(dir) + L"\\" + kLockName;
+    HANDLE h = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                           FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (h != INVALID_HANDLE_VALUE) {
+        handle_ = reinterpret_cast<intptr_t>(h);
+        return Result::kHeld;
+    }
+    const bool busy = GetLastError() == ERROR_SHARING_VIOLATION;
+    *error = Describe(dir, LastError());
+    return busy ? Result::kBusy : Result::kUnavailable;
+}
+
+OutDirLock::~OutDirLock() {
+    if (handle_ != -1) CloseHandle(H(handle_));
+}
+
 bool SyncDirectory(const std::string&, std::string*) { return true; }
 
 bool SyncFiles(const std::vector<std::string>& paths, std::string* error) {
