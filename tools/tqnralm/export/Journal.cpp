@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <stdexcept>
 
 #include "Manifest.h"
@@ -13,30 +14,56 @@ namespace tqnralm {
 
 const char* const Journal::kFileName = "manifest.json.journal";
 
+namespace {
+
+// A journal is a few hundred bytes and a path; a larger file is no journal.
+constexpr std::streamsize kMaxSize = 1 << 20;
+
+// A count, time or code as Save writes it: a whole number in T's range.
+// Anything else is damage (nlohmann would convert a fraction, and one out
+// of range undefinedly).
+template <typename T>
+T Whole(const Json& j) {
+    using Limits = std::numeric_limits<T>;
+    if (j.is_number_unsigned() && j.get<uint64_t>() <= static_cast<uint64_t>(Limits::max())) {
+        return static_cast<T>(j.get<uint64_t>());
+    }
+    // nlohmann reads a number without sign as unsigned: this one is negative.
+    if (j.is_number_integer() && !j.is_number_unsigned() && j.get<int64_t>() >= static_cast<int64_t>(Limits::min())) {
+        return static_cast<T>(j.get<int64_t>());
+    }
+    throw std::out_of_range("not a whole number in range");
+}
+
+}  // namespace
+
 Journal::Journal(const std::string& outDir) : dir_(outDir), path_(outDir + "/" + kFileName) {}
 
 Journal::Found Journal::Load(JournalState* s, std::string* error) const {
     if (!os::Exists(path_)) return Found::kNone;
     std::ifstream in(std::filesystem::u8path(path_), std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string text(kMaxSize + 1, '\0');
+    text.resize(static_cast<size_t>(in.read(&text[0], kMaxSize + 1).gcount()));
     const Json j = Json::parse(text, nullptr, false);
     try {
-        if (!in.good() && !in.eof()) throw std::runtime_error("cannot be read");
+        if (in.bad() || (!in.eof() && in.fail()) || text.size() > static_cast<size_t>(kMaxSize)) {
+            throw std::runtime_error("cannot be read");
+        }
         s->identity = j.at("identity").get<std::string>();
-        s->steps = j.at("steps").get<uint64_t>();
-        s->manifest = j.at("manifest").get<uint64_t>();
+        s->steps = Whole<uint64_t>(j.at("steps"));
+        s->manifest = Whole<uint64_t>(j.at("manifest"));
         s->listed = j.at("listed").get<bool>();
         s->folder = j.at("folder").get<std::string>();
-        s->folderLength = j.at("folder_length").get<uint64_t>();
-        s->lastTime = j.at("times").at(0).get<int64_t>();
-        s->newestTime = j.at("times").at(1).get<int64_t>();
+        s->folderLength = Whole<uint64_t>(j.at("folder_length"));
+        s->lastTime = Whole<int64_t>(j.at("times").at(0));
+        s->newestTime = Whole<int64_t>(j.at("times").at(1));
         const Json& t = j.at("totals");
-        s->written = t.at("written").get<int64_t>();
-        s->failed = t.at("failed").get<int64_t>();
-        s->unread = t.at("unread").get<int64_t>();
-        s->bytes = t.at("bytes").get<uint64_t>();
+        s->written = Whole<int64_t>(t.at("written"));
+        s->failed = Whole<int64_t>(t.at("failed"));
+        s->unread = Whole<int64_t>(t.at("unread"));
+        s->bytes = Whole<uint64_t>(t.at("bytes"));
         s->finished = j.at("finished").get<bool>();
-        s->exit = j.at("exit").get<int>();
+        s->exit = Whole<int>(j.at("exit"));
     } catch (const std::exception&) {
         *error = "'" + path_ + "' is damaged; remove OUTDIR's unfinished export and start again";
         return Found::kUnreadable;
