@@ -9,7 +9,8 @@ each kill no file under a final name may hold anything but whole messages,
 and the same command run again must leave a tree byte-identical to an
 uninterrupted export, manifest included, with nothing of the journal left.
 Then: a stop by SIGINT (exit 130 and a summary), another store or other
-options refused (exit 4), and a disk that fills and frees again.
+options refused (exit 4), a second export into an OUTDIR that one is
+writing refused (exit 4), and a disk that fills and frees again.
 """
 import json
 import os
@@ -124,14 +125,37 @@ def stop_and_refusals(prefix, work, ref):
     journal = os.path.join(out, "manifest.json.journal")
     with open(journal, "rb") as f:
         kept = f.read()
-    with open(journal, "wb") as f:
-        f.write(kept[:len(kept) // 2])
-    damaged = run(prefix, out)
-    check(damaged.returncode == 4 and b"is damaged" in damaged.stderr, f"a cut journal: {damaged.stderr!r}")
+    for what, damage in (("cut", kept[:len(kept) // 2]),
+                         ("a fraction", re.sub(rb'"steps":\d+', b'"steps":1e30', kept)),
+                         ("a negative length", re.sub(rb'"manifest":\d+', b'"manifest":-1', kept))):
+        with open(journal, "wb") as f:
+            f.write(damage)
+        damaged = run(prefix, out)
+        check(damaged.returncode == 4 and b"is damaged" in damaged.stderr, f"a journal {what}: {damaged.stderr!r}")
     with open(journal, "wb") as f:
         f.write(kept)
     check(run(prefix, out).returncode == 0 and tree_files(out) == ref, "SIGINT, then the rerun")
     check(run(prefix, out).returncode == 4, "a finished export is not written again")
+
+
+def two_exports(prefix, work, ref):
+    """While one export writes OUTDIR (paused at a kill point) another is
+    refused before it writes; the first then ends as if alone, and its lock
+    leaves nothing in the tree. (A killed export's lock goes with it: every
+    rerun in kill_and_resume takes OUTDIR again.)"""
+    out = os.path.join(work, "two")
+    env = dict(os.environ, WINEPREFIX=prefix, TQNRALM_KILL_AT="message:2:pause")
+    first = subprocess.Popen([TOOL, "export", out, "--format", FMT, "--quiet"], env=env, stdin=subprocess.PIPE,
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    check(first.stderr.readline() == b"tqnralm: paused\n", "the first export pauses")
+    before = tree_files(out)
+    for args in ((), ("--force",)):
+        second = run(prefix, out, *args)
+        check(second.returncode == 4 and b"being written by another export" in second.stderr,
+              f"a second export {args}: exit {second.returncode} {second.stderr!r}")
+    check(tree_files(out) == before, "the refused exports wrote nothing")
+    _, err = first.communicate(b"\n", timeout=300)
+    check(first.returncode == 0 and tree_files(out) == ref, f"the first export, let go on: {err!r}")
 
 
 def full_disk(work):
@@ -176,5 +200,6 @@ with tempfile.TemporaryDirectory(prefix="tqnralm-resume-") as work:
     reference = tree_files(ref_out)
     kill_and_resume(prefix, work, reference, tree_times(ref_out))
     stop_and_refusals(prefix, work, reference)
+    two_exports(prefix, work, reference)
     full_disk(work)
 sys.exit(1 if failures else 0)
