@@ -17,7 +17,7 @@
 
 #include "Journal.h"
 #include "Manifest.h"
-#include "Output.h"
+#include "DirectorySink.h"
 
 namespace {
 
@@ -60,12 +60,12 @@ void Reopen(const JournalState& state, const std::string& partial, const std::st
         Check(resumed == (state.manifest <= partial.size()));
         if (resumed) Check(Get("manifest.json.partial") == partial.substr(0, state.manifest));
     }
-    Output output(g_dir, false);
-    output.SetResuming();
-    const bool reopened = output.ReopenFile("mbox", state.folderLength);
+    DirectorySink sink(g_dir);
+    sink.SetResuming();
+    const bool reopened = sink.ReopenFile("mbox", state.folderLength);
     Check(reopened == (state.folderLength <= mbox.size()));
     if (reopened) {
-        Check(output.Write("From x\n") && output.CloseFile(false));
+        Check(sink.Write("From x\n") && sink.CloseFile(false));
         Check(Get("mbox") == mbox.substr(0, state.folderLength) + "From x\n");
     }
 }
