@@ -1,9 +1,11 @@
 // The table of forms and the sinks: each row makes a writer of its kind,
 // the --addresses list parses as the help says, an address form names its
-// files and manifest forms from its row, and a dry run counts exactly what
-// the folder export writes.
+// files and manifest forms from its row (and declares each extension, by
+// which book names are cut), and a dry run counts exactly what the folder
+// export writes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -91,11 +93,14 @@ TEST(Formats, AddressFilesNamedByTheirRow) {
     };
     for (const auto& r : rows) {
         std::vector<AddressFile> files;
-        MakeAddressWriter(*FindFormat(FormatKind::kAddress, r.form))->Write(LayOut(r.book), &files);
+        const auto writer = MakeAddressWriter(*FindFormat(FormatKind::kAddress, r.form));
+        writer->Write(LayOut(r.book), &files);
+        const std::vector<std::string> declared = writer->Extensions();
         std::string got;
         for (const AddressFile& f : files) {
             got += (got.empty() ? "" : " ") + f.form + ":" + f.extension;
             EXPECT_FALSE(f.bytes.empty()) << r.form;
+            EXPECT_NE(declared.end(), std::find(declared.begin(), declared.end(), f.extension)) << f.extension;
         }
         EXPECT_EQ(r.files, got) << r.form;
     }

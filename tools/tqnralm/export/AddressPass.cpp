@@ -1,6 +1,7 @@
 // AddressPass.cpp - the address books of the plan's users into the sink.
 #include "AddressPass.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 
@@ -46,6 +47,28 @@ bool WriteBookFiles(const AddressBookOutput& book, const std::string& stem, Sink
     return true;
 }
 
+// How a user's books are named beside each other. Every address form
+// counts, chosen or not, so that a book's files have the same names
+// whichever forms an export writes: a name is cut so that the longest
+// extension still fits in a component, and a book "x", which writes
+// x.groups.vcf too, keeps the name "x.groups" from another book.
+struct BookNames {
+    size_t longest = 0;  // bytes of the longest ".extension"
+    std::vector<std::string> companions;
+};
+
+BookNames BookNamesOfAllForms() {
+    BookNames names;
+    for (const Format* form : FormatsOf(FormatKind::kAddress)) {
+        for (const std::string& extension : MakeAddressWriter(*form)->Extensions()) {
+            names.longest = std::max(names.longest, 1 + extension.size());
+            const size_t last = extension.rfind('.');
+            if (last != std::string::npos) names.companions.push_back("." + extension.substr(0, last));
+        }
+    }
+    return names;
+}
+
 }  // namespace
 
 bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms, Sink& sink, Json* books,
@@ -57,6 +80,7 @@ bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms
     // and two users may share a folder. The interface does not say which file
     // a book was read from, but a file read twice gives equal books.
     std::map<std::string, std::string> written;
+    const BookNames bookNames = BookNamesOfAllForms();
     for (UserPlan& user : plan.users) {
         UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, writers);
         totals->books.failed += out.failedBooks;
@@ -67,8 +91,7 @@ bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms
         if (out.books.empty()) continue;
         const std::string dir = user.dir + "/addresses";
         if (!sink.MakeDir(user.dir) || !sink.MakeDir(dir)) return false;
-        // A book "x" writes x.groups.vcf too, so a book "x.groups" is another name.
-        SiblingNames names(NameRules{NameStyle::kPlain, {".groups"}, nullptr});
+        SiblingNames names(NameRules{NameStyle::kPlain, bookNames.companions, nullptr});
         for (const AddressBookOutput& book : out.books) {
             ++totals->books.written;
             auto same = book.digest.empty() ? written.end() : written.find(book.digest);
@@ -80,8 +103,8 @@ bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms
                                   {"files", Json::array()}});
                 continue;
             }
-            // The longest extension still fits in a component.
-            const std::string stem = dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - 11));
+            const std::string stem =
+                dir + "/" + names.Claim(CutUtf8(book.name, kMaxComponentBytes - bookNames.longest));
             if (!book.digest.empty()) written.emplace(book.digest, stem);
             Json files = Json::array();
             if (!WriteBookFiles(book, stem, sink, &files, totals)) return false;

@@ -26,6 +26,8 @@ public:
     virtual ~AddressWriter() = default;
     // Appends the book's files in this form.
     virtual void Write(const BookLayout& book, std::vector<AddressFile>* files) const = 0;
+    // The extension of every file it may write for a book.
+    virtual std::vector<std::string> Extensions() const { return {format_.extension}; }
 
 protected:
     // A file under the form's own name and extension.

@@ -181,10 +181,13 @@ public:
     void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
         files->push_back(File(WriteVCard(book)));
         if (!book.lists.empty()) {
-            files->push_back({format_.name + std::string("-groups"), std::string("groups.") + format_.extension,
-                              WriteVCardGroups(book)});
+            files->push_back({format_.name + std::string("-groups"), Groups(), WriteVCardGroups(book)});
         }
     }
+    std::vector<std::string> Extensions() const override { return {format_.extension, Groups()}; }
+
+private:
+    std::string Groups() const { return std::string("groups.") + format_.extension; }
 };
 
 }  // namespace
