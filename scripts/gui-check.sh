@@ -4,10 +4,15 @@
 # Runs the x86_64 migration assistant under wine64 and Xvfb with a Japanese
 # locale, in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
 # of each step into OUT (default WIN64_BUILD/gui-check) for a person to look
-# at. Three runs:
+# at (step 5: the last step showing the Thunderbird steps; step 6: Explorer
+# opened on a problem). Five runs:
 #   export   the sample store (samplestore --machine win64): the assistant's
 #            export must equal `tqnralm.exe export` of the same store, byte
 #            for byte, manifest included;
+#   users    two of the three users, as Maildir: equal to the command line's
+#            export with --user and --format;
+#   damaged  the damaged sample store: equal too, and in the last step its
+#            first problem is double-clicked (Explorer opens on its folder);
 #   resume   Cancel as soon as the export begins (exit 130), a second walk
 #            on the same folder stopped after its third message, and a third
 #            that goes on from there: again equal;
@@ -62,7 +67,7 @@ walk() {
   WINEPREFIX=$prefix timeout 300 $wine64 "$win/bin/tqnralm-gui.exe" --walk "$(windows_path "$dir")" \
     --shots "$(windows_path "$shots")" "$@" >"$out/$name.log" 2>&1 &
   local pid=$! step
-  for step in 1 2 3 4; do
+  for step in 1 2 3 4 5 6; do
     local waited=0
     while [ ! -e "$shots/step$step.ready" ] && kill -0 $pid 2>/dev/null && [ $waited -lt 1200 ]; do
       sleep 0.1; waited=$((waited + 1))
@@ -76,9 +81,11 @@ walk() {
   echo $rc
 }
 
-cli_export() {  # PREFIX OUTDIR
-  (cd "$out" && WINEPREFIX=$1 timeout 300 $wine64 "$win/bin/tqnralm.exe" export "$(windows_path "$2")" --quiet \
-     >/dev/null 2>"$out/cli.err"); echo $?
+cli_export() {  # PREFIX OUTDIR [ARG...]
+  local prefix=$1 dir=$2
+  shift 2
+  (cd "$out" && WINEPREFIX=$prefix timeout 300 $wine64 "$win/bin/tqnralm.exe" export "$(windows_path "$dir")" \
+     --quiet "$@" >/dev/null 2>>"$out/cli.err"); echo $?
 }
 
 status=0
@@ -95,6 +102,22 @@ rc=$(walk export "$prefix" "$out/gui")
 check "the assistant exports the sample store (exit $rc) as the command line does (exit $cli)" \
   test "$rc" = "$cli" -a "$rc" -le 1
 check "the assistant's export equals the command line's, manifest included" diff -r "$out/cli" "$out/gui"
+
+cli2=$(cli_export "$prefix" "$out/cli-users" --format maildir --user 0 --user 2)
+rc=$(walk users "$prefix" "$out/gui-users" --format maildir --users 0,2)
+check "the assistant exports two users as Maildir (exit $rc) as the command line does (exit $cli2)" \
+  test "$rc" = "$cli2" -a "$rc" -le 1
+check "the two users' export equals the command line's" diff -r "$out/cli-users" "$out/gui-users"
+
+damaged=$out/damaged
+"$linux/bin/samplestore" --machine win64 "$damaged" damaged >/dev/null || { echo "gui-check: samplestore failed" >&2; exit 2; }
+WINEPREFIX=$damaged timeout 120 $wine64 wineboot -u >/dev/null 2>&1
+cli2=$(cli_export "$damaged" "$out/cli-damaged")
+rc=$(walk damaged "$damaged" "$out/gui-damaged" --show-problem)
+check "the assistant exports the damaged store (exit $rc) as the command line does (exit $cli2)" \
+  test "$rc" = "$cli2" -a "$rc" = 1
+check "the damaged store's export equals the command line's" diff -r "$out/cli-damaged" "$out/gui-damaged"
+WINEPREFIX=$damaged "$wineserver" -k >/dev/null 2>&1
 
 rc=$(walk cancel "$prefix" "$out/resumed" --cancel)
 check "Cancel stops the export (exit $rc)" test "$rc" = 130

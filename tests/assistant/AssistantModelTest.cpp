@@ -24,10 +24,11 @@ FolderPlan Folder(const std::string& name, std::vector<std::string> path, int64_
     return folder;
 }
 
-TEST(AssistantFound, EachRowCountsTheMessagesBelowIt) {
+TEST(AssistantFound, EachRowCountsWhatLiesBelowIt) {
     ExportPlan plan;
     plan.users.resize(2);
     UserPlan& taro = plan.users[0];
+    taro.index = "0";
     taro.name = "Taro";
     taro.accounts.resize(2);
     AccountPlan& work = taro.accounts[0];
@@ -41,26 +42,72 @@ TEST(AssistantFound, EachRowCountsTheMessagesBelowIt) {
     shared.name = "C:%5cAL-Mail%5cAccount2";
     shared.sameAs = "0/0";
     shared.folders.push_back(Folder("never shown", {"x"}, 100));
+    plan.users[1].index = "1";
     plan.users[1].name = "%2fHanako";
+    // As the dry run lists them: a book read twice is written once.
+    const Json books = Json::parse(R"([
+        {"user":"0","name":"Default","addresses":{"written":4,"failed":1}},
+        {"user":"1","name":"Friends","addresses":{"written":2}},
+        {"user":"1","name":"Default","same_as":"Taro/addresses/Default"},
+        {"user":"7","name":"no such user","addresses":{"written":50}}])");
 
-    const Found found = FoundFromPlan(plan);
+    ChooseLanguage(0x0409);
+    const Found found = FoundFromPlan(plan, books);
     const struct {
         int depth;
-        const char* text;
-        int64_t messages;
+        const char* label;
     } rows[] = {
-        {0, "Taro", 26}, {1, "Work#", 26}, {2, "inbox", 15}, {3, "2008", 12},
-        {4, "Q1", 7},    {2, "sent", 11},  {1, "Account2", 0}, {0, "/Hanako", 0},
+        {0, "Taro (26)"}, {1, "Work# (26)"}, {2, "inbox (15)"}, {3, "2008 (12)"}, {4, "Q1 (7)"},
+        {2, "sent (11)"}, {1, "Account2 (0)"}, {1, "Default (4 addresses)"}, {0, "/Hanako (0)"},
+        {1, "Friends (2 addresses)"}, {1, "Default (the same as another book; written once)"},
     };
     ASSERT_EQ(std::size(rows), found.rows.size());
     for (size_t i = 0; i < found.rows.size(); ++i) {
         EXPECT_EQ(rows[i].depth, found.rows[i].depth) << i;
-        EXPECT_EQ(rows[i].text, found.rows[i].text) << i;
-        EXPECT_EQ(rows[i].messages, found.rows[i].messages) << i;
+        EXPECT_EQ(rows[i].label, Label(found.rows[i])) << i;
     }
     EXPECT_EQ(2, found.users);
     EXPECT_EQ(4, found.folders);
     EXPECT_EQ(26, found.messages);
+    EXPECT_EQ(2, found.books);
+    EXPECT_EQ(6, found.addresses);
+}
+
+// The manifest's share (half a kilobyte a message) counts against the space.
+TEST(AssistantSpace, TotalsAndAWarningWhenShort) {
+    const struct {
+        const char* name;
+        int exit;
+        int64_t messages;
+        uint64_t bytes;
+        bool freeKnown;
+        uint64_t free;
+        const char* line;
+        bool shortOfSpace;
+    } rows[] = {
+        {"counting", -1, 0, 0, true, 5000000, "Counting what the export will write... 5.0 MB free on the destination.",
+         false},
+        {"room", 0, 40, 1500000, true, 9000000000,
+         "40 messages, 1.5 MB to write; 9000.0 MB free on the destination.", false},
+        {"just room", 1, 1000, 1000000, true, 1512000,
+         "1000 messages, 1.0 MB to write; 1.5 MB free on the destination.", false},
+        {"short by the manifest", 0, 1000, 1000000, true, 1400000,
+         "1000 messages, 1.0 MB to write; 1.4 MB free on the destination.\n"
+         "The destination is 0.1 MB short of space: choose another folder or free some space.",
+         true},
+        {"unknown free space", 0, 3, 10, false, 0, "3 messages, 0.0 MB to write; ? MB free on the destination.",
+         false},
+    };
+    ChooseLanguage(0x0409);
+    for (const auto& row : rows) {
+        PlanTotals plan;
+        plan.exit = row.exit;
+        plan.messages = row.messages;
+        plan.bytes = row.bytes;
+        const SpaceCheck check = CheckSpace(plan, row.freeKnown, row.free);
+        EXPECT_EQ(row.line, check.line) << row.name;
+        EXPECT_EQ(row.shortOfSpace, check.shortOfSpace) << row.name;
+    }
 }
 
 TEST(AssistantProgress, LineInEitherLanguage) {
@@ -125,21 +172,31 @@ TEST(AssistantStrings, FormatFillsPlaceholdersOnly) {
     EXPECT_EQ("The export failed (code 4).", Format(Text::kDoneFailed, {"4", "unused"}));
 }
 
+// Each problem points at the output of the deepest written item above it;
+// failed messages follow what could not be read.
 TEST(AssistantManifest, TotalsAndProblems) {
+    const char* users = R"("users":[{"index":"0","path":"Taro","accounts":[{"index":"0/0","path":"Taro/Work",
+        "folders":[{"index":"0/0/1","path":"Taro/Work/inbox"},{"index":"0/0/10","path":"Taro/Work/sent"}]}]}],)";
+    using P = std::vector<std::pair<std::string, std::string>>;
     const struct {
         const char* name;
-        const char* manifest;
+        std::string manifest;
         bool read;
         int64_t written, failed, unread;
-        std::vector<std::string> problems;
+        P problems;
     } rows[] = {
         {"whole",
-         R"({"totals":{"written":12,"failed":1,"unread":2},"problems":[{"index":"0/1","item":"account","code":-5}]})",
-         true, 12, 1, 2, {"account 0/1 (code -5)"}},
+         std::string("{") + users + R"("totals":{"written":12,"failed":1,"unread":2},"problems":[
+             {"index":"0/0/10/3","item":"message","code":-5},{"index":"0/0/2","item":"folder","code":-6},
+             {"index":"1","item":"user","code":-7}],
+             "messages":[{"index":"0/0/1/0","status":"written"},{"index":"0/0/1/4","status":"failed","code":-8}]})",
+         true, 12, 1, 2,
+         P{{"message 0/0/10/3 (code -5)", "Taro/Work/sent"}, {"folder 0/0/2 (code -6)", "Taro/Work"},
+           {"user 1 (code -7)", ""}, {"message 0/0/1/4 (code -8)", "Taro/Work/inbox"}}},
         {"no problems member", R"({"totals":{"written":3}})", true, 3, 0, 0, {}},
         {"counts of the wrong type", R"({"totals":{"written":"3","failed":1.5}})", true, 0, 0, 0, {}},
-        {"a problem missing its members", R"({"totals":{},"problems":[{"item":"folder"},7]})", true, 0, 0, 0,
-         {"folder ? (code ?)"}},
+        {"a problem missing its members", R"({"totals":{},"problems":[{"item":"folder"},7],"users":3})", true, 0,
+         0, 0, P{{"folder ? (code ?)", ""}}},
         {"no totals", R"({"messages":[]})", false, 0, 0, 0, {}},
         {"cut short", R"({"totals":{"written":12)", false, 0, 0, 0, {}},
         {"empty", "", false, 0, 0, 0, {}},
@@ -150,7 +207,9 @@ TEST(AssistantManifest, TotalsAndProblems) {
         EXPECT_EQ(row.written, totals.written) << row.name;
         EXPECT_EQ(row.failed, totals.failed) << row.name;
         EXPECT_EQ(row.unread, totals.unread) << row.name;
-        EXPECT_EQ(row.problems, totals.problems) << row.name;
+        P problems;
+        for (const DoneProblem& p : totals.problems) problems.emplace_back(p.text, p.path);
+        EXPECT_EQ(row.problems, problems) << row.name;
     }
 }
 

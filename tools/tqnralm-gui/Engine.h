@@ -1,7 +1,8 @@
 // The assistant's work, on threads of its own so that the window never
-// waits: the walk that finds the mail, and the export (the command line's
-// own, RunExport). Each ends with a message posted to the window; the
-// export's progress is posted as it goes, one message waiting at a time.
+// waits: the walk that finds the mail, the dry run that sizes an export, and
+// the export (the command line's own, RunExport). Each ends with a message
+// posted to the window; the export's progress is posted as it goes, one
+// message waiting at a time.
 #ifndef TQNRALM_GUI_ENGINE_H
 #define TQNRALM_GUI_ENGINE_H
 
@@ -9,6 +10,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
+#include <string>
 #include <thread>
 
 #include "Model.h"
@@ -22,15 +25,20 @@ namespace gui {
 constexpr UINT kFoundMessage = WM_APP + 1;
 constexpr UINT kProgressMessage = WM_APP + 2;
 constexpr UINT kExportedMessage = WM_APP + 3;
+constexpr UINT kPlannedMessage = WM_APP + 4;
 
 class Engine : public ProgressListener {
 public:
     explicit Engine(HWND window) : window_(window) {}
-    ~Engine() override { Join(); }
+    ~Engine() override;
 
     void Find();
     // The found tree, read after kFoundMessage.
     const Found& found() const { return found_; }
+    // The dry run of an export with these options: what it would write.
+    void Plan(ExportOptions options);
+    bool planning() const { return planning_; }
+    const PlanTotals& planned() const { return planned_; }
     void Export(ExportOptions options);
     // Asks the export to stop after the message it writes (it stays resumable).
     void Cancel();
@@ -39,18 +47,25 @@ public:
     int64_t done() const { return done_; }
     int64_t total() const { return total_; }
     uint64_t bytes() const { return bytes_; }
+    std::string folder() const;
     void Taken() { pending_ = false; }
     void OnProgress(int64_t done, int64_t total, uint64_t bytes) override;
+    void OnFolder(const std::string& target);
 
 private:
     void Join();
+    void Post(UINT message, WPARAM wParam);
 
     HWND window_;
     std::thread thread_;
     Found found_;
+    PlanTotals planned_;
+    std::atomic<bool> planning_{false};
     std::atomic<int64_t> done_{0}, total_{0};
     std::atomic<uint64_t> bytes_{0};
     std::atomic<bool> pending_{false};
+    mutable std::mutex folderMutex_;
+    std::string folder_;
 };
 
 }  // namespace gui

@@ -27,8 +27,11 @@ const Row kRows[] = {
      "AL-Mail32's data is only read, never changed."},
     {Text::kNotInstalled, "このコンピューターには AL-Mail32 が見つかりませんでした。",
      "AL-Mail32 was not found on this computer."},
-    {Text::kFoundTotals, "ユーザー %1 人、フォルダー %2 個、メール %3 通",
-     "%1 users, %2 folders, %3 messages"},
+    {Text::kFoundTotals, "ユーザー %1 人、フォルダー %2 個、メール %3 通、アドレス帳 %4 冊、アドレス %5 件",
+     "%1 users, %2 folders, %3 messages, %4 address books, %5 addresses"},
+    {Text::kBookRow, "%1 (アドレス %2 件)", "%1 (%2 addresses)"},
+    {Text::kBookSame, "%1 (ほかのアドレス帳と同じ内容。1 回だけ書き出します)",
+     "%1 (the same as another book; written once)"},
     {Text::kDestination, "書き出し先のフォルダー(&D):", "&Destination folder:"},
     {Text::kBrowse, "参照(&B)...", "&Browse..."},
     {Text::kFormat, "形式", "Format"},
@@ -42,22 +45,55 @@ const Row kRows[] = {
     {Text::kFormatEmlHint, "1 通ずつ 1 ファイル。Outlook やほかのメールソフトで開けます。",
      "One file per message, for Outlook and other mail programs."},
     {Text::kAddressBooks, "アドレス帳も書き出す(&A)", "Export the &address books too"},
-    {Text::kFreeSpace, "書き出すメール %1 通。書き出し先の空き %2 MB。",
-     "%1 messages to write; %2 MB free on the destination."},
+    {Text::kUsers, "書き出すユーザー(&U):", "&Users to export:"},
+    {Text::kNoUsers, "ユーザーを 1 人以上選んでください。", "Choose at least one user."},
+    {Text::kCounting, "書き出す量を数えています... 書き出し先の空き %1 MB。",
+     "Counting what the export will write... %1 MB free on the destination."},
+    {Text::kPlanTotals, "書き出すメール %1 通、%2 MB。書き出し先の空き %3 MB。",
+     "%1 messages, %2 MB to write; %3 MB free on the destination."},
+    {Text::kShortOfSpace, "空きが %1 MB 足りません。ほかの書き出し先を選ぶか、空きを作ってください。",
+     "The destination is %1 MB short of space: choose another folder or free some space."},
     {Text::kChooseFolder, "書き出し先のフォルダーを選んでください。", "Choose the folder to export into."},
     {Text::kNeedFolder, "書き出し先のフォルダーを入力してください。", "Enter the folder to export into."},
     {Text::kProgress, "%1 / %2 通、%3 MB、毎秒 %4 通、残り %5",
      "%1 of %2 messages, %3 MB, %4 messages/s, %5 left"},
+    {Text::kFolderNow, "書き込み中: %1", "Writing: %1"},
     {Text::kStopping, "止めています...", "Stopping..."},
     {Text::kDoneTotals, "書き出し %1 通、失敗 %2 通、読めなかったもの %3 通",
      "%1 written, %2 failed, %3 unread"},
     {Text::kDoneOk, "すべてのメールを書き出しました。", "All mail was exported."},
-    {Text::kDoneProblems, "読めなかったものがあります。一覧は manifest.json にあります。",
-     "Some items could not be read; manifest.json lists them."},
+    {Text::kDoneProblems,
+     "読めなかったものがあります (manifest.json にも記録)。ダブルクリックでその場所を開きます。",
+     "Some items could not be read (manifest.json lists them too). Double-click one to show its place."},
     {Text::kDoneStopped, "止めました。同じフォルダーでもう一度始めると続きから書き出します。",
      "Stopped. Start again on the same folder to go on from there."},
     {Text::kDoneFailed, "書き出せませんでした (コード %1)。", "The export failed (code %1)."},
     {Text::kOpenFolder, "フォルダーを開く(&O)", "&Open the folder"},
+    {Text::kThunderbird, "Thunderbird への読み込み方(&T)", "Into &Thunderbird"},
+    {Text::kThunderbirdSteps,
+     "Thunderbird に読み込むには (Thunderbird (mbox) 形式で書き出したとき):\r\n"
+     "1. Thunderbird を終了します。\r\n"
+     "2. エクスプローラーのアドレス欄に %APPDATA%\\Thunderbird\\Profiles と入力して Enter を押し、"
+     "名前に .default を含むフォルダーの中の Mail\\Local Folders を開きます。\r\n"
+     "3. %1 の中の <ユーザー>\\<アカウント> フォルダーを、そこへ「<アカウント>.sbd」という名前でコピーし、"
+     "その横に拡張子のない空のファイル「<アカウント>」を作ります。\r\n"
+     "   (または <アカウント> フォルダーの中の mbox ファイルをそのまま Local Folders へコピーします。)\r\n"
+     "4. Thunderbird を起動すると、ローカルフォルダーの下にアカウントがフォルダーとして現れ、"
+     "その下にメールのフォルダーが並びます。\r\n"
+     "アドオン ImportExportTools NG でも mbox ファイルを 1 つずつ読み込めます (mbox ファイルをインポート)。\r\n\r\n"
+     "アドレス帳: Thunderbird の [ツール] > [インポート] > [アドレス帳] で、<ユーザー>\\addresses の "
+     ".ldif ファイルを選びます (メーリングリストと読みがなも残ります)。.groups.vcf は読み込まないでください。",
+     "To open the mail in Thunderbird (exported as Thunderbird (mbox)):\r\n"
+     "1. Quit Thunderbird.\r\n"
+     "2. Type %APPDATA%\\Thunderbird\\Profiles into Explorer's address bar, press Enter, and open "
+     "Mail\\Local Folders in the folder whose name holds .default.\r\n"
+     "3. Copy each <user>\\<account> folder of %1 there under the name \"<account>.sbd\", and beside it "
+     "make an empty file \"<account>\" without an extension.\r\n"
+     "   (Or copy the mbox files inside the <account> folder straight into Local Folders.)\r\n"
+     "4. Start Thunderbird: the account shows as a folder of Local Folders, with its mail folders below it.\r\n"
+     "The add-on ImportExportTools NG also imports each mbox file (Import mbox file).\r\n\r\n"
+     "Address books: in Thunderbird, Tools > Import > Address Books, choose the .ldif file in "
+     "<user>\\addresses (it keeps the mailing lists and the readings). Never import the .groups.vcf."},
 };
 
 static_assert(sizeof kRows / sizeof kRows[0] == static_cast<size_t>(Text::kCount), "a row for every text");

@@ -23,7 +23,9 @@ enum class Text {
     kSearching,
     kReadOnly,
     kNotInstalled,
-    kFoundTotals,      // %1 users, %2 folders, %3 messages
+    kFoundTotals,      // %1 users, %2 folders, %3 messages, %4 address books, %5 addresses
+    kBookRow,          // %1 the book, %2 its addresses
+    kBookSame,         // %1 the book
     kDestination,
     kBrowse,
     kFormat,
@@ -34,10 +36,15 @@ enum class Text {
     kFormatEml,
     kFormatEmlHint,
     kAddressBooks,
-    kFreeSpace,        // %1 messages to write, %2 MB free on the destination
+    kUsers,
+    kNoUsers,
+    kCounting,         // %1 MB free on the destination
+    kPlanTotals,       // %1 messages, %2 MB to write, %3 MB free
+    kShortOfSpace,     // %1 MB missing
     kChooseFolder,
     kNeedFolder,
     kProgress,         // %1 of %2 messages, %3 MB, %4 messages/s, %5 left
+    kFolderNow,        // %1 the folder being written
     kStopping,
     kDoneTotals,       // %1 written, %2 failed, %3 unread
     kDoneOk,
@@ -45,6 +52,8 @@ enum class Text {
     kDoneStopped,
     kDoneFailed,       // %1 the exit code
     kOpenFolder,
+    kThunderbird,
+    kThunderbirdSteps,  // %1 the destination folder
     kCount  // not a text
 };
 

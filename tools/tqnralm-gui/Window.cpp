@@ -28,7 +28,7 @@ bool Window::Create(HINSTANCE instance, int show) {
     if (!RegisterClassExW(&wc)) return false;
     hwnd_ = CreateWindowExW(WS_EX_CONTROLPARENT, kClass, Wide(Str(Text::kTitle)).c_str(),
                             WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX, CW_USEDEFAULT, CW_USEDEFAULT,
-                            560, 440, nullptr, nullptr, instance, this);
+                            600, 500, nullptr, nullptr, instance, this);
     if (hwnd_ == nullptr) return false;
     dpi_ = GetDpiForWindow(hwnd_);
     MakeControls();
@@ -72,22 +72,38 @@ void Window::MakeControls() {
     SendMessageW(radios_[walk_.format < 3 ? walk_.format : 0], BM_SETCHECK, BST_CHECKED, 0);
     addresses_ = Control(L"BUTTON", Str(Text::kAddressBooks), WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, kIdAddresses);
     SendMessageW(addresses_, BM_SETCHECK, BST_CHECKED, 0);
+    usersLabel_ = Control(L"STATIC", Str(Text::kUsers), SS_LEFT, -1);
+    users_ = CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
+                             WS_CHILD | WS_TABSTOP | WS_GROUP | LVS_REPORT | LVS_NOCOLUMNHEADER | LVS_SINGLESEL |
+                                 LVS_SHOWSELALWAYS,
+                             0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdUsers)), nullptr,
+                             nullptr);
+    ListView_SetExtendedListViewStyle(users_, LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT);
+    LVCOLUMNW column = {};
+    column.mask = LVCF_WIDTH;
+    column.cx = MulDiv(540, static_cast<int>(dpi_), 96);
+    SendMessageW(users_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
     space_ = Control(L"STATIC", "", SS_LEFT, -1);
-    pages_[kWhere] = {destLabel_, dest_, browse_, formatBox_, radios_[0], radios_[1], radios_[2],
-                      hints_[0],  hints_[1], hints_[2], addresses_, space_};
+    pages_[kWhere] = {destLabel_, dest_,      browse_,     formatBox_, radios_[0], radios_[1], radios_[2],
+                      hints_[0],  hints_[1], hints_[2], usersLabel_, users_,     addresses_, space_};
 
     progress_ = Control(PROGRESS_CLASSW, "", 0, -1);
     SendMessageW(progress_, PBM_SETRANGE32, 0, 1000);
     progressText_ = Control(L"STATIC", "", SS_LEFT, -1);
-    pages_[kExport] = {progress_, progressText_};
+    folderNow_ = Control(L"STATIC", "", SS_LEFT | SS_PATHELLIPSIS, -1);
+    pages_[kExport] = {progress_, progressText_, folderNow_};
 
     doneTotals_ = Control(L"STATIC", "", SS_LEFT, -1);
     doneState_ = Control(L"STATIC", "", SS_LEFT, -1);
     problems_ = CreateWindowExW(WS_EX_CLIENTEDGE, L"LISTBOX", L"", WS_CHILD | WS_TABSTOP | WS_VSCROLL | LBS_NOTIFY,
                                 0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdProblems)),
                                 nullptr, nullptr);
+    steps_ = CreateWindowExW(WS_EX_CLIENTEDGE, L"EDIT", L"",
+                             WS_CHILD | WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, 0, 0,
+                             0, 0, hwnd_, nullptr, nullptr, nullptr);
     openFolder_ = Control(L"BUTTON", Str(Text::kOpenFolder), WS_TABSTOP | BS_PUSHBUTTON, kIdOpen);
-    pages_[kDone] = {doneTotals_, doneState_, problems_, openFolder_};
+    thunderbird_ = Control(L"BUTTON", Str(Text::kThunderbird), WS_TABSTOP | BS_PUSHBUTTON, kIdThunderbird);
+    pages_[kDone] = {doneTotals_, doneState_, problems_, openFolder_, thunderbird_};
 
     next_ = Control(L"BUTTON", Str(Text::kNext), WS_TABSTOP | BS_DEFPUSHBUTTON | WS_VISIBLE | WS_DISABLED, kIdNext);
     cancel_ = Control(L"BUTTON", Str(Text::kCancel), WS_TABSTOP | BS_PUSHBUTTON | WS_VISIBLE, kIdCancel);
@@ -118,20 +134,22 @@ void Window::Layout() {
         const int d = static_cast<int>(dpi_);
         MoveWindow(control, MulDiv(x, d, 96), MulDiv(y, d, 96), MulDiv(w, d, 96), MulDiv(h, d, 96), TRUE);
     };
-    RECT client = {0, 0, MulDiv(560, static_cast<int>(dpi_), 96), MulDiv(440, static_cast<int>(dpi_), 96)};
+    RECT client = {0, 0, MulDiv(600, static_cast<int>(dpi_), 96), MulDiv(500, static_cast<int>(dpi_), 96)};
     AdjustWindowRectEx(&client, GetWindowLongW(hwnd_, GWL_STYLE), FALSE, GetWindowLongW(hwnd_, GWL_EXSTYLE));
     SetWindowPos(hwnd_, nullptr, 0, 0, client.right - client.left, client.bottom - client.top,
                  SWP_NOMOVE | SWP_NOZORDER);
-    at(heading_, 16, 12, 528, 26);
-    at(readOnly_, 16, 46, 528, 20), at(tree_, 16, 70, 528, 290), at(foundTotals_, 16, 366, 528, 20);
-    at(destLabel_, 16, 48, 528, 20), at(dest_, 16, 70, 420, 26), at(browse_, 444, 69, 100, 28);
-    at(formatBox_, 16, 106, 528, 180);
-    for (int i = 0; i < 3; ++i) at(radios_[i], 32, 128 + i * 52, 500, 22), at(hints_[i], 52, 150 + i * 52, 480, 20);
-    at(addresses_, 16, 296, 528, 24), at(space_, 16, 328, 528, 44);
-    at(progress_, 16, 80, 528, 24), at(progressText_, 16, 114, 528, 44);
-    at(doneTotals_, 16, 48, 528, 20), at(doneState_, 16, 72, 528, 40), at(problems_, 16, 116, 528, 200);
-    at(openFolder_, 16, 326, 220, 30);
-    at(next_, 336, 396, 100, 30), at(cancel_, 444, 396, 100, 30);
+    at(heading_, 16, 12, 568, 26);
+    at(readOnly_, 16, 46, 568, 20), at(tree_, 16, 70, 568, 338), at(foundTotals_, 16, 414, 568, 36);
+    at(destLabel_, 16, 46, 568, 20), at(dest_, 16, 68, 460, 26), at(browse_, 484, 67, 100, 28);
+    at(formatBox_, 16, 100, 568, 158);
+    for (int i = 0; i < 3; ++i) at(radios_[i], 32, 118 + i * 46, 540, 22), at(hints_[i], 52, 139 + i * 46, 520, 20);
+    at(usersLabel_, 16, 266, 568, 20), at(users_, 16, 286, 568, 70);
+    at(addresses_, 16, 360, 568, 24), at(space_, 16, 388, 568, 60);
+    at(progress_, 16, 80, 568, 24), at(progressText_, 16, 114, 568, 44), at(folderNow_, 16, 162, 568, 22);
+    at(doneTotals_, 16, 46, 568, 20), at(doneState_, 16, 68, 568, 40);
+    at(problems_, 16, 112, 568, 290), at(steps_, 16, 112, 568, 290);
+    at(openFolder_, 16, 410, 220, 30), at(thunderbird_, 244, 410, 260, 30);
+    at(next_, 376, 456, 100, 30), at(cancel_, 484, 456, 100, 30);
 }
 
 void Window::Show(Step step) {
@@ -144,7 +162,9 @@ void Window::Show(Step step) {
     EnableWindow(next_, step == kFound ? found_ : step == kWhere);
     ShowWindow(next_, step == kDone ? SW_HIDE : SW_SHOW);
     SetText(cancel_, Str(step == kDone ? Text::kClose : Text::kCancel));
-    if (step == kWhere) ShowFreeSpace();
+    ShowWindow(steps_, step == kDone && showingSteps_ ? SW_SHOW : SW_HIDE);
+    if (step == kDone && (showingSteps_ || problemPaths_.empty())) ShowWindow(problems_, SW_HIDE);
+    if (step == kWhere) RequestPlan();
     SetFocus(step == kWhere ? dest_ : step == kDone ? openFolder_ : step == kExport ? cancel_ : next_);
 }
 
@@ -154,18 +174,21 @@ std::wstring Window::OutDir() const {
     return text;
 }
 
-// The free space where the folder is (or will be): its nearest existing parent.
-void Window::ShowFreeSpace() {
+// The export's size from the dry run, against the free space where the
+// folder is (or will be: its nearest existing parent).
+void Window::ShowSpace() {
+    bool all = false;
+    if (CheckedUsers(&all).empty()) return SetText(space_, Str(Text::kNoUsers));
     std::wstring path = OutDir();
     ULARGE_INTEGER free = {};
     while (!path.empty() && !GetDiskFreeSpaceExW(path.c_str(), &free, nullptr, nullptr)) {
         const size_t slash = path.find_last_of(L"\\/");
         path = slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
     }
-    const int64_t messages = engine_ ? engine_->found().messages : 0;
-    SetText(space_, path.empty() ? Str(Text::kChooseFolder)
-                                 : Format(Text::kFreeSpace, {std::to_string(messages),
-                                                             std::to_string(free.QuadPart / 1000000)}));
+    if (OutDir().empty()) return SetText(space_, Str(Text::kChooseFolder));
+    PlanTotals plan = engine_->planned();
+    if (engine_->planning() || planDirty_) plan.exit = -1;
+    SetText(space_, CheckSpace(plan, !path.empty(), free.QuadPart).line);
 }
 
 }  // namespace gui

@@ -17,15 +17,17 @@
 namespace tqnralm {
 namespace gui {
 
-// The answers of a test run: the destination and format, and a folder where
-// the window writes "stepN.ready" when step N is shown and settled, and
-// goes on when "stepN.go" appears there (the test takes its screenshot in
-// between).
+// The answers of a test run: the destination, format and users, and a
+// folder where the window writes "stepN.ready" when step N is shown and
+// settled, and goes on when "stepN.go" appears there (the test takes its
+// screenshot in between).
 struct Walk {
     bool on = false;
     std::wstring outDir, shots;
     size_t format = 0;  // the mail form's place among FormatsOf(FormatKind::kMail), as the buttons stand
-    bool cancel = false;  // Cancel as soon as the export has begun
+    std::vector<int> users;     // the users left checked; empty: all
+    bool cancel = false;        // Cancel as soon as the export has begun
+    bool showProblem = false;   // double-click the first problem at the end
 };
 
 class Window {
@@ -39,7 +41,7 @@ public:
 private:
     enum Step { kFound, kWhere, kExport, kDone };
     enum Id { kIdNext = IDOK, kIdCancel = IDCANCEL, kIdBrowse = 100, kIdDest, kIdMbox, kIdMaildir, kIdEml,
-              kIdAddresses, kIdOpen, kIdProblems, kIdTree };
+              kIdAddresses, kIdOpen, kIdProblems, kIdTree, kIdUsers, kIdThunderbird };
     static constexpr UINT_PTR kWalkTimer = 1;
     static LRESULT CALLBACK Proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
@@ -53,29 +55,41 @@ private:
     void OnFound(int exit);
     void OnProgress();
     void OnExported(int exit);
-    void ShowFreeSpace();
+    void OnPlanned();
+    void OnUsersChanged(const NMHDR* header);
+    void FillUsers();
+    std::vector<int> CheckedUsers(bool* all) const;
+    ExportOptions Chosen() const;
+    void RequestPlan();
+    void ShowSpace();
     void Browse();
     void OpenFolder();
+    void ShowProblem(int item);
+    void ToggleSteps();
     std::wstring OutDir() const;
+    int WalkStage() const;
     void WalkTick();
+    void WalkOn();
 
     Walk walk_;
     HWND hwnd_ = nullptr;
     std::unique_ptr<Engine> engine_;
     Step step_ = kFound;
     bool searched_ = false, found_ = false, exporting_ = false;
+    bool planDirty_ = false, filling_ = false, showingSteps_ = false, problemShown_ = false;
     int findExit_ = -1;
     int exportExit_ = -1;
-    int walkReady_ = -1;  // the step whose ready file was written
-    std::chrono::steady_clock::time_point started_;
+    int walkReady_ = -1;  // the stage whose ready file was written
+    std::chrono::steady_clock::time_point started_, shownAt_;
     HFONT font_ = nullptr, bold_ = nullptr;
     UINT dpi_ = 96;
     // Controls: the heading and the buttons, then each step's own.
     HWND heading_, next_, cancel_;
     HWND readOnly_, tree_, foundTotals_;
-    HWND destLabel_, dest_, browse_, formatBox_, radios_[3], hints_[3], addresses_, space_;
-    HWND progress_, progressText_;
-    HWND doneTotals_, doneState_, problems_, openFolder_;
+    HWND destLabel_, dest_, browse_, formatBox_, radios_[3], hints_[3], usersLabel_, users_, addresses_, space_;
+    HWND progress_, progressText_, folderNow_;
+    HWND doneTotals_, doneState_, problems_, steps_, openFolder_, thunderbird_;
+    std::vector<std::string> problemPaths_;  // beside each line of problems_
     std::vector<HWND> pages_[4];
 };
 

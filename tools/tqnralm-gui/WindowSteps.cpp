@@ -16,7 +16,7 @@ void AddRows(HWND tree, const Found& found) {
     std::vector<HTREEITEM> parents;
     for (const FoundRow& row : found.rows) {
         parents.resize(row.depth);
-        const std::wstring text = Wide(row.text + " (" + std::to_string(row.messages) + ")");
+        const std::wstring text = Wide(Label(row));
         TVINSERTSTRUCTW item = {};
         item.hParent = parents.empty() ? TVI_ROOT : parents.back();
         item.hInsertAfter = TVI_LAST;
@@ -47,6 +47,8 @@ LRESULT Window::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case kFoundMessage: OnFound(static_cast<int>(wParam)); return 0;
     case kProgressMessage: OnProgress(); return 0;
     case kExportedMessage: OnExported(static_cast<int>(wParam)); return 0;
+    case kPlannedMessage: OnPlanned(); return 0;
+    case WM_NOTIFY: OnUsersChanged(reinterpret_cast<const NMHDR*>(lParam)); return 0;
     case WM_TIMER: WalkTick(); return 0;
     case WM_DPICHANGED: {
         dpi_ = HIWORD(wParam);
@@ -72,7 +74,11 @@ void Window::OnCommand(int id, int code) {
     if (id == kIdNext) return OnNext();
     if (id == kIdBrowse) return Browse();
     if (id == kIdOpen) return OpenFolder();
-    if (id == kIdDest && code == EN_CHANGE) return ShowFreeSpace();
+    if (id == kIdThunderbird) return ToggleSteps();
+    if (id == kIdProblems && code == LBN_DBLCLK)
+        return ShowProblem(static_cast<int>(SendMessageW(problems_, LB_GETCURSEL, 0, 0)));
+    if (id == kIdDest && code == EN_CHANGE) return ShowSpace();
+    if (id >= kIdMbox && id <= kIdAddresses && code == BN_CLICKED) return RequestPlan();
     if (id != kIdCancel) return;
     if (exporting_) {
         SetText(progressText_, Str(Text::kStopping));
@@ -92,14 +98,13 @@ void Window::OnNext() {
         SetFocus(dest_);
         return;
     }
-    ExportOptions options;
-    options.outDir = Utf8(outDir);
-    for (size_t i = 0; i < 3; ++i) {
-        if (SendMessageW(radios_[i], BM_GETCHECK, 0, 0) == BST_CHECKED) {
-            options.format = FormatsOf(FormatKind::kMail)[i];
-        }
+    bool all = false;
+    if (CheckedUsers(&all).empty()) {
+        MessageBoxW(hwnd_, Wide(Str(Text::kNoUsers)).c_str(), Wide(Str(Text::kTitle)).c_str(), MB_ICONWARNING);
+        SetFocus(users_);
+        return;
     }
-    options.addresses = SendMessageW(addresses_, BM_GETCHECK, 0, 0) == BST_CHECKED;
+    ExportOptions options = Chosen();
     // Starting again on the folder of a stopped export goes on with it; a
     // folder that holds other files gets the export added (nothing is
     // overwritten).
@@ -108,6 +113,7 @@ void Window::OnNext() {
     started_ = std::chrono::steady_clock::now();
     SendMessageW(progress_, PBM_SETPOS, 0, 0);
     SetText(progressText_, ProgressLine(0, engine_->found().messages, 0, 0));
+    SetText(folderNow_, "");
     Show(kExport);
     EnableWindow(next_, FALSE);
     engine_->Export(options);
@@ -123,7 +129,9 @@ void Window::OnFound(int exit) {
     if (found_) {
         AddRows(tree_, found);
         SetText(foundTotals_, Format(Text::kFoundTotals, {std::to_string(found.users), std::to_string(found.folders),
-                                                          std::to_string(found.messages)}));
+                                                          std::to_string(found.messages), std::to_string(found.books),
+                                                          std::to_string(found.addresses)}));
+        FillUsers();
     }
     if (step_ == kFound) Show(kFound);
 }
@@ -134,6 +142,9 @@ void Window::OnProgress() {
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
     SendMessageW(progress_, PBM_SETPOS, total > 0 ? static_cast<WPARAM>(done * 1000 / total) : 0, 0);
     SetText(progressText_, ProgressLine(done, total, engine_->bytes(), seconds));
+    std::string folder = engine_->folder();
+    for (char& c : folder) c = c == '/' ? '\\' : c;
+    SetText(folderNow_, folder.empty() ? std::string() : Format(Text::kFolderNow, {folder}));
 }
 
 void Window::OnExported(int exit) {
@@ -152,9 +163,12 @@ void Window::OnExported(int exit) {
                         : exit == kExitStopped    ? Str(Text::kDoneStopped)
                                                   : Format(Text::kDoneFailed, {std::to_string(exit)}));
     SendMessageW(problems_, LB_RESETCONTENT, 0, 0);
-    for (const std::string& problem : totals.problems) {
-        SendMessageW(problems_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(problem).c_str()));
+    problemPaths_.clear();
+    for (const DoneProblem& problem : totals.problems) {
+        SendMessageW(problems_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(problem.text).c_str()));
+        problemPaths_.push_back(problem.path);
     }
+    SetText(steps_, Format(Text::kThunderbirdSteps, {Utf8(OutDir())}));
     // A test run shows the export's last state until its screenshot is taken.
     if (!walk_.on) Show(kDone);
 }
@@ -182,24 +196,70 @@ void Window::Browse() {
 
 void Window::OpenFolder() { ShellExecuteW(hwnd_, L"open", OutDir().c_str(), nullptr, nullptr, SW_SHOWNORMAL); }
 
-// A test run: step N settled writes stepN.ready, stepN.go moves on (the last
-// step's closes the window).
+// A problem's place: Explorer with the file or folder written above it
+// selected (an mbox file, a Maildir or EML folder), else the destination.
+void Window::ShowProblem(int item) {
+    if (item < 0 || static_cast<size_t>(item) >= problemPaths_.size() || problemPaths_[item].empty())
+        return OpenFolder();
+    std::wstring path = OutDir() + L"\\" + Wide(problemPaths_[item]);
+    for (wchar_t& c : path) c = c == L'/' ? L'\\' : c;
+    const std::wstring args = L"/select,\"" + path + L"\"";
+    ShellExecuteW(hwnd_, nullptr, L"explorer.exe", args.c_str(), nullptr, SW_SHOWNORMAL);
+}
+
+// The Thunderbird steps in place of the problems, and back.
+void Window::ToggleSteps() {
+    showingSteps_ = !showingSteps_;
+    ShowWindow(steps_, showingSteps_ ? SW_SHOW : SW_HIDE);
+    ShowWindow(problems_, showingSteps_ || problemPaths_.empty() ? SW_HIDE : SW_SHOW);
+}
+
+// A test run: stage N settled writes stepN.ready, stepN.go moves on. The
+// last step is stage 4, stage 5 has the Thunderbird steps shown and stage 6
+// Explorer open on the first problem (with --show-problem); the last
+// stage's go closes the window.
+int Window::WalkStage() const {
+    if (step_ != kDone) return static_cast<int>(step_);
+    return problemShown_ ? 5 : showingSteps_ ? 4 : 3;
+}
+
 void Window::WalkTick() {
-    const bool ready = step_ == kFound ? searched_ : step_ != kExport || exportExit_ >= 0;
-    const std::wstring base = walk_.shots + L"\\step" + std::to_wstring(static_cast<int>(step_) + 1);
-    if (ready && walkReady_ != step_) {
+    const int stage = WalkStage();
+    const bool ready = stage == 0   ? searched_
+                       : stage == 1 ? !engine_->planning() && !planDirty_
+                       : stage == 2 ? exportExit_ >= 0
+                       : stage == 5 ? std::chrono::steady_clock::now() - shownAt_ > std::chrono::seconds(3)
+                                    : true;
+    const std::wstring base = walk_.shots + L"\\step" + std::to_wstring(stage + 1);
+    if (ready && walkReady_ != stage) {
         if (FILE* f = _wfopen((base + L".ready").c_str(), L"wb")) std::fclose(f);
-        walkReady_ = step_;
+        walkReady_ = stage;
     }
-    if (walkReady_ != step_ || !FileExists(base + L".go")) return;
-    switch (step_) {
-    case kFound:
+    if (walkReady_ != stage || !FileExists(base + L".go")) return;
+    WalkOn();
+}
+
+void Window::WalkOn() {
+    switch (WalkStage()) {
+    case 0:
         if (found_) OnNext();
         else DestroyWindow(hwnd_);  // nothing to export: the run ends here
         break;
-    case kWhere: OnNext(); break;
-    case kExport: Show(kDone); break;
-    case kDone: DestroyWindow(hwnd_); break;
+    case 1: OnNext(); break;
+    case 2: Show(kDone); break;
+    case 3: ToggleSteps(); break;
+    case 4:
+        if (walk_.showProblem && !problemPaths_.empty()) {
+            ToggleSteps();
+            SendMessageW(problems_, LB_SETCURSEL, 0, 0);
+            ShowProblem(0);
+            problemShown_ = true;
+            shownAt_ = std::chrono::steady_clock::now();
+            break;
+        }
+        DestroyWindow(hwnd_);
+        break;
+    default: DestroyWindow(hwnd_); break;
     }
 }
 

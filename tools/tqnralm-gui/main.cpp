@@ -1,10 +1,12 @@
 // tqnralm-gui - the migration assistant: one window that finds the mail
 // client's data on this machine, shows it, exports it with the host's own
 // export and says what arrived. For a test run:
-//   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--cancel]
+//   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--users 0,2]
+//                   [--cancel] [--show-problem]
 // walks the steps with these answers (Window.h) and exits with the export's code.
 #include "WindowsApi.h"
 
+#include <cwchar>
 #include <string>
 #include <vector>
 
@@ -31,6 +33,14 @@ tqnralm::gui::Walk ParseWalk() {
             for (size_t n = 0; n < names.size(); ++n) {
                 if (f == std::wstring(names[n].begin(), names[n].end())) walk.format = n;
             }
+        } else if (arg == L"--users" && hasValue) {
+            for (const wchar_t* p = argv[++i]; *p != L'\0';) {
+                wchar_t* end = nullptr;
+                walk.users.push_back(static_cast<int>(std::wcstol(p, &end, 10)));
+                p = *end == L',' ? end + 1 : end + (*end != L'\0');
+            }
+        } else if (arg == L"--show-problem") {
+            walk.showProblem = true;
         } else if (arg == L"--cancel") {
             walk.cancel = true;
         }
@@ -43,7 +53,8 @@ tqnralm::gui::Walk ParseWalk() {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     tqnralm::gui::ChooseLanguage(GetUserDefaultUILanguage());
-    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS | ICC_STANDARD_CLASSES};
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TREEVIEW_CLASSES | ICC_LISTVIEW_CLASSES | ICC_PROGRESS_CLASS |
+                                                         ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);  // the folder picker
     tqnralm::gui::Window window(ParseWalk());
