@@ -214,20 +214,22 @@ TEST(AssistantManifest, TotalsAndProblems) {
 }
 
 // The export tells its listener of every message, written or failed, with
-// the running totals.
+// the running totals, and of each folder before its messages.
 TEST(AssistantProgress, ListenerSeesEveryStep) {
     struct Recorder : ProgressListener {
         std::vector<std::string> calls;
         void OnProgress(int64_t done, int64_t total, uint64_t bytes) override {
             calls.push_back(std::to_string(done) + "/" + std::to_string(total) + " " + std::to_string(bytes));
         }
+        void OnFolder(const std::string& target) override { calls.push_back(target); }
     } recorder;
     Progress progress(false, 3);
     progress.Step(10);  // before anyone listens
     progress.Listen(&recorder);
     progress.Step(0);
+    progress.Folder("Taro/Work/inbox");
     progress.Step(5);
-    EXPECT_EQ((std::vector<std::string>{"2/3 10", "3/3 15"}), recorder.calls);
+    EXPECT_EQ((std::vector<std::string>{"2/3 10", "Taro/Work/inbox", "3/3 15"}), recorder.calls);
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ public:
     std::string folder() const;
     void Taken() { pending_ = false; }
     void OnProgress(int64_t done, int64_t total, uint64_t bytes) override;
-    void OnFolder(const std::string& target);
+    void OnFolder(const std::string& target) override;
 
 private:
     void Join();

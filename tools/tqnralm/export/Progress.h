@@ -17,6 +17,8 @@ class ProgressListener {
 public:
     virtual ~ProgressListener() = default;
     virtual void OnProgress(int64_t done, int64_t total, uint64_t bytes) = 0;
+    // A folder's messages come next: its path relative to OUTDIR.
+    virtual void OnFolder(const std::string& target) { (void)target; }
 };
 
 class Progress {
@@ -27,6 +29,10 @@ public:
     void Step(uint64_t bytes);
     // Tells `listener` (may be null) of each step from now on.
     void Listen(ProgressListener* listener) { listener_ = listener; }
+    // The folder whose messages come next, told to the listener.
+    void Folder(const std::string& target) {
+        if (listener_ != nullptr) listener_->OnFolder(target);
+    }
     // Clears the status line and prints the summary; a dry run's counts
     // are what would be written.
     void Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes);
