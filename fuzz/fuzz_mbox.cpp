@@ -59,7 +59,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string from = tqnralm::FromLine(text, size, dated ? time : -1);
     Require(from.compare(0, 5, "From ") == 0 && from.find('\n') == from.size() - 1);
     std::string value;
-    if (tqnralm::HeaderValue(text, size, "Date", &value)) Require(tqnralm::AsctimeUtc(value).size() == 24);
+    if (tqnralm::HeaderValue(text, size, "Date", &value)) {
+        Require(tqnralm::AsctimeUtc(value).size() == 24);
+        // The quick reading of a common date gives what the general one gives.
+        int64_t quick = 0, general = 0;
+        tqnralm::QuickDates(false);
+        const bool read = tqnralm::ParseDate(value, &general);
+        tqnralm::QuickDates(true);
+        Require(tqnralm::ParseDate(value, &quick) == read && (!read || quick == general));
+    }
 
     std::string body;
     tqnralm::AppendMboxrd(text, size, body);

@@ -78,6 +78,32 @@ TEST(Mboxrd, DateInUtcAsAsctime) {
     for (const auto& row : rows) EXPECT_EQ(row.asctime, AsctimeUtc(row.date)) << row.date;
 }
 
+// The quick reading of a common date must give what the general one gives,
+// or leave the date to it: dates made of near-misses of every part.
+TEST(Mboxrd, QuickDatesAgreeWithTheGeneralReading) {
+    const std::vector<std::vector<std::string>> parts = {
+        {"", "Fri, ", "fri ", "Fri,", "1 ", ",,"},
+        {"14", "1", "01", "0", "32", "29", "31", "123", "x", "+1"},
+        {" Mar ", " mar ", " Feb ", " Apr ", " Ma ", " March ", ",Mar,", "\tJun\t"},
+        {"2008", "1999", "99", "49", "50", "104", "2000", "1899", "20081", "2"},
+        {" 09:05:01", " 9:5:1", " 23:59:60", " 24:00", " 12:34", " 12:34:", " 12:345", " 1:2:3x", " +9:00:00", " 12:00:00\v"},
+        {"", " +0900", " -0530", " +2400", " +0960", " +09", " +09000", " GMT", " +0900 (JST)", " +0900 x", " +0900,", " <x>"},
+    };
+    std::mt19937 random(5);
+    for (int n = 0; n < 20000; ++n) {
+        std::string date;
+        for (const auto& choices : parts) date += choices[random() % choices.size()];
+        int64_t quick = -1, general = -1;
+        QuickDates(true);
+        const bool quickRead = ParseDate(date, &quick);
+        QuickDates(false);
+        const bool generalRead = ParseDate(date, &general);
+        ASSERT_EQ(generalRead, quickRead) << date;
+        ASSERT_EQ(general, quick) << date;
+    }
+    QuickDates(true);
+}
+
 TEST(Mboxrd, MessageTimeFromDateElseReceived) {
     const int64_t k2008 = 1205453101;  // Fri, 14 Mar 2008 00:05:01 UTC
     const struct {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 namespace tqnralm {
@@ -129,7 +130,70 @@ std::string Trim(const std::string& s) {
     return s.substr(b, e - b);
 }
 
+bool g_quickDates = true;
+
+bool IsDateSeparator(char c) { return c == ' ' || c == '\t' || c == ',' || c == '\r' || c == '\n'; }
+
+// Reads 1 to `most` digits at d[*i] as a number; false when there are none.
+bool Digits(std::string_view d, size_t* i, size_t most, int* value) {
+    const size_t start = *i;
+    *value = 0;
+    while (*i < d.size() && *i - start < most && d[*i] >= '0' && d[*i] <= '9') *value = *value * 10 + (d[(*i)++] - '0');
+    return *i > start;
+}
+
+// The day, month, year, time and zone of a date of the common form, each
+// checked as the general reading checks it. False, and the general reading
+// decides, for any other form, and for a date that fails a check.
+bool QuickDate(std::string_view d, int64_t* seconds) {
+    if (d.find_first_of("(\"<") != std::string_view::npos) return false;  // comments, quotes, brackets
+    size_t i = 0;
+    const auto skip = [&] { while (i < d.size() && IsDateSeparator(d[i])) ++i; };
+    const auto wordEnds = [&] { return i == d.size() || IsDateSeparator(d[i]); };
+    skip();
+    if (i < d.size() && std::isalpha(static_cast<unsigned char>(d[i]))) {  // the day of the week
+        while (!wordEnds()) ++i;
+        skip();
+    }
+    int day = 0, year = 0, hh = 0, mm = 0, ss = 0, zone = 0, month = -1;
+    size_t from = i;
+    if (!Digits(d, &i, 2, &day) || !wordEnds()) return false;
+    skip();
+    for (int m = 0; m < 12 && i + 3 <= d.size(); ++m) {
+        if (EqualNoCase(d.data() + i, 3, kMonths[m])) month = m + 1;
+    }
+    i += 3;
+    if (month < 0 || !wordEnds()) return false;
+    skip();
+    from = i;
+    if (!Digits(d, &i, 4, &year) || !wordEnds() || i - from < 2) return false;
+    if (i - from == 2) year += year < 50 ? 2000 : 1900;
+    else if (i - from == 3) year += 1900;
+    skip();
+    if (!Digits(d, &i, 2, &hh) || i == d.size() || d[i++] != ':' || !Digits(d, &i, 2, &mm)) return false;
+    if (i < d.size() && d[i] == ':' && (++i, !Digits(d, &i, 2, &ss))) return false;
+    if (!wordEnds()) return false;
+    skip();
+    if (i < d.size()) {
+        const char sign = d[i++];
+        from = i;
+        if ((sign != '+' && sign != '-') || !Digits(d, &i, 4, &zone) || i - from != 4 || !wordEnds()) return false;
+        skip();
+        if (i != d.size() || zone / 100 > 23 || zone % 100 > 59) return false;
+        zone = (sign == '-' ? -1 : 1) * (zone / 100 * 60 + zone % 100);
+    }
+    static const int kLength[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (day < 1 || day > kLength[month - 1] || (month == 2 && day == 29 && !leap) || year < 1900 || hh > 23 ||
+        mm > 59 || ss > 60)
+        return false;
+    *seconds = DaysFromCivil(year, month, day) * 86400 + hh * 3600 + mm * 60 + ss - zone * 60;
+    return true;
+}
+
 }  // namespace
+
+void QuickDates(bool quick) { g_quickDates = quick; }
 
 bool HeaderValue(const char* data, size_t size, const char* name, std::string* value) {
     const size_t nameLength = std::strlen(name);
@@ -170,6 +234,7 @@ std::string AddrSpec(const std::string& value) {
 }
 
 bool ParseDate(const std::string& date, int64_t* seconds) {
+    if (g_quickDates && QuickDate(date, seconds)) return true;
     bool angle = false;
     std::string text = StripComments(date, &angle);
     if (angle) return false;
@@ -223,10 +288,24 @@ std::string Asctime(int64_t seconds) {
     int64_t y = 0;
     int m = 0, d = 0;
     CivilFromDays(days, &y, &m, &d);
-    char out[64];
-    std::snprintf(out, sizeof out, "%s %s %2d %02d:%02d:%02d %lld", kDays[((days % 7) + 11) % 7], kMonths[m - 1], d,
-                  static_cast<int>(inDay / 3600), static_cast<int>(inDay / 60 % 60), static_cast<int>(inDay % 60),
-                  static_cast<long long>(y));
+    // "%s %s %2d %02d:%02d:%02d %lld", written by hand: one per message.
+    const auto two = [](std::string& out, int n, char pad) {
+        out.push_back(n < 10 ? pad : static_cast<char>('0' + n / 10));
+        out.push_back(static_cast<char>('0' + n % 10));
+    };
+    std::string out = kDays[((days % 7) + 11) % 7];
+    out += ' ';
+    out += kMonths[m - 1];
+    out += ' ';
+    two(out, d, ' ');
+    out += ' ';
+    two(out, static_cast<int>(inDay / 3600), '0');
+    out += ':';
+    two(out, static_cast<int>(inDay / 60 % 60), '0');
+    out += ':';
+    two(out, static_cast<int>(inDay % 60), '0');
+    out += ' ';
+    out += std::to_string(static_cast<long long>(y));
     return out;
 }
 

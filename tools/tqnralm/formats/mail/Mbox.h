@@ -21,6 +21,11 @@ std::string AddrSpec(const std::string& value);
 // 1970 (UTC); false when it cannot be read.
 bool ParseDate(const std::string& date, int64_t* seconds);
 
+// Whether ParseDate reads a date of the common form ("[Www, ]D Mmm YYYY
+// HH:MM[:SS] [+-]ZZZZ", nothing else) by a quick path of its own (the
+// default); false sends every date through the general reading (tests).
+void QuickDates(bool quick);
+
 // A time in UTC in the form of asctime ("Fri Mar 14 00:05:01 2008").
 std::string Asctime(int64_t seconds);
 
