@@ -94,7 +94,13 @@ void DirectorySink::KillHalfway(const char* data, size_t size) {
 }
 
 bool DirectorySink::DoWrite(const char* data, size_t size) {
-    if (killInWrite_) KillHalfway(data, size);
+    if (KillPointReached(KillPoint::kMidMessage)) KillHalfway(data, size);
+    if (!Append(data, size)) return false;
+    KillAt(KillPoint::kMessage);
+    return true;
+}
+
+bool DirectorySink::Append(const char* data, size_t size) {
     if (buffer_.size() + size <= kBufferSize) {
         buffer_.append(data, size);
         return true;
@@ -120,7 +126,7 @@ bool DirectorySink::DoWriteNewFile(const std::string& temporary, const std::stri
     std::string error;
     os::NewFile file;
     if (!file.CreateOrEmpty(root_ + "/" + temporary, &error)) return Fail(error);
-    if (killInWrite_) {
+    if (KillPointReached(KillPoint::kMidMessage)) {
         file.Write(data, size / 2, &error);
         os::KillSelf();
     }
@@ -130,6 +136,7 @@ bool DirectorySink::DoWriteNewFile(const std::string& temporary, const std::stri
         return Fail(error);
     }
     waiting_.emplace_back(temporary, final);
+    KillAt(KillPoint::kMessage);
     return true;
 }
 

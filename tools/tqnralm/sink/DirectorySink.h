@@ -8,6 +8,9 @@
 // bytes; the one open file (an mbox) grows by whole messages only, and a
 // failed write cuts it back to the last one. Commit flushes all of that to
 // the disk, so the journal may then count it.
+//
+// The tests' kill points (KillPoint.h) that count messages are here, where
+// the bytes go: each Write and WriteNewFile is one message.
 #ifndef TQNRALM_TOOL_DIRECTORYSINK_H
 #define TQNRALM_TOOL_DIRECTORYSINK_H
 
@@ -37,7 +40,6 @@ public:
     // Saves the journal.
     bool Checkpoint(const JournalState& state) override;
     Journal& journal() { return journal_; }
-    void KillInNextWrite() override { killInWrite_ = true; }
 
 protected:
     bool DoMakeDir(const std::string& relative) override;
@@ -50,6 +52,7 @@ protected:
     bool DoWriteWholeFile(const std::string& relative, const std::string& data) override;
 
 private:
+    bool Append(const char* data, size_t size);
     bool Flush();
     bool WriteThrough(const char* data, size_t size);
     bool Place(const std::string& temporary, const std::string& final);
@@ -64,7 +67,6 @@ private:
     uint64_t onDisk_ = 0;  // of the open file: whole messages only
     std::vector<std::pair<std::string, std::string>> waiting_;  // temporary, final
     std::set<std::string> dirtyDirs_;  // where names were made since the last commit
-    bool killInWrite_ = false;
 };
 
 // Whether two files hold the same bytes.

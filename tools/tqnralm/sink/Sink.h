@@ -56,9 +56,6 @@ public:
     // Keeps the first failure for the message; always false.
     bool Fail(const std::string& error);
     const std::string& error() const { return error_; }
-    // The tests' kill point in the middle of a message (KillPoint.h): the
-    // next message's bytes go half to the disk before the process ends.
-    virtual void KillInNextWrite() {}
 
 protected:
     virtual bool DoMakeDir(const std::string& path) = 0;
