@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "AddressPass.h"
-#include "Commands.h"
+#include "Export.h"
 #include "ExportPlan.h"
 #include "Library.h"
 #include "MailPass.h"

@@ -1,352 +1,77 @@
-// `export`: the plan, the checks of OUTDIR (or the journal of the unfinished
-// export in it), then every message of the plan through one writer, each
-// listed in the manifest as it is written, then the address books.
-#include <cstdio>
-
-#include "AddressPass.h"
-#include "Commands.h"
-#include "Console.h"
-#include "DirectorySink.h"
-#include "DryRunSink.h"
-#include "ExportPlan.h"
-#include "FileNames.h"
-#include "Journal.h"
-#include "KillPoint.h"
-#include "Library.h"
-#include "MailPass.h"
-#include "MailWriter.h"
-#include "Manifest.h"
-#include "Progress.h"
-#include "Sha256.h"
+// `export OUTDIR`: the export's options from the command line, then the
+// export itself (Export.h). The forms come from the table of Formats.h.
+#include "Command.h"
+#include "Export.h"
+#include "Formats.h"
 
 namespace tqnralm {
 namespace {
 
-Json NameJson(const std::string& name) { return name.empty() ? Json(nullptr) : Json(name); }
-
-// The name as its owner wrote it: "name" keeps the library's escaped form,
-// which identifies the object.
-Json ShownJson(const std::string& name) { return NameJson(UnescapeName(name)); }
-
-Json UsersJson(const ExportPlan& plan) {
-    Json users = Json::array();
-    for (const UserPlan& user : plan.users) {
-        Json accounts = Json::array();
-        for (const AccountPlan& account : user.accounts) {
-            Json a = {{"index", account.index},
-                      {"name", NameJson(account.name)},
-                      {"display_name", ShownJson(account.displayName)},
-                      {"path", account.dir}};
-            if (!account.sameAs.empty()) {
-                a["same_as"] = account.sameAs;  // written once, under that account
-            } else {
-                if (!account.inbox.empty()) a["inbox"] = account.inbox;
-                Json folders = Json::array();
-                for (const FolderPlan& folder : account.folders) {
-                    folders.push_back({{"index", folder.index},
-                                       {"name", NameJson(folder.name)},
-                                       {"display_name", ShownJson(folder.name)},
-                                       {"path", folder.target},
-                                       {"messages", folder.expected}});
-                }
-                a["folders"] = std::move(folders);
-            }
-            accounts.push_back(std::move(a));
-        }
-        users.push_back({{"index", user.index}, {"name", NameJson(user.name)},
-                         {"display_name", ShownJson(user.name)}, {"path", user.dir},
-                         {"accounts", std::move(accounts)}});
-    }
-    return users;
+// "all three" forms, for the help.
+std::string AllOf(size_t count) {
+    const char* const kWords[] = {"none", "the one", "both", "all three", "all four", "all five", "all six"};
+    return count < sizeof kWords / sizeof kWords[0] ? kWords[count] : "all";
 }
 
-// Each target of the mail and its message count.
-void PrintPlan(const ExportPlan& plan) {
-    for (const UserPlan& user : plan.users) {
-        for (const AccountPlan& account : user.accounts) {
-            if (!account.sameAs.empty()) {
-                Print(stdout, "%8s  %s (account %s, written once)\n", "", os::DisplayPath(account.dir).c_str(),
-                      account.sameAs.c_str());
-                continue;
-            }
-            for (const FolderPlan& folder : account.folders) {
-                Print(stdout, "%8lld  %s\n", static_cast<long long>(folder.expected),
-                      os::DisplayPath(folder.target).c_str());
-            }
-        }
-    }
+class ExportCommand : public Command {
+public:
+    void Declare(CLI::App& app) override;
+
+private:
+    int Run(const GlobalOptions& global) override;
+
+    ExportOptions options_;
+    std::string format_ = options_.format->name;
+    std::vector<std::string> mailForms_ = FormatNames(FormatKind::kMail);
+    std::vector<std::string> addressNames_ = FormatNames(FormatKind::kAddress);
+    std::string addressForms_ = JoinList(addressNames_, ",");
+    bool noMail_ = false, noAddresses_ = false;
+};
+
+void ExportCommand::Declare(CLI::App& app) {
+    app_ = app.add_subcommand("export", "Write every message out as " +
+                                            JoinList(FormatDescriptions(FormatKind::kMail), " or ") +
+                                            " files, and every address book as " +
+                                            JoinList(FormatDescriptions(FormatKind::kAddress), " and ") +
+                                            ", with OUTDIR/manifest.json listing each file and its SHA-256");
+    app_->footer(kExitCodesHelp);
+    app_->add_option("OUTDIR", options_.outDir, "The folder to write into; created when missing")->required();
+    app_->add_option("--format", format_, JoinList(mailForms_, " or ").insert(mailForms_[0].size(), " (default)"))
+        ->check(CLI::IsMember(mailForms_));
+    app_->add_option("--user", options_.users, "Export only the user at INDEX (repeatable)")
+        ->type_name("INDEX")
+        ->check(CLI::NonNegativeNumber);
+    app_->add_flag("--dry-run", options_.dryRun,
+                   "Print each folder's target and message count and the totals; write nothing");
+    app_->add_flag("--force", options_.force, "Add to an OUTDIR that holds other files (nothing is ever overwritten)");
+    app_->add_flag("--quiet", options_.quiet, "No status line, only the summary");
+    app_->add_flag("--raw", options_.raw,
+                   "Write each message exactly as the mail client holds it (raw 8-bit header fields "
+                   "are not made readable)");
+    app_->add_option("--addresses", addressForms_,
+                     "The forms of the address books, comma-separated: " + JoinList(addressNames_, ", ") +
+                         " (default " + AllOf(addressNames_.size()) + ")")
+        ->type_name("FORMS")
+        ->check([this](const std::string& value) {
+            std::vector<const Format*> forms;
+            return ParseFormatList(FormatKind::kAddress, value, &forms)
+                       ? std::string()
+                       : "FORMS is a list of " + JoinList(addressNames_, " and ");
+        });
+    CLI::Option* noMail = app_->add_flag("--no-mail", noMail_, "Leave the messages out");
+    app_->add_flag("--no-addresses", noAddresses_, "Leave the address books out")->excludes(noMail);
 }
 
-int Fail(const std::string& message, Manifest* manifest) {
-    Print(stderr, "tqnralm: %s\n", message.c_str());
-    if (manifest != nullptr) {
-        manifest->Abandon();
-        Print(stderr, "tqnralm: what was written is kept; the same command goes on from there\n");
-    }
-    return kExitOutput;
-}
-
-// An OUTDIR without an unfinished export: empty or new, or --force.
-int CheckNewOutDir(const ExportOptions& options) {
-    switch (os::InspectFolder(options.outDir)) {
-    case os::Folder::kNotAFolder: return Fail("OUTDIR '" + options.outDir + "' is not a folder", nullptr);
-    case os::Folder::kNotEmpty:
-        if (!options.force) {
-            return Fail("OUTDIR '" + options.outDir +
-                            "' is not empty; --force adds to it (nothing that is there is overwritten)",
-                        nullptr);
-        }
-        if (os::Exists(options.outDir + "/" + Manifest::kFileName)) {
-            return Fail("'" + options.outDir + "/" + Manifest::kFileName + "' exists (nothing is overwritten)",
-                        nullptr);
-        }
-        return 0;
-    default: return 0;
-    }
-}
-
-// Two exports into one OUTDIR would mix their files and journals: while an
-// export runs it holds OUTDIR, and a second one stops here, before it
-// writes. An OUTDIR that is there is held before the plan, a new one once
-// it is made (Begin).
-int HoldOutDir(const std::string& outDir, os::OutDirLock& lock) {
-    std::string error;
-    switch (lock.Acquire(outDir, &error)) {
-    case os::OutDirLock::Result::kBusy:
-        return Fail("OUTDIR '" + outDir + "' is being written by another export; wait until it ends, " +
-                        "or choose another OUTDIR",
-                    nullptr);
-    case os::OutDirLock::Result::kUnavailable:
-        Print(stderr, "tqnralm: %s: OUTDIR cannot be locked; start no other export into it while this one runs\n",
-              error.c_str());
-        return 0;
-    default: return 0;
-    }
-}
-
-// The source is never written: no OUTDIR inside the store.
-int CheckOutsideStore(const ExportOptions& options, const ExportPlan& plan) {
-    const std::vector<os::StoreFolder> store = os::StoreFolders(AccountFolders(plan));
-    if (const os::StoreFolder* folder = os::FolderHolding(store, options.outDir)) {
-        return Fail("OUTDIR '" + options.outDir + "' lies inside the mail client's store ('" + folder->hostPath +
-                        "'); choose a folder outside it",
-                    nullptr);
-    }
-    return 0;
-}
-
-bool Complete(const ExportPlan& plan, const MailTotals& totals, const AddressTotals& addresses) {
-    return totals.failed == 0 && totals.unread == 0 && plan.problems.empty() && totals.written == plan.expected &&
-           addresses.Complete();
-}
-
-// Each file of the address books and its address count, as the manifest lists them.
-void PrintBooks(const Json& books) {
-    for (const Json& book : books) {
-        if (book.contains("same_as")) {
-            Print(stdout, "%8s  %s (book %s, written once)\n", "", book["name"].get<std::string>().c_str(),
-                  os::DisplayPath(book["same_as"].get<std::string>()).c_str());
-        }
-        for (const Json& file : book["files"]) {
-            Print(stdout, "%8d  %s\n", book["addresses"]["written"].get<int>(),
-                  os::DisplayPath(file["path"].get<std::string>()).c_str());
-        }
-    }
-}
-
-// The export into a sink that only counts, with the plan printed.
-int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer) {
-    PrintPlan(plan);
-    DryRunSink sink;
-    Progress progress(false, plan.expected);
-    MailTotals totals;
-    MailPass pass(writer, sink, nullptr, JournalState(), progress, plan);
-    pass.KeepRawHeaders(options.raw);
-    if (options.mail) pass.Run(&totals);
-    if (!options.mail) plan.expected = 0;
-    Json books = Json::array();
-    AddressTotals addresses;
-    if (options.addresses) WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses);
-    PrintBooks(books);
-    const bool complete = Complete(plan, totals, addresses);
-    Print(stdout, "%lld messages in %llu folders, %llu bytes to write", static_cast<long long>(plan.expected),
-          static_cast<unsigned long long>(plan.folders), static_cast<unsigned long long>(totals.bytes));
-    if (!complete) {
-        Print(stdout, "; %lld messages and %llu other items cannot be read",
-              static_cast<long long>(totals.failed + totals.unread),
-              static_cast<unsigned long long>(plan.problems.size()));
-    }
-    Print(stdout, "\n");
-    for (const Problem& problem : plan.problems) {
-        Print(stdout, "cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-              static_cast<int>(problem.code));
-    }
-    if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
-    if (options.addresses) PrintAddressSummary(true, addresses);
-    return complete ? kExitOk : kExitIncomplete;
-}
-
-// The members of the manifest before the messages: they name the store, its
-// plan and the format.
-Json Header(const ExportPlan& plan, const ExportOptions& options) {
-    const int32_t version = QV_GetVersion();
-    return {{"tool", "tqnralm"},
-            {"version", TQNRALM_VERSION},
-            {"interface", std::to_string(version >> 16) + "." + std::to_string(version & 0xFFFF)},
-            {"source", os::SourceDescription()},
-            {"format", options.format->name},
-            {"users", UsersJson(plan)}};
-}
-
-// What names one export in its journal: the header and the other options.
-std::string Identity(const Json& header, const ExportOptions& options) {
-    std::string text = header.dump() + (options.mail ? " mail" : "") + (options.addresses ? " addresses" : "") +
-                       (options.raw ? " raw" : "");
-    for (const Format* form : options.addressForms) text += std::string(" ") + form->name;
-    Sha256 sha;
-    sha.Update(text.data(), text.size());
-    return sha.HexDigest();
-}
-
-// An export whose manifest was complete when it stopped: what is left is
-// its rename and the journal's removal.
-int Republish(const std::string& outDir, const JournalState& state, DirectorySink& sink,
-              const ExportOptions& options) {
-    const std::string final = outDir + "/" + Manifest::kFileName, partial = final + ".partial";
-    std::string error;
-    if (!os::Exists(final) && !os::RenameNew(partial, final, &error)) return Fail(error, nullptr);
-    // Stopped inside the rename, both names may hold the manifest.
-    if (os::Exists(partial)) {
-        if (!SameFileContent(partial, final)) return Fail("'" + partial + "' is not the manifest's copy", nullptr);
-        os::RemoveFile(partial);
-    }
-    if (!sink.journal().Remove(&error)) return Fail(error, nullptr);
-    if (options.mail) Progress(false, 0).Finish(false, state.written, state.failed, state.bytes);
-    return state.exit;
-}
-
-// Opens the journal and the manifest of a new export, or of the unfinished
-// one in OUTDIR. Returns -1 to go on, else the exit code.
-int Begin(const ExportOptions& options, const Json& header, JournalState* state, Manifest& manifest,
-          DirectorySink& sink, os::OutDirLock& lock) {
-    const std::string identity = state->identity;
-    std::string error;
-    switch (sink.journal().Load(state, &error)) {
-    case Journal::Found::kUnreadable: return Fail(error, nullptr);
-    case Journal::Found::kFound:
-        if (state->identity != identity) {
-            return Fail("OUTDIR '" + options.outDir + "' holds an unfinished export of another store or with " +
-                            "other options; rerun the command that began it, or choose another OUTDIR",
-                        nullptr);
-        }
-        if (state->finished) return Republish(options.outDir, *state, sink, options);
-        Print(stderr, "tqnralm: going on with the unfinished export in '%s'\n", options.outDir.c_str());
-        sink.SetResuming();
-        if (!manifest.Resume(options.outDir, state->manifest, state->listed, &error)) return Fail(error, nullptr);
-        break;
-    case Journal::Found::kNone:
-        if (int exit = CheckNewOutDir(options)) return exit;
-        if (!os::MakeDirectories(options.outDir, &error)) return Fail(error, nullptr);
-        if (!lock.tried()) {
-            // OUTDIR is new: held now, and looked at again under the lock.
-            if (int exit = HoldOutDir(options.outDir, lock)) return exit;
-            return Begin(options, header, state, manifest, sink, lock);
-        }
-        // The journal first: the temporary manifest it finds is this export's.
-        if (!sink.journal().Save(*state, &error) || !manifest.Open(options.outDir, &error)) return Fail(error, nullptr);
-        break;
-    }
-    if (state->manifest == 0) {
-        for (const auto& member : header.items()) manifest.Put(member.key(), member.value());
-        manifest.BeginArray("messages");
-    }
-    return -1;
-}
-
-// The manifest's last members, the journal's last word, and the rename
-// that makes the export finished.
-int Finish(ExportPlan& plan, const MailTotals& totals, const Json& books, const AddressTotals& addresses,
-           Manifest& manifest, Journal& journal, JournalState& state) {
-    Json problems = Json::array();
-    for (const Problem& problem : plan.problems) {
-        problems.push_back({{"index", problem.index}, {"item", problem.item}, {"code", problem.code}});
-    }
-    manifest.totals() = {{"expected", plan.expected},
-                         {"written", totals.written},
-                         {"failed", totals.failed},
-                         {"unread", totals.unread},
-                         {"bytes", totals.bytes}};
-    manifest.totals()["address_books"] = addresses.ToJson();
-    state.finished = true;
-    state.exit = Complete(plan, totals, addresses) ? kExitOk : kExitIncomplete;
-    std::string error;
-    if (!manifest.EndArray() || !manifest.Put("address_books", books) || !manifest.Put("problems", problems) ||
-        !manifest.Complete(&state.manifest)) {
-        return Fail("cannot write the manifest: " + manifest.error(), &manifest);
-    }
-    if (!journal.Save(state, &error)) return Fail(error, &manifest);
-    KillAt(KillPoint::kRename);
-    if (!manifest.Publish()) return Fail("cannot write the manifest: " + manifest.error(), &manifest);
-    KillAt(KillPoint::kRename);
-    if (!journal.Remove(&error)) return Fail(error, nullptr);
-    return state.exit;
+int ExportCommand::Run(const GlobalOptions& global) {
+    options_.format = FindFormat(FormatKind::kMail, format_);
+    options_.mail = !noMail_;
+    options_.addresses = !noAddresses_;
+    ParseFormatList(FormatKind::kAddress, addressForms_, &options_.addressForms);
+    return RunExport(global, options_);
 }
 
 }  // namespace
 
-int RunExport(const GlobalOptions& global, const ExportOptions& options) {
-    Session session;
-    if (int exit = session.StartLog(global)) return exit;
-    if (int exit = session.Open()) return exit;
-
-    std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
-    os::OutDirLock lock;
-    const os::Folder folder = os::InspectFolder(options.outDir);
-    const bool there = folder == os::Folder::kEmpty || folder == os::Folder::kNotEmpty;
-    if (int exit = !options.dryRun && there ? HoldOutDir(options.outDir, lock) : 0) return exit;
-    ExportPlan plan;
-    if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
-    if (int exit = CheckOutsideStore(options, plan)) return exit;
-    if (options.dryRun) return DryRun(options, plan, *writer);
-
-    const Json header = Header(plan, options);
-    JournalState state;
-    state.identity = Identity(header, options);
-    DirectorySink sink(options.outDir);
-    Manifest manifest;
-    if (int exit = Begin(options, header, &state, manifest, sink, lock); exit >= 0) return exit;
-
-    os::CatchStopSignals();
-    Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);
-    MailTotals totals{state.written, state.failed, state.unread, state.bytes};
-    progress.Listen(options.listener);
-    MailPass pass(*writer, sink, &manifest, state, progress, plan);
-    pass.KeepRawHeaders(options.raw);
-    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + sink.error(), &manifest);
-    if (!options.mail) plan.expected = 0;
-    // The address books after the mail, listed after the messages; a rerun
-    // writes them again and takes the files that are whole already.
-    Json books = Json::array();
-    AddressTotals addresses;
-    if (!os::StopRequested() && options.addresses &&
-        !WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses)) {
-        return Fail("cannot write " + sink.error(), &manifest);
-    }
-    if (os::StopRequested()) {
-        manifest.Abandon();
-        progress.Stopped(totals.written, totals.failed, totals.bytes);
-        return kExitStopped;
-    }
-    if (!sink.Commit()) return Fail("cannot write " + sink.error(), &manifest);
-    const int exit = Finish(plan, totals, books, addresses, manifest, sink.journal(), state);
-    if (exit == kExitOutput) return exit;
-    if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
-    if (options.addresses) PrintAddressSummary(false, addresses);
-    for (const Problem& problem : plan.problems) {
-        Print(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-              static_cast<int>(problem.code));
-    }
-    return exit;
-}
+std::unique_ptr<Command> MakeExportCommand() { return std::make_unique<ExportCommand>(); }
 
 }  // namespace tqnralm

@@ -1,11 +1,11 @@
-// `tree`, `cat` and `version`: the whole tree as text, one message's raw
-// text, the interface version.
+// `tree`: the whole tree as text, one line per object with its index path,
+// names, attributes and child counts; a child that cannot be had is a line
+// of its own, and the walk goes on.
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "Commands.h"
+#include "Command.h"
 #include "Console.h"
 #include "Library.h"
 
@@ -34,151 +34,92 @@ std::vector<int32_t> ChildClasses(int32_t nClass) {
     }
 }
 
+// The line of one object: its class, index path, names, attributes and
+// the count of each class of its children.
+std::string Line(QV_OBJ obj, int32_t nClass, const IndexPath& path) {
+    std::string line(2 * path.depth(), ' ');
+    line += ClassName(nClass);
+    if (path.depth() > 0) line += " [" + path.ToString() + "]";
+    switch (nClass) {
+    case QV_CLASS_MAILMESSAGE:
+        line += " subject=\"" + NameOrError(obj, true) + "\" id=\"" + NameOrError(obj, false) + "\"";
+        break;
+    case QV_CLASS_ADDRESS:
+        line += " heading=\"" + NameOrError(obj, true) + "\" address=\"" + NameOrError(obj, false) + "\"";
+        break;
+    default: {
+        const std::string name = NameOrError(obj, false);
+        line += " name=\"" + name + "\"";
+        std::string display = NameOrError(obj, true);
+        if (display != name) line += " display=\"" + display + "\"";
+    }
+    }
+    uint32_t attr = 0;
+    if (QV_Object_GetAttributes(obj, &attr) == QV_S_OK && attr != 0) {
+        char hex[16];
+        std::snprintf(hex, sizeof hex, "%x", attr);
+        line += std::string(" attributes=0x") + hex;
+    }
+    for (int32_t child : ChildClasses(nClass)) {
+        int32_t count = 0;
+        int32_t code = QV_Object_GetChildCount(obj, child, &count);
+        line += std::string(" ") + ClassName(child, true) + "=" +
+                (code == QV_S_OK ? std::to_string(count) : "<error " + std::to_string(code) + ">");
+    }
+    return line;
+}
+
 struct TreePrinter {
     int failures = 0;
 
-    void Print(QV_OBJ obj, int depth, const std::string& index) {
+    void Print(QV_OBJ obj, const IndexPath& path) {
         int32_t nClass = 0;
         if (QV_Object_GetClass(obj, &nClass) != QV_S_OK) {
             ++failures;
             return;
         }
-        std::string line(static_cast<size_t>(2 * depth), ' ');
-        line += ClassName(nClass);
-        if (!index.empty()) line += " [" + index + "]";
-        switch (nClass) {
-        case QV_CLASS_MAILMESSAGE:
-            line += " subject=\"" + NameOrError(obj, true) + "\" id=\"" + NameOrError(obj, false) + "\"";
-            break;
-        case QV_CLASS_ADDRESS:
-            line += " heading=\"" + NameOrError(obj, true) + "\" address=\"" + NameOrError(obj, false) + "\"";
-            break;
-        default: {
-            const std::string name = NameOrError(obj, false);
-            line += " name=\"" + name + "\"";
-            std::string display = NameOrError(obj, true);
-            if (display != name) line += " display=\"" + display + "\"";
-        }
-        }
-        uint32_t attr = 0;
-        if (QV_Object_GetAttributes(obj, &attr) == QV_S_OK && attr != 0) {
-            char hex[16];
-            std::snprintf(hex, sizeof hex, "%x", attr);
-            line += std::string(" attributes=0x") + hex;
-        }
-        const std::vector<int32_t> classes = ChildClasses(nClass);
-        for (int32_t child : classes) {
-            int32_t count = 0;
-            int32_t code = QV_Object_GetChildCount(obj, child, &count);
-            line += std::string(" ") + ClassName(child, true) + "=" +
-                    (code == QV_S_OK ? std::to_string(count) : "<error " + std::to_string(code) + ">");
-        }
-        tqnralm::Print(stdout, "%s\n", line.c_str());
-        for (int32_t child : classes) {
+        tqnralm::Print(stdout, "%s\n", Line(obj, nClass, path).c_str());
+        for (int32_t child : ChildClasses(nClass)) {
             Children children(obj, child);
             if (children.code() != QV_S_OK) {
                 ++failures;
                 continue;
             }
             Ref item;
-            for (int n = 0;; ++n) {
-                int32_t code = children.Next(&item);
-                if (code == QV_E_NO_MORE_ITEMS) break;
+            for (int32_t code; (code = children.Next(&item)) != QV_E_NO_MORE_ITEMS;) {
+                const IndexPath at = path.Child(children.position());
                 if (code != QV_S_OK) {
-                    tqnralm::Print(stdout, "%s<error %d> [%s]\n",
-                                   std::string(static_cast<size_t>(2 * depth + 2), ' ').c_str(), static_cast<int>(code),
-                                   ((index.empty() ? "" : index + "/") + std::to_string(n)).c_str());
+                    tqnralm::Print(stdout, "%s<error %d> [%s]\n", std::string(2 * at.depth(), ' ').c_str(),
+                                   static_cast<int>(code), at.ToString().c_str());
                     ++failures;
                     continue;
                 }
-                Print(item.get(), depth + 1, (index.empty() ? "" : index + "/") + std::to_string(n));
+                Print(item.get(), at);
             }
         }
     }
 };
 
-// The child at a position of one class, with a reference. A child before
-// it that fails takes its position all the same, as in `tree`.
-int32_t ChildAt(QV_OBJ parent, int32_t nClass, long index, Ref* out) {
-    Children children(parent, nClass);
-    int32_t code = QV_E_NO_MORE_ITEMS;
-    for (long i = 0; i <= index; ++i) {
-        code = children.Next(out);
-        if (code == QV_E_NO_MORE_ITEMS) break;
+class TreeCommand : public Command {
+public:
+    void Declare(CLI::App& app) override {
+        app_ = app.add_subcommand("tree", "Print the whole tree: users, accounts, folders, messages, "
+                                          "address books, groups and addresses");
     }
-    return code;
-}
+
+private:
+    int Run(const GlobalOptions& global) override {
+        Session session;
+        if (int exit = session.StartLog(global)) return exit;
+        if (int exit = session.Open()) return exit;
+        TreePrinter printer;
+        printer.Print(session.root(), IndexPath());
+        return printer.failures == 0 ? kExitOk : kExitIncomplete;
+    }
+};
 
 }  // namespace
 
-int RunVersion(const GlobalOptions& global) {
-    Session session;
-    if (int exit = session.StartLog(global)) return exit;
-    int32_t version = QV_GetVersion();
-    Print(stdout, "TQNRALM interface %d.%d\n", static_cast<int>(version >> 16), static_cast<int>(version & 0xFFFF));
-    return kExitOk;
-}
-
-int RunTree(const GlobalOptions& global) {
-    Session session;
-    if (int exit = session.StartLog(global)) return exit;
-    if (int exit = session.Open()) return exit;
-    TreePrinter printer;
-    printer.Print(session.root(), 0, "");
-    return printer.failures == 0 ? kExitOk : kExitIncomplete;
-}
-
-int RunCat(const GlobalOptions& global, const std::string& path) {
-    std::vector<long> indexes;
-    for (size_t start = 0; start <= path.size();) {
-        size_t end = path.find('/', start);
-        if (end == std::string::npos) end = path.size();
-        std::string part = path.substr(start, end - start);
-        char* rest = nullptr;
-        long value = std::strtol(part.c_str(), &rest, 10);
-        if (part.empty() || *rest != '\0' || value < 0) {
-            Print(stderr, "tqnralm: bad message path '%s'\n", path.c_str());
-            return kExitUsage;
-        }
-        indexes.push_back(value);
-        start = end + 1;
-    }
-    if (indexes.size() < 4) {
-        Print(stderr, "tqnralm: a message path has at least user/account/folder/message\n");
-        return kExitUsage;
-    }
-    Session session;
-    if (int exit = session.StartLog(global)) return exit;
-    if (int exit = session.Open()) return exit;
-    std::vector<Ref> held;
-    QV_OBJ current = session.root();
-    int32_t code = QV_S_OK;
-    for (size_t i = 0; i < indexes.size() && code == QV_S_OK; ++i) {
-        int32_t nClass = i == 0 ? QV_CLASS_USER
-                         : i == 1 ? QV_CLASS_ACCOUNT
-                         : i + 1 == indexes.size() ? QV_CLASS_MAILMESSAGE
-                                                   : QV_CLASS_MAILFOLDER;
-        Ref next;
-        code = ChildAt(current, nClass, indexes[i], &next);
-        if (code == QV_S_OK) {
-            current = next.get();
-            held.push_back(std::move(next));
-        }
-    }
-    if (code != QV_S_OK) {
-        Print(stderr, "tqnralm: no message at '%s' (code %d)\n", path.c_str(), static_cast<int>(code));
-        return kExitIncomplete;
-    }
-    QV_MAIL_DATA data;
-    code = QV_MailMessage_GetData(current, &data);
-    if (code != QV_S_OK) {
-        Print(stderr, "tqnralm: the message cannot be read (code %d)\n", static_cast<int>(code));
-        return kExitIncomplete;
-    }
-    std::fwrite(data.pszMailText, 1, data.nMailTextLen, stdout);
-    data.pfnFree(data.pszMailText);
-    while (!held.empty()) held.pop_back();  // the innermost object first
-    return kExitOk;
-}
+std::unique_ptr<Command> MakeTreeCommand() { return std::make_unique<TreeCommand>(); }
 
 }  // namespace tqnralm

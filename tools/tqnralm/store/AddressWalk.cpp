@@ -6,6 +6,7 @@
 
 #include <functional>
 
+#include "Tree.h"
 #include "Utf.h"
 
 namespace tqnralm {
@@ -25,46 +26,26 @@ QV_WCHAR* QV_ADDRESS_DATA::* const kFieldMembers[kAddressFieldCount] = {
     &QV_ADDRESS_DATA::lpszAdrOrg1, &QV_ADDRESS_DATA::lpszAdrOrg2, &QV_ADDRESS_DATA::lpszTitle,
     &QV_ADDRESS_DATA::lpszNote};
 
-// A name by the usual pair of calls: the length, then the text.
+// A name cleaned for the writers; false when the library cannot give it.
 bool Name(QV_OBJ obj, bool display, std::string& out) {
-    auto get = display ? QV_Object_GetDisplayName : QV_Object_GetName;
-    uint32_t len = 0;
-    if (get(obj, nullptr, &len) != QV_S_OK) return false;
-    std::vector<QV_WCHAR> buf(static_cast<size_t>(len) + 1, 0);
-    if (get(obj, buf.data(), &len) != QV_S_OK) return false;
-    out = CleanText(Utf8(buf.data()));
+    std::string name;
+    if (GetName(obj, display, &name) != QV_S_OK) return false;
+    out = CleanText(name);
     return true;
 }
 
-// Calls take(child) for each child of a class; take returns whether it
-// keeps the child's reference. The result is the number of children that
-// were announced but could not be had (a failed count or enumerator counts
-// as one). A child that fails is passed over: the enumerator stays on it and
-// hands it out as it stands on the next call, which is dropped; only a
-// second failure ends the list there.
-int ForEachChild(QV_OBJ obj, int32_t nClass, const std::function<bool(QV_OBJ)>& take) {
-    int32_t count = 0;
-    QV_OBJ objs = nullptr;
-    if (QV_Object_GetChildCount(obj, nClass, &count) != QV_S_OK) count = 1;
-    if (QV_Object_GetChildObjects(obj, nClass, &objs) != QV_S_OK) return count > 0 ? count : 1;
-    int position = 0, missing = 0;
-    for (;; ++position) {
-        QV_OBJ item = nullptr;
-        if (const int32_t code = QV_Objects_GetNext(objs, &item); code == QV_E_NO_MORE_ITEMS) {
-            break;
-        } else if (code != QV_S_OK) {
-            ++missing;
-            if (QV_Objects_GetNext(objs, &item) != QV_S_OK) {
-                missing += count > position + 1 ? count - position - 1 : 0;
-                break;
-            }
-            QV_Object_Dispose(item);
-        } else if (!take(item)) {
-            QV_Object_Dispose(item);
-        }
+// Calls take(child) for each child of a class that can be had; the result
+// is the number of children that could not be (one for a list that could
+// not be had, and every child announced past a failure that ended it).
+int ForEachChild(QV_OBJ obj, int32_t nClass, const std::function<void(Ref&)>& take) {
+    Children children(obj, nClass);
+    Ref item;
+    int missing = 0;
+    for (int32_t code; (code = children.Next(&item)) != QV_E_NO_MORE_ITEMS;) {
+        if (code == QV_S_OK) take(item);
+        else ++missing;
     }
-    QV_Object_Dispose(objs);
-    return missing;
+    return missing + children.Unreached();
 }
 
 bool ReadAddress(QV_OBJ obj, Address& a) {
@@ -85,40 +66,37 @@ struct Walk {
     AddressBook& book;
 
     void Addresses(QV_OBJ group, AddressGroup& into) {
-        book.failedAddresses += ForEachChild(group, QV_CLASS_ADDRESS, [&](QV_OBJ item) {
+        book.failedAddresses += ForEachChild(group, QV_CLASS_ADDRESS, [&](Ref& item) {
             Address a;
-            if (ReadAddress(item, a)) into.addresses.push_back(std::move(a));
+            if (ReadAddress(item.get(), a)) into.addresses.push_back(std::move(a));
             else ++book.failedAddresses;
-            return false;
         });
     }
 
     void Children(QV_OBJ group, AddressGroup& into, int depth) {
         Addresses(group, into);
         if (depth < kMaxGroupDepth) {
-            book.failedGroups += ForEachChild(group, QV_CLASS_ADDRESSGROUP, [&](QV_OBJ sub) {
+            book.failedGroups += ForEachChild(group, QV_CLASS_ADDRESSGROUP, [&](Ref& sub) {
                 AddressGroup g;
-                if (!Name(sub, false, g.name)) {
+                if (!Name(sub.get(), false, g.name)) {
                     ++book.failedGroups;
-                    return false;
+                    return;
                 }
-                Children(sub, g, depth + 1);
+                Children(sub.get(), g, depth + 1);
                 into.groups.push_back(std::move(g));
-                return false;
             });
             return;
         }
         // Below the deepest level kept, the addresses of the whole subtree
         // stand in this group; a work list instead of recursion.
-        std::vector<QV_OBJ> pending;
-        auto keep = [&](QV_OBJ sub) { return pending.push_back(sub), true; };
+        std::vector<Ref> pending;
+        auto keep = [&](Ref& sub) { pending.push_back(std::move(sub)); };
         book.failedGroups += ForEachChild(group, QV_CLASS_ADDRESSGROUP, keep);
         while (!pending.empty()) {
-            QV_OBJ sub = pending.back();
+            Ref sub = std::move(pending.back());
             pending.pop_back();
-            Addresses(sub, into);
-            book.failedGroups += ForEachChild(sub, QV_CLASS_ADDRESSGROUP, keep);
-            QV_Object_Dispose(sub);
+            Addresses(sub.get(), into);
+            book.failedGroups += ForEachChild(sub.get(), QV_CLASS_ADDRESSGROUP, keep);
         }
     }
 };
@@ -127,19 +105,17 @@ struct Walk {
 
 UserAddressBooks ReadAddressBooks(QV_OBJ user, const std::string& userName) {
     UserAddressBooks out;
-    out.failedBooks += ForEachChild(user, QV_CLASS_ADDRESSBOOK, [&](QV_OBJ bookObj) {
-        out.failedBooks += ForEachChild(bookObj, QV_CLASS_ADDRESSGROUP, [&](QV_OBJ top) {
+    out.failedBooks += ForEachChild(user, QV_CLASS_ADDRESSBOOK, [&](Ref& bookObj) {
+        out.failedBooks += ForEachChild(bookObj.get(), QV_CLASS_ADDRESSGROUP, [&](Ref& top) {
             AddressBook book;
             book.user = userName;
-            if (!Name(top, false, book.name)) {
+            if (!Name(top.get(), false, book.name)) {
                 ++out.failedBooks;
-                return false;
+                return;
             }
-            Walk{book}.Children(top, book.top, 1);
+            Walk{book}.Children(top.get(), book.top, 1);
             out.books.push_back(std::move(book));
-            return false;
         });
-        return false;
     });
     return out;
 }
