@@ -56,36 +56,7 @@ void Window::MakeControls() {
     foundTotals_ = Control(L"STATIC", "", SS_LEFT, -1);
     pages_[kFound] = {readOnly_, tree_, foundTotals_};
 
-    destLabel_ = Control(L"STATIC", Str(Text::kDestination), SS_LEFT, -1);
-    dest_ = CreateWindowExW(WS_EX_CLIENTEDGE, L"EDIT", walk_.outDir.c_str(), WS_CHILD | WS_TABSTOP | ES_AUTOHSCROLL,
-                            0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdDest)), nullptr,
-                            nullptr);
-    browse_ = Control(L"BUTTON", Str(Text::kBrowse), WS_TABSTOP | BS_PUSHBUTTON, kIdBrowse);
-    formatBox_ = Control(L"BUTTON", Str(Text::kFormat), BS_GROUPBOX, -1);
-    const Text names[3] = {Text::kFormatMbox, Text::kFormatMaildir, Text::kFormatEml};
-    const Text hints[3] = {Text::kFormatMboxHint, Text::kFormatMaildirHint, Text::kFormatEmlHint};
-    for (int i = 0; i < 3; ++i) {
-        radios_[i] = Control(L"BUTTON", Str(names[i]), BS_AUTORADIOBUTTON | (i == 0 ? WS_GROUP | WS_TABSTOP : 0),
-                             kIdMbox + i);
-        hints_[i] = Control(L"STATIC", Str(hints[i]), SS_LEFT, -1);
-    }
-    SendMessageW(radios_[walk_.format < 3 ? walk_.format : 0], BM_SETCHECK, BST_CHECKED, 0);
-    addresses_ = Control(L"BUTTON", Str(Text::kAddressBooks), WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, kIdAddresses);
-    SendMessageW(addresses_, BM_SETCHECK, BST_CHECKED, 0);
-    usersLabel_ = Control(L"STATIC", Str(Text::kUsers), SS_LEFT, -1);
-    users_ = CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
-                             WS_CHILD | WS_TABSTOP | WS_GROUP | LVS_REPORT | LVS_NOCOLUMNHEADER | LVS_SINGLESEL |
-                                 LVS_SHOWSELALWAYS,
-                             0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdUsers)), nullptr,
-                             nullptr);
-    ListView_SetExtendedListViewStyle(users_, LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT);
-    LVCOLUMNW column = {};
-    column.mask = LVCF_WIDTH;
-    column.cx = MulDiv(540, static_cast<int>(dpi_), 96);
-    SendMessageW(users_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-    space_ = Control(L"STATIC", "", SS_LEFT, -1);
-    pages_[kWhere] = {destLabel_, dest_,      browse_,     formatBox_, radios_[0], radios_[1], radios_[2],
-                      hints_[0],  hints_[1], hints_[2], usersLabel_, users_,     addresses_, space_};
+    MakeWherePage();
 
     progress_ = Control(PROGRESS_CLASSW, "", 0, -1);
     SendMessageW(progress_, PBM_SETRANGE32, 0, 1000);
@@ -144,6 +115,7 @@ void Window::Layout() {
     at(formatBox_, 16, 100, 568, 158);
     for (int i = 0; i < 3; ++i) at(radios_[i], 32, 118 + i * 46, 540, 22), at(hints_[i], 52, 139 + i * 46, 520, 20);
     at(usersLabel_, 16, 266, 568, 20), at(users_, 16, 286, 568, 70);
+    ListView_SetColumnWidth(users_, 0, LVSCW_AUTOSIZE_USEHEADER);
     at(addresses_, 16, 360, 568, 24), at(space_, 16, 388, 568, 60);
     at(progress_, 16, 80, 568, 24), at(progressText_, 16, 114, 568, 44), at(folderNow_, 16, 162, 568, 22);
     at(doneTotals_, 16, 46, 568, 20), at(doneState_, 16, 68, 568, 40);

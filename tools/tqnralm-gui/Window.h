@@ -46,6 +46,7 @@ private:
     static LRESULT CALLBACK Proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
     void MakeControls();
+    void MakeWherePage();
     HWND Control(const wchar_t* cls, const std::string& text, DWORD style, int id);
     void Layout();
     void SetFont();

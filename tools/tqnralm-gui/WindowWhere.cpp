@@ -12,6 +12,40 @@
 namespace tqnralm {
 namespace gui {
 
+// The destination, the forms with a line each, the users, the address books
+// and the line of sizes, in the tab order of the screen.
+void Window::MakeWherePage() {
+    destLabel_ = Control(L"STATIC", Str(Text::kDestination), SS_LEFT, -1);
+    dest_ = CreateWindowExW(WS_EX_CLIENTEDGE, L"EDIT", walk_.outDir.c_str(), WS_CHILD | WS_TABSTOP | ES_AUTOHSCROLL,
+                            0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdDest)), nullptr,
+                            nullptr);
+    browse_ = Control(L"BUTTON", Str(Text::kBrowse), WS_TABSTOP | BS_PUSHBUTTON, kIdBrowse);
+    formatBox_ = Control(L"BUTTON", Str(Text::kFormat), BS_GROUPBOX, -1);
+    const Text names[3] = {Text::kFormatMbox, Text::kFormatMaildir, Text::kFormatEml};
+    const Text hints[3] = {Text::kFormatMboxHint, Text::kFormatMaildirHint, Text::kFormatEmlHint};
+    for (int i = 0; i < 3; ++i) {
+        radios_[i] = Control(L"BUTTON", Str(names[i]), BS_AUTORADIOBUTTON | (i == 0 ? WS_GROUP | WS_TABSTOP : 0),
+                             kIdMbox + i);
+        hints_[i] = Control(L"STATIC", Str(hints[i]), SS_LEFT, -1);
+    }
+    SendMessageW(radios_[walk_.format < 3 ? walk_.format : 0], BM_SETCHECK, BST_CHECKED, 0);
+    usersLabel_ = Control(L"STATIC", Str(Text::kUsers), SS_LEFT, -1);
+    users_ = CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
+                             WS_CHILD | WS_TABSTOP | WS_GROUP | LVS_REPORT | LVS_NOCOLUMNHEADER | LVS_SINGLESEL |
+                                 LVS_SHOWSELALWAYS,
+                             0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdUsers)), nullptr,
+                             nullptr);
+    ListView_SetExtendedListViewStyle(users_, LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT);
+    LVCOLUMNW column = {};  // one, as wide as the list (Layout)
+    SendMessageW(users_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
+    // In the tab order as on the screen: the users, then the address books.
+    addresses_ = Control(L"BUTTON", Str(Text::kAddressBooks), WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, kIdAddresses);
+    SendMessageW(addresses_, BM_SETCHECK, BST_CHECKED, 0);
+    space_ = Control(L"STATIC", "", SS_LEFT, -1);
+    pages_[kWhere] = {destLabel_, dest_,      browse_,     formatBox_, radios_[0], radios_[1], radios_[2],
+                      hints_[0],  hints_[1], hints_[2], usersLabel_, users_,     addresses_, space_};
+}
+
 // One checked line per user, in the order `tree` gives them; a test run's
 // answers uncheck the others.
 void Window::FillUsers() {
