@@ -33,17 +33,10 @@ import subprocess
 import sys
 import tempfile
 
-from exported_tree import tree_files
+from exported_tree import check, failures, tree_files
 
 TOOL, SAMPLESTORE, MODE = sys.argv[1:4]
 FAIL_FIRST = sys.argv[4] if len(sys.argv) > 4 else None
-failures = []
-
-
-def check(condition, what):
-    if not condition:
-        failures.append(what)
-        print("FAIL:", what)
 
 
 def store(work, variant="default"):
@@ -202,28 +195,31 @@ def message_bytes(files, entry):
     return unquote(data.split(b"\n", 1)[1]) if "offset" in entry else data
 
 
-def dovecot_subjects(account, text):
-    """The mailboxes in which Dovecot's SEARCH finds text in a Subject; None without doveadm."""
-    doveadm = shutil.which("doveadm") or shutil.which("doveadm", path="/usr/bin")
-    if doveadm is None:
+def doveadm(maildir, *args):
+    """doveadm's output lines on a copy of the Maildir, with the UTF-8 option
+    (owned by nobody when we are root: Dovecot refuses root and writes its
+    index files); None without doveadm."""
+    program = shutil.which("doveadm") or shutil.which("doveadm", path="/usr/bin")
+    if program is None:
         return None
-    command = [doveadm, "-o", f"mail_location=maildir:{account}/Maildir:UTF-8", "fetch", "mailbox",
-               "mailbox", "*", "subject", text]
-    env = dict(os.environ, USER="nobody" if os.geteuid() == 0 else os.environ.get("USER", ""), HOME=account)
-    if os.geteuid() == 0:  # Dovecot refuses root: nobody reads (and indexes) a copy
-        for folder, dirs, names in os.walk(account):
-            for name in dirs + names:
-                os.chmod(os.path.join(folder, name), 0o777 if name in dirs else 0o666)
-        folder = account
-        while folder != os.path.dirname(folder):
-            if not os.stat(folder).st_mode & 0o001:
-                os.chmod(folder, os.stat(folder).st_mode | 0o755)
-            folder = os.path.dirname(folder)
-        os.chmod(account, 0o777)
-        command = ["runuser", "-u", "nobody", "--", "env", "USER=nobody", f"HOME={account}"] + command
-    run = subprocess.run(command, env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
-    check(run.returncode == 0, f"doveadm: {run.stderr!r}")
-    return [line[len("mailbox: "):] for line in run.stdout.decode().splitlines() if line.startswith("mailbox: ")]
+    home = tempfile.mkdtemp(prefix="tqnralm-dovecot-")
+    try:
+        shutil.copytree(maildir, os.path.join(home, "Maildir"))
+        command = [program, "-o", f"mail_location=maildir:{home}/Maildir:UTF-8", *args]
+        if os.geteuid() == 0:
+            subprocess.run(["chown", "-R", "nobody", home], check=True)
+            command = ["runuser", "-u", "nobody", "--", "env", "USER=nobody", "HOME=" + home] + command
+        run = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
+        check(run.returncode == 0 and not run.stderr, f"doveadm: {run.stderr[:300]!r}")
+        return run.stdout.decode().splitlines()
+    finally:
+        shutil.rmtree(home)
+
+
+def dovecot_subjects(account, text):
+    """The mailboxes in which Dovecot's SEARCH finds text in a Subject."""
+    lines = doveadm(os.path.join(account, "Maildir"), "fetch", "mailbox", "mailbox", "*", "subject", text)
+    return None if lines is None else [line[len("mailbox: "):] for line in lines if line.startswith("mailbox: ")]
 
 
 def readable(fmt, work, prefix, raw_manifest, raw_files, api):
@@ -383,21 +379,10 @@ def thunderbird_opens(name):
     return not re.search(r"[%#;]", name) and not name.startswith(".") and not name.endswith("~") and units <= 55
 
 
-def dovecot(work, maildir):
-    """{mailbox: messages} as doveadm sees a copy of the Maildir (owned by
-    nobody: Dovecot refuses root and writes its index files); None without
-    doveadm."""
-    if not shutil.which("doveadm") or os.geteuid() != 0:
-        return None
-    home = tempfile.mkdtemp(dir=work)
-    shutil.copytree(maildir, os.path.join(home, "Maildir"))
-    subprocess.run(["chown", "-R", "nobody", home], check=True)
-    run = subprocess.run(["runuser", "-u", "nobody", "--", "env", "USER=nobody", "HOME=" + home, "doveadm", "-f", "tab",
-                          "-o", f"mail_location=maildir:{home}/Maildir:UTF-8", "mailbox", "status", "messages", "*"],
-                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    check(run.returncode == 0 and not run.stderr, f"doveadm: {run.stderr[:300]!r}")
-    rows = [line.rsplit("\t", 1) for line in run.stdout.decode().splitlines()[1:]]
-    return {name: int(count) for name, count in rows}
+def dovecot(maildir):
+    """{mailbox: messages} as Dovecot lists the Maildir; None without doveadm."""
+    lines = doveadm(maildir, "-f", "tab", "mailbox", "status", "messages", "*")
+    return None if lines is None else {name: int(count) for name, count in (l.rsplit("\t", 1) for l in lines[1:])}
 
 
 def names(work):
@@ -437,7 +422,7 @@ def names(work):
             if fmt == "maildir":
                 folders = set()
                 for a in accounts:
-                    seen = dovecot(work, os.path.join(out, a["path"], "Maildir"))
+                    seen = dovecot(os.path.join(out, a["path"], "Maildir"))
                     written = [m["file"] for m in manifest["messages"] if m["status"] == "written"]
                     want = {maildir_name(f["path"]): sum(w.startswith(f["path"] + "/cur/") for w in written)
                             for f in a["folders"]}
@@ -458,7 +443,6 @@ with tempfile.TemporaryDirectory(prefix="tqnralm-export-") as work:
     elif MODE == "siblings":
         siblings(work)
     elif MODE == "names":
-        os.chmod(work, 0o755)
         names(work)
     else:
         export_and_read(MODE, work)

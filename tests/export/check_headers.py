@@ -14,14 +14,9 @@ import subprocess
 import sys
 from email import policy
 
+from exported_tree import check, failures
+
 TOOL = sys.argv[1]
-failures = []
-
-
-def check(condition, what):
-    if not condition:
-        failures.append(what)
-        print("FAIL:", what)
 
 
 def sjis(text):

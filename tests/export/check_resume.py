@@ -22,10 +22,9 @@ import sys
 import tempfile
 import time
 
-from exported_tree import tree_files
+from exported_tree import check, failures, tree_files
 
 TOOL, SAMPLESTORE, FMT = sys.argv[1:4]
-failures = []
 
 # Each point with its countdowns. The sample store has 7 messages in 8
 # folders; a commit comes after each folder ends (and in mbox after its file
@@ -39,12 +38,6 @@ KILLS = [
     ("rename", 1), ("rename", 2),
 ]
 LEFTOVERS = re.compile(r"(\.part|\.partial|\.journal|\.new)$|/tmp/")
-
-
-def check(condition, what):
-    if not condition:
-        failures.append(what)
-        print("FAIL:", what)
 
 
 def run(prefix, out, *args, kill=None, limit=None):

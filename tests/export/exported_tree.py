@@ -1,5 +1,14 @@
-"""What the export checks read of a finished export, shared by its scripts."""
+"""What the export checks share: their record of failures, and what they
+read of a finished export."""
 import os
+
+failures = []
+
+
+def check(condition, what):
+    if not condition:
+        failures.append(what)
+        print("FAIL:", what)
 
 
 def tree_files(root):
