@@ -32,6 +32,7 @@ TQNRALM $version for Windows ($arch)
 
 この zip を展開し、tqnralm-gui.exe をダブルクリックしてください。メールを探し、
 書き出し先と形式を選ぶと、すべてのメールとアドレス帳を書き出します。
+最後の画面の「Thunderbird への読み込み方」で、Thunderbird に読み込む手順を表示します。
 
 AL-Mail32 のメール・アカウント・アドレス帳を読み出し、Thunderbird などほかのメール
 ソフトへ移すための道具です。AL-Mail32 のデータを書き換えることはありません。
@@ -66,6 +67,7 @@ TQNRALM.dll と sNqxMsgNet.dll は必ず tqnralm-gui.exe、tqnralm.exe と同じ
 
 Unzip this file and double-click tqnralm-gui.exe: it finds the mail, asks
 where and in which form to write it, and exports all mail and address books.
+Its last step's "Into Thunderbird" button shows how to open them in Thunderbird.
 
 Reads the mail, accounts and address books of AL-Mail32 and writes them out for
 Thunderbird and other mail programs. It never changes AL-Mail32's data.
