@@ -66,24 +66,22 @@ void CMailBox::AppendMessageEntry(const std::string& name) {
 }
 
 int32_t CMailBox::LoadFolderEntries() {
+    // Running out of memory goes up: a list cut short is no list.
     std::string pattern = ProfilePath(m_szPath, "*.box");
-    try {
-        qvp::FindData data;
-        qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
-        if (find.handle == nullptr) return 0;
-        // Files and directories alike: a plain file named "*.box" is a folder
-        // too, and fails when it is opened.
-        do {
-            AppendFolderEntry(data.name);
-        } while (qvp::FindNext(find.handle, &data));
-    } catch (...) {
-        return -1;
-    }
+    qvp::FindData data;
+    qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+    if (find.handle == nullptr) return 0;
+    // Files and directories alike: a plain file named "*.box" is a folder
+    // too, and fails when it is opened.
+    do {
+        AppendFolderEntry(data.name);
+    } while (qvp::FindNext(find.handle, &data));
     return 0;
 }
 
 int32_t CMailFolder::OpenBox() {
     m_pParse = g_MessageLib.MT_Init();
+    if (m_pParse == 0 && MessageLibHasInit()) throw CMemoryException();
     std::string entryIni = ProfilePath(m_szPath, "Entry.ini");
     uint32_t nTitle = qvp::ProfileString("Property", "Title", "", m_szName, sizeof m_szName,
                                          entryIni.c_str());
@@ -126,9 +124,9 @@ int32_t CMailFolder::LoadMessageList() {
         ReadEntryLines(source, ParseEntryListLine,
                        [this](const std::string& name) { AppendMessageEntry(name); });
     } catch (const std::bad_alloc&) {
-        return -2;
+        throw;
     } catch (const CMemoryException&) {
-        return -2;
+        throw;
     } catch (...) {
         return -3;
     }
@@ -223,7 +221,8 @@ int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& tex
                           : g_MessageLib.MT_GetMessageIDD(m_pParse, &pText, &nLength);
     if (ok == 0) {
         g_MessageLib.MT_Free(pText);
-        return -3;
+        // The library tells a lack of memory from a missing field by -1.
+        return nLength == -1 ? -1 : -3;
     }
     struct LibraryText {
         char* p;

@@ -260,6 +260,8 @@ MessageLibFunctions g_MessageLib = {
     MissingGetText,
 };
 
+bool MessageLibHasInit() { return g_MessageLib.MT_Init != &MissingInit; }
+
 MT_WORD MissingFunction() {
     EnterLeaveFallbackLock();
     return 0;
