@@ -1,8 +1,8 @@
 // AddrReaderApi.cpp - the flat functions of the address reader.
 //
 // Every function that touches an object runs behind a barrier that catches
-// whatever the call raises and answers -2, so that no failure of the reader
-// leaves a flat function.
+// whatever the call raises and answers -1 for a lack of memory, -2 for any
+// other failure, so that no failure of the reader leaves a flat function.
 #include <memory>
 #include <new>
 
@@ -15,7 +15,9 @@
 
 namespace {
 
-// What every flat function answers for a failure, out of memory or not.
+// What every flat function answers for a lack of memory, and for any other
+// failure.
+constexpr int32_t kNoMemory = -1;
 constexpr int32_t kFailed = -2;
 
 // Thrown for a pointer that the barrier must refuse; caught there like any
@@ -90,14 +92,14 @@ int32_t AddrReader_Open(ADDRREADER_HANDLE* phReader) {
 }
 
 int32_t AddrReader_Close(ADDRREADER_HANDLE hReader) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         delete Reader(hReader);
         return 0;
     });
 }
 
 int32_t AddrReader_GetName(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hObject, QvV4Value* pValue) {
-    return Barrier(kFailed, kFailed, [&] { return Named(hObject)->GetName(Require(pValue)); });
+    return Barrier(kNoMemory, kFailed, [&] { return Named(hObject)->GetName(Require(pValue)); });
 }
 
 int32_t AddrReader_IsInstalled(ADDRREADER_HANDLE hReader, int32_t* pbInstalled) {
@@ -114,7 +116,7 @@ int32_t AddrReader_GetUserCount(ADDRREADER_HANDLE hReader, int32_t* pnCount) {
 
 int32_t AddrReader_GetUser(ADDRREADER_HANDLE hReader, int32_t nIndex, ADDROBJECT_HANDLE* phUser) {
     return Barrier(
-        kFailed, kFailed, [&] {
+        kNoMemory, kFailed, [&] {
             CAddrUser* pUser = nullptr;
             int32_t nResult = Require(Reader(hReader))->GetUser(nIndex, &pUser);
             if (nResult == 0) *Require(phUser) = Handle(pUser);
@@ -133,7 +135,7 @@ int32_t AddrReader_GetUserIndex(ADDRREADER_HANDLE, void*, int32_t* pnIndex) {
 }
 
 int32_t AddrReader_OpenBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hUser, int32_t, ADDROBJECT_HANDLE* phBook) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         CAddrUser* pUser = Require(dynamic_cast<CAddrUser*>(Named(hUser)));
         Require(phBook);
         CAddrBook* pBook = nullptr;
@@ -144,14 +146,14 @@ int32_t AddrReader_OpenBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hUser, int32_t,
 }
 
 int32_t AddrReader_CloseBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, int32_t, ADDROBJECT_HANDLE hBook) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         if (hBook == nullptr) return 0;
         return CAddrUser::CloseBook(Require(dynamic_cast<CAddrBook*>(Named(hBook))));
     });
 }
 
 int32_t AddrReader_GetGroupCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t* pnCount) {
-    return Barrier(kFailed, kFailed, [&] { return Container(hContainer)->GetGroupCount(Require(pnCount)); },
+    return Barrier(kNoMemory, kFailed, [&] { return Container(hContainer)->GetGroupCount(Require(pnCount)); },
                    [&] {
                        if (pnCount != nullptr) *pnCount = 0;
                    });
@@ -160,7 +162,7 @@ int32_t AddrReader_GetGroupCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer
 int32_t AddrReader_GetGroup(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t nIndex,
                             ADDROBJECT_HANDLE* phGroup) {
     return Barrier(
-        kFailed, kFailed, [&] {
+        kNoMemory, kFailed, [&] {
             IAddrContainer* pContainer = Container(hContainer);
             Require(phGroup);
             CAddrGroup* pGroup = nullptr;
@@ -174,7 +176,7 @@ int32_t AddrReader_GetGroup(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int
 }
 
 int32_t AddrReader_FindProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, const char16_t* pszKey, int32_t* pnIndex) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         Require(pnIndex);
         Require(pszKey);
         for (*pnIndex = 0; *pnIndex < kPropertyCount; ++*pnIndex) {
@@ -187,12 +189,12 @@ int32_t AddrReader_FindProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, const char
 }
 
 int32_t AddrReader_GetItemCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t* pnCount) {
-    return Barrier(kFailed, kFailed, [&] { return Container(hContainer)->GetItemCount(Require(pnCount)); });
+    return Barrier(kNoMemory, kFailed, [&] { return Container(hContainer)->GetItemCount(Require(pnCount)); });
 }
 
 int32_t AddrReader_GetItem(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t nIndex,
                            ADDROBJECT_HANDLE* phItem) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         IAddrContainer* pContainer = Container(hContainer);
         CAddrItem* pItem = nullptr;
         int32_t nResult = pContainer->GetItem(nIndex, &pItem);
@@ -203,7 +205,7 @@ int32_t AddrReader_GetItem(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int3
 
 int32_t AddrReader_GetItemProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hItem, int32_t nProperty,
                                    QvV4Value* pValue) {
-    return Barrier(kFailed, kFailed, [&] {
+    return Barrier(kNoMemory, kFailed, [&] {
         return static_cast<CAddrItem*>(Require(hItem))->GetProperty(nProperty, Require(pValue));
     });
 }
