@@ -86,7 +86,11 @@ void DirCache::Clear() {
 
 DirCache::Lookup DirCache::FindName(const std::string& hostDir, const std::u16string& folded, std::string* found) {
     struct stat st;
-    if (stat(hostDir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return kFolderGone;
+    if (stat(hostDir.c_str(), &st) != 0) {
+        ThrowIfNoMemory(errno);
+        return kFolderGone;
+    }
+    if (!S_ISDIR(st.st_mode)) return kFolderGone;
     const auto answer = [&](const Index& index) {
         auto name = index.names.find(folded);
         if (name == index.names.end()) return kNameMissing;

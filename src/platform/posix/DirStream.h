@@ -8,12 +8,20 @@
 #include <dirent.h>
 #include <errno.h>
 
+#include <new>
 #include <string>
 
 #include "platform/Faults.h"
 
 namespace qvp {
 namespace posix {
+
+// A system call that failed for want of memory: the layer's callers must not
+// take that for a file or folder that is not there, so it goes up as
+// std::bad_alloc. Called where nothing is held that the throw would leak.
+inline void ThrowIfNoMemory(int error) {
+    if (error == ENOMEM) throw std::bad_alloc();
+}
 
 // Counts one call of the I/O seam; when it must fail, errno says why.
 inline bool InjectedFailure() {
@@ -32,6 +40,7 @@ public:
         }
         m_dir = opendir(hostDir.c_str());
         m_failed = m_dir == nullptr;
+        if (m_failed) ThrowIfNoMemory(errno);
     }
     ~DirStream() {
         if (m_dir != nullptr) closedir(m_dir);

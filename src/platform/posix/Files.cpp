@@ -65,8 +65,9 @@ ssize_t ReadFd(int fd, void* out, size_t bytes) {
     return got;
 }
 
-// The next byte, or kEnd at the end; a failed read (or no buffer to be had)
-// is noted as an error and ends the file there.
+// The next byte, or kEnd at the end; a failed read is noted as an error and
+// ends the file there. No buffer to be had is no error of the file: it
+// throws std::bad_alloc.
 int NextByte(File* file) {
     if (file->pos == file->end) {
         if (file->buffer == nullptr) {
@@ -74,8 +75,9 @@ int NextByte(File* file) {
             const unsigned long long wanted = static_cast<unsigned long long>(file->size) + 1;
             file->capacity = wanted < kMaxBuffer ? static_cast<size_t>(wanted) : kMaxBuffer;
             file->buffer = static_cast<char*>(Malloc(file->capacity));
+            if (file->buffer == nullptr) throw std::bad_alloc();
         }
-        const ssize_t got = file->buffer == nullptr ? -1 : ReadFd(file->fd, file->buffer, file->capacity);
+        const ssize_t got = ReadFd(file->fd, file->buffer, file->capacity);
         if (got <= 0) {
             if (got < 0) file->error = true;
             return kEnd;
@@ -217,8 +219,10 @@ char* GetCwd(char* buffer, int size) {
 int Access(const char* path) {
     std::string host;
     struct stat st;
-    if (MapPath(path, &host) != posix::kMapFound || stat(host.c_str(), &st) != 0) return -1;
-    return 0;
+    if (MapPath(path, &host) != posix::kMapFound) return -1;
+    if (stat(host.c_str(), &st) == 0) return 0;
+    posix::ThrowIfNoMemory(errno);
+    return -1;
 }
 
 int Remove(const char* path) {
@@ -244,7 +248,7 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
         File{fd, size, std::strchr(mode, 'b') == nullptr, false, false, false, nullptr, 0, 0, 0};
     if (file == nullptr) {
         close(fd);
-        return nullptr;
+        throw std::bad_alloc();
     }
     why = kCauseNone;
     return file;
@@ -361,7 +365,10 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
         if (!MatchLongOrShort(folded, wide, key)) continue;
         struct stat st;
         const std::string host = hostDir + (hostDir.back() == '/' ? "" : "/") + name;
-        if (stat(host.c_str(), &st) != 0) continue;  // a dangling link names nothing
+        if (stat(host.c_str(), &st) != 0) {
+            posix::ThrowIfNoMemory(errno);
+            continue;  // a dangling link names nothing
+        }
         Entry e{std::move(key), FindData{}};
         e.data.attrib = S_ISDIR(st.st_mode) ? kAttribDirectory : kAttribArchive;
         std::memcpy(e.data.name, cp932.c_str(), cp932.size() + 1);

@@ -42,12 +42,16 @@ namespace {
 
 bool NameExists(const std::string& path) {
     struct stat st;
-    return lstat(path.c_str(), &st) == 0;
+    if (lstat(path.c_str(), &st) == 0) return true;
+    ThrowIfNoMemory(errno);
+    return false;
 }
 
 bool IsDirectory(const std::string& path) {
     struct stat st;
-    return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    if (stat(path.c_str(), &st) == 0) return S_ISDIR(st.st_mode);
+    ThrowIfNoMemory(errno);
+    return false;
 }
 
 // The drive's folder on the host, or false when the drive is not there.
@@ -371,6 +375,7 @@ int OpenForReading(const std::string& host) {
             errno = EINTR;  // once more without it
         }
     } while (fd < 0 && errno == EINTR);
+    if (fd < 0) ThrowIfNoMemory(errno);
     return fd;
 }
 

@@ -7,8 +7,10 @@
 // word or per body asked for, never per byte. Without the flag of strictness
 // an invalid or cut sequence becomes '?', as Windows writes it in these code
 // pages, and the conversion goes on with the next byte. A converter that
-// cannot be opened (no memory, no descriptor) fails that one conversion.
+// cannot be opened for want of a descriptor fails that one conversion; for
+// want of memory, std::bad_alloc goes up.
 #include "platform/Faults.h"
+#include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -60,7 +62,10 @@ bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool stric
     faults::IoError ignored;
     if (faults::IoFails(&ignored)) return false;
     iconv_t cd = iconv_open("UTF-16LE", name);
-    if (cd == reinterpret_cast<iconv_t>(-1)) return false;
+    if (cd == reinterpret_cast<iconv_t>(-1)) {
+        ThrowIfNoMemory(errno);
+        return false;
+    }
     out->clear();
     char* in = const_cast<char*>(bytes);
     size_t inLeft = count;

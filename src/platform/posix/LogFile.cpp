@@ -40,7 +40,7 @@ int LogFileOpen(const char16_t* path, LogFile** out) {
     LogFile* file = new (std::nothrow) LogFile{fd};
     if (file == nullptr) {
         close(fd);
-        return kCauseGeneric;
+        throw std::bad_alloc();
     }
     *out = file;
     return 0;

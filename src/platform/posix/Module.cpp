@@ -64,7 +64,10 @@ Module* ModuleLoad(const char* fileName) {
     if (handle == nullptr) handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) return nullptr;
     Module* module = new (std::nothrow) Module{handle};
-    if (module == nullptr) dlclose(handle);
+    if (module == nullptr) {
+        dlclose(handle);
+        throw std::bad_alloc();
+    }
     return module;
 }
 

@@ -140,7 +140,7 @@ void CoUninitialize() {
 ShellLink* ShellLinkCreate() {
     // CoCreateInstance fails on a thread without COM (CO_E_NOTINITIALIZED).
     if (posix::g_comInitialised == 0) return nullptr;
-    return new (std::nothrow) ShellLink;
+    return new ShellLink;
 }
 
 bool ShellLinkLoad(ShellLink* link, const char* path) {
