@@ -1,9 +1,14 @@
 // Causes.h - the system's error numbers as the file causes of the library's
-// failures: one mapping for every call of the Windows layer that reports why.
+// failures: one mapping for every call of the Windows layer that reports why,
+// and the test for a call that failed for want of memory, which must go up as
+// std::bad_alloc rather than read as a key, file or folder that is not there.
 #ifndef QV_PLATFORM_WIN32_CAUSES_H
 #define QV_PLATFORM_WIN32_CAUSES_H
 
 #include <windows.h>
+
+#include <cerrno>
+#include <new>
 
 #include "platform/platform.h"
 
@@ -30,6 +35,20 @@ inline int CauseFromError(DWORD error) {
         case ERROR_HANDLE_EOF: return kCauseEndOfFile;
         default: return kCauseGeneric;
     }
+}
+
+// Throws std::bad_alloc for the system's out-of-memory errors. Called where
+// nothing is held that the throw would leak.
+inline void ThrowIfNoMemory(DWORD error) {
+    if (error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY) throw std::bad_alloc();
+}
+inline void ThrowIfComNoMemory(HRESULT result) {
+    if (result == E_OUTOFMEMORY) throw std::bad_alloc();
+}
+// The C runtime's calls: errno, and the system's own reason beside it.
+inline void ThrowIfRuntimeNoMemory() {
+    if (errno == ENOMEM) throw std::bad_alloc();
+    ThrowIfNoMemory(static_cast<DWORD>(_doserrno));
 }
 
 }  // namespace win32

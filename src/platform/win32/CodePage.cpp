@@ -7,6 +7,7 @@
 // code converts on Windows, is shared too. Out of UTF-16 only the code pages
 // of the readers are written.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 #include "platform/Cp932Jis.h"
 
 #include <windows.h>
@@ -82,8 +83,12 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
         // conversion is not offered.
         const bool flagless = (codePage >= 50220 && codePage <= 50229) || codePage == 52936 || codePage == 65000;
         if (strict && flagless) return 0;
-        return ::MultiByteToWideChar(codePage, strict ? MB_ERR_INVALID_CHARS : 0, multi, cbMulti,
-                                     reinterpret_cast<wchar_t*>(wide), cchWide);
+        const int n = ::MultiByteToWideChar(codePage, strict ? MB_ERR_INVALID_CHARS : 0, multi, cbMulti,
+                                            reinterpret_cast<wchar_t*>(wide), cchWide);
+        // An invalid sequence fails the call; so may a lack of memory, which
+        // must not read as one.
+        if (n == 0) win32::ThrowIfNoMemory(::GetLastError());
+        return n;
     }
     const size_t count = cbMulti == -1 ? std::strlen(multi) + 1 : static_cast<size_t>(cbMulti);
     const unsigned char* p = reinterpret_cast<const unsigned char*>(multi);

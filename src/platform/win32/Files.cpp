@@ -45,7 +45,10 @@ char* GetCwd(char* buffer, int size) { return ::_getcwd(buffer, size); }
 
 int Access(const char* path) {
     const std::wstring wide = win32::WidePath(path);
-    return !wide.empty() && ::_waccess(wide.c_str(), 0) == 0 ? 0 : -1;
+    if (wide.empty()) return -1;
+    if (::_waccess(wide.c_str(), 0) == 0) return 0;
+    win32::ThrowIfRuntimeNoMemory();
+    return -1;
 }
 
 int Remove(const char* path) {
@@ -65,8 +68,11 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
         return nullptr;
     }
     const std::wstring wideMode(mode, mode + std::strlen(mode));
+    errno = 0;
+    _doserrno = 0;
     FILE* stream = ::_wfopen(wide.c_str(), wideMode.c_str());
     if (stream == nullptr) {
+        win32::ThrowIfRuntimeNoMemory();
         // The runtime keeps the system's own reason beside errno: ENOENT
         // stands for a missing file and for a missing folder on the way.
         why = win32::CauseFromError(static_cast<DWORD>(_doserrno));
@@ -76,7 +82,7 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     File* file = new (std::nothrow) File{stream};
     if (file == nullptr) {
         std::fclose(stream);
-        return nullptr;
+        throw std::bad_alloc();
     }
     why = kCauseNone;
     return file;
@@ -125,8 +131,12 @@ std::wstring FromAnsi(const char* text) {
 uint32_t ProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                        uint32_t size, const char* fileName) {
     const std::wstring file = win32::WidePath(fileName);
-    if (file.compare(0, 4, L"\\\\?\\") != 0 || buffer == nullptr || size == 0)
-        return ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
+    if (file.compare(0, 4, L"\\\\?\\") != 0 || buffer == nullptr || size == 0) {
+        ::SetLastError(ERROR_SUCCESS);
+        const DWORD n = ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
+        if (n == 0) win32::ThrowIfNoMemory(::GetLastError());
+        return n;
+    }
     std::wstring value(size, L'\0');
     const DWORD n = ::GetPrivateProfileStringW(FromAnsi(section).c_str(), FromAnsi(key).c_str(),
                                                FromAnsi(defaultValue).c_str(), &value[0], size, file.c_str());
@@ -139,12 +149,18 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
     if (pattern == nullptr || data == nullptr) return nullptr;
     const std::wstring wide = win32::WidePath(pattern);
     _wfinddata_t found;
-    const intptr_t handle = wide.empty() ? -1 : ::_wfindfirst(wide.c_str(), &found);
-    if (handle == -1) return nullptr;
+    if (wide.empty()) return nullptr;
+    errno = 0;
+    _doserrno = 0;
+    const intptr_t handle = ::_wfindfirst(wide.c_str(), &found);
+    if (handle == -1) {
+        win32::ThrowIfRuntimeNoMemory();
+        return nullptr;
+    }
     FindHandle* result = new (std::nothrow) FindHandle{handle};
     if (result == nullptr) {
         ::_findclose(handle);
-        return nullptr;
+        throw std::bad_alloc();
     }
     Fill(found, data);
     return result;
@@ -153,7 +169,12 @@ FindHandle* FindFirst(const char* pattern, FindData* data) {
 bool FindNext(FindHandle* handle, FindData* data) {
     if (handle == nullptr || data == nullptr) return false;
     _wfinddata_t found;
-    if (::_wfindnext(handle->handle, &found) != 0) return false;
+    errno = 0;
+    _doserrno = 0;
+    if (::_wfindnext(handle->handle, &found) != 0) {
+        win32::ThrowIfRuntimeNoMemory();
+        return false;
+    }
     Fill(found, data);
     return true;
 }

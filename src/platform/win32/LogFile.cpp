@@ -28,11 +28,15 @@ int LogFileOpen(const char16_t* path, LogFile** out) {
     const HANDLE handle = ::CreateFileW(wide.c_str(), GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return CauseFromError(::GetLastError());
+    if (handle == INVALID_HANDLE_VALUE) {
+        const DWORD error = ::GetLastError();
+        win32::ThrowIfNoMemory(error);
+        return CauseFromError(error);
+    }
     LogFile* file = new (std::nothrow) LogFile{handle};
     if (file == nullptr) {
         ::CloseHandle(handle);
-        return 1;
+        throw std::bad_alloc();
     }
     *out = file;
     return 0;

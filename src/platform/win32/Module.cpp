@@ -1,5 +1,6 @@
 // Module.cpp - dynamic libraries and the critical section on Windows.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 
 #include <windows.h>
 
@@ -24,12 +25,18 @@ struct CriticalSection {
 Module* ModuleLoad(const char* fileName) {
     if (fileName == nullptr || *fileName == 0) return nullptr;
     const HMODULE handle = ::LoadLibraryA(fileName);
-    if (handle == nullptr) return nullptr;
+    if (handle == nullptr) {
+        win32::ThrowIfNoMemory(::GetLastError());
+        return nullptr;
+    }
     HMODULE pinned = nullptr;
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                          reinterpret_cast<LPCWSTR>(handle), &pinned);
     Module* module = new (std::nothrow) Module{handle};
-    if (module == nullptr) ::FreeLibrary(handle);
+    if (module == nullptr) {
+        ::FreeLibrary(handle);
+        throw std::bad_alloc();
+    }
     return module;
 }
 

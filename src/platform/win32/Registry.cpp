@@ -3,6 +3,7 @@
 // The mail client is a 32-bit program: its HKLM\Software keys lie in the
 // 32-bit view, which a 64-bit build asks for first, then the native view.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 
 #include <windows.h>
 
@@ -18,13 +19,18 @@ bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
     if (subKey == nullptr || out == nullptr) return false;
     const HKEY root = hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
     HKEY key = nullptr;
-    if (::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key) != ERROR_SUCCESS &&
-        ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
-        return false;
+    // A key that could not be looked for is no missing key.
+    LONG error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key);
+    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    if (error != ERROR_SUCCESS) {
+        error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE, &key);
+        win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+        if (error != ERROR_SUCCESS) return false;
+    }
     RegKey* result = new (std::nothrow) RegKey{key};
     if (result == nullptr) {
         ::RegCloseKey(key);
-        return false;
+        throw std::bad_alloc();
     }
     *out = result;
     return true;
@@ -33,9 +39,10 @@ bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
 bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pcbData) {
     if (key == nullptr || data == nullptr || pcbData == nullptr) return false;
     DWORD size = *pcbData;
-    if (::RegQueryValueExA(key->key, valueName, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size) !=
-        ERROR_SUCCESS)
-        return false;
+    const LONG error =
+        ::RegQueryValueExA(key->key, valueName, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size);
+    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    if (error != ERROR_SUCCESS) return false;
     *pcbData = size;
     return true;
 }

@@ -1,5 +1,6 @@
 // ShellLink.cpp - the shell link object through COM on Windows.
 #include "platform/platform.h"
+#include "platform/win32/Causes.h"
 #include "platform/win32/WidePath.h"
 
 #include <windows.h>
@@ -22,29 +23,44 @@ void CoUninitialize() { ::CoUninitialize(); }
 
 ShellLink* ShellLinkCreate() {
     IShellLinkA* link = nullptr;
-    if (FAILED(::CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
-                                  reinterpret_cast<void**>(&link))) ||
-        link == nullptr)
-        return nullptr;
+    const HRESULT created = ::CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
+                                               reinterpret_cast<void**>(&link));
+    win32::ThrowIfComNoMemory(created);
+    if (FAILED(created) || link == nullptr) return nullptr;
     ShellLink* result = new (std::nothrow) ShellLink{link};
-    if (result == nullptr) link->Release();
+    if (result == nullptr) {
+        link->Release();
+        throw std::bad_alloc();
+    }
     return result;
 }
 
 bool ShellLinkLoad(ShellLink* link, const char* path) {
     if (link == nullptr || path == nullptr) return false;
     IPersistFile* file = nullptr;
-    if (FAILED(link->link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) || file == nullptr)
-        return false;
-    const std::wstring wide = win32::WidePath(path);
-    bool ok = !wide.empty() && SUCCEEDED(file->Load(wide.c_str(), STGM_WRITE));
+    const HRESULT queried = link->link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file));
+    win32::ThrowIfComNoMemory(queried);
+    if (FAILED(queried) || file == nullptr) return false;
+    HRESULT loaded = E_FAIL;
+    try {
+        const std::wstring wide = win32::WidePath(path);
+        if (!wide.empty()) loaded = file->Load(wide.c_str(), STGM_WRITE);
+    } catch (...) {
+        file->Release();
+        throw;
+    }
     file->Release();
-    return ok;
+    // E_OUTOFMEMORY from the load is taken for a damaged file: the shell
+    // allocates the sizes that the file's blocks claim, so a broken shortcut
+    // gives it too, and it must cost its one name, not the walk.
+    return SUCCEEDED(loaded);
 }
 
 bool ShellLinkGetArguments(ShellLink* link, char* buffer, int size) {
     if (link == nullptr || buffer == nullptr || size <= 0) return false;
-    return SUCCEEDED(link->link->GetArguments(buffer, size));
+    const HRESULT result = link->link->GetArguments(buffer, size);
+    win32::ThrowIfComNoMemory(result);
+    return SUCCEEDED(result);
 }
 
 void ShellLinkRelease(ShellLink* link) {
