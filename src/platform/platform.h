@@ -10,7 +10,10 @@
 // (0 none, 1 generic, 2 file not found, 3 bad path, 4 too many open files,
 // 5 access denied, 11 sharing violation, 13 disk full, ...).
 //
-// Nothing here throws but std::bad_alloc. Names that are macros in <windows.h> are avoided.
+// Nothing here throws but std::bad_alloc, and a call that fails for want of
+// memory (an allocation of the layer's own, ENOMEM, ERROR_NOT_ENOUGH_MEMORY)
+// throws it rather than answer as though the key, file or folder were not
+// there. Names that are macros in <windows.h> are avoided.
 #ifndef QV_PLATFORM_PLATFORM_H
 #define QV_PLATFORM_PLATFORM_H
 

@@ -21,8 +21,23 @@ inline bool DocumentedCode(int32_t code) {
     return kCodes.count(code) != 0;
 }
 
+// The walk as a tree: each object's line and its child lists, each marked
+// when a call on it returned QV_E_OUT_OF_MEMORY.
+struct WalkNode;
+struct WalkList {
+    std::string count;
+    bool outOfMemory = false;
+    std::vector<WalkNode> children;
+};
+struct WalkNode {
+    std::string line;
+    bool outOfMemory = false;
+    std::vector<WalkList> lists;
+};
+
 struct WalkResult {
     std::vector<std::string> lines;  // one per object and per failed call
+    WalkNode tree;                   // the installed test's line, the root below
     std::set<int32_t> codes;         // every code a call returned
     bool leftAlive = false;          // a dispose that failed
 
@@ -42,16 +57,22 @@ public:
 
     WalkResult Run() {
         r_ = WalkResult{};
+        oom_ = &r_.tree.outOfMemory;
         QV_BOOL installed = 0;
         Note("installed", Call([&] { return QV_IsMailerInstalled(&installed); }));
         r_.lines.push_back("installed " + std::to_string(installed));
+        r_.tree.line = r_.lines.back();
+        r_.tree.lists.emplace_back();
+        oom_ = &r_.tree.lists[0].outOfMemory;
         if (Note("init", Call([&] { return QV_InitLibrary(); })) == QV_S_OK) {
             QV_OBJ root = nullptr;
             if (Note("root", Call([&] { return QV_GetRootObject(&root); })) == QV_S_OK) {
-                Object(root, 0);
+                r_.tree.lists[0].children.emplace_back();
+                Object(root, 0, r_.tree.lists[0].children.back());
                 Dispose(root);
             }
         }
+        oom_ = nullptr;
         Note("exit", Call([&] { return QV_ExitLibrary(); }));
         return r_;
     }
@@ -73,6 +94,7 @@ private:
     int32_t Note(const std::string& what, int32_t code) {
         r_.codes.insert(code);
         if (code != QV_S_OK) r_.lines.push_back("  " + what + " !" + std::to_string(code));
+        if (code == QV_E_OUT_OF_MEMORY && oom_ != nullptr) *oom_ = true;
         return code;
     }
     void Dispose(QV_OBJ obj) {
@@ -90,7 +112,8 @@ private:
         for (size_t i = 0; i < len && buf[i] != 0; ++i) out += std::to_string(buf[i]) + ".";
         return out;
     }
-    void Object(QV_OBJ obj, int depth) {
+    void Object(QV_OBJ obj, int depth, WalkNode& node) {
+        oom_ = &node.outOfMemory;
         int32_t nClass = 0;
         Note("class", Call([&] { return QV_Object_GetClass(obj, &nClass); }));
         uint32_t attr = 0;
@@ -112,19 +135,26 @@ private:
             }
         }
         r_.lines.push_back(line);
+        node.line = line;
         static const std::vector<int32_t> kChildren[10] = {{}, {3}, {}, {4, 7}, {5}, {5, 6}, {}, {8}, {8, 9}, {}};
         if (nClass < 0 || nClass > 9) return;
         for (int32_t child : kChildren[nClass]) {
+            node.lists.emplace_back();
+            WalkList& list = node.lists.back();
+            oom_ = &list.outOfMemory;
             int32_t count = -1;
             Note("count", Call([&] { return QV_Object_GetChildCount(obj, child, &count); }));
             r_.lines.push_back(std::string(depth + 1, ' ') + "count " + std::to_string(count));
+            list.count = r_.lines.back();
             QV_OBJ objs = nullptr, item = nullptr;
             if (Note("children", Call([&] { return QV_Object_GetChildObjects(obj, child, &objs); })) != QV_S_OK) continue;
             for (;;) {
                 const int32_t code = Call([&] { return QV_Objects_GetNext(objs, &item); });
                 if (code == QV_E_NO_MORE_ITEMS) break;
                 if (Note("next", code) != QV_S_OK) break;
-                Object(item, depth + 1);
+                list.children.emplace_back();
+                Object(item, depth + 1, list.children.back());
+                oom_ = &list.outOfMemory;
                 Dispose(item);
             }
             Dispose(objs);
@@ -132,6 +162,7 @@ private:
     }
 
     WalkResult r_;
+    bool* oom_ = nullptr;  // where an out-of-memory code is marked
 };
 
 }  // namespace qvt

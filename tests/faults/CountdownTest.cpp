@@ -3,10 +3,12 @@
 // call of the platform layer, for N = 1, 2, 3, ... until a walk meets no
 // fault left to inject. Each faulted walk returns only documented codes and
 // gives every object back, and the walk after it, in the same process, finds
-// the whole tree again. Leaks show under the sanitizer build; blocks the
-// library still holds after QV_ExitLibrary (reachable, so no leak checker
-// minds them) show in the count of live blocks, which must be what it was
-// after the first walk.
+// the whole tree again. A faulted allocation walk is also held to the tree it
+// reached: what it lost (a user, a folder, a message, a name) it lost with an
+// out-of-memory code on the way, never as though it were not there. Leaks
+// show under the sanitizer build; blocks the library still holds after
+// QV_ExitLibrary (reachable, so no leak checker minds them) show in the count
+// of live blocks, which must be what it was after the first walk.
 //
 // The walks of all N take long under a sanitizer, so N advances by a stride
 // (QV_FAULT_STRIDE, 1 walks every N) from an offset that varies from run to
@@ -29,14 +31,40 @@ namespace {
 
 namespace faults = qvp::faults;
 
+// Where a faulted walk lost something of the whole tree without an
+// out-of-memory code on the way to it, "" when nowhere: an object's line and
+// its lists may differ only when a call on that object ran out of memory, a
+// list may be shorter only when a call on it or on its object did, and every
+// object the walk reached is held to the same.
+std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std::string& path) {
+    const std::string here = path + "/" + whole.line;
+    const bool excused = got.outOfMemory;
+    if (!excused && got.line != whole.line) return here + ": read as " + got.line;
+    if (!excused && got.lists.size() != whole.lists.size()) return here + ": child lists missing";
+    for (size_t i = 0; i < whole.lists.size() && i < got.lists.size(); ++i) {
+        const qvt::WalkList& want = whole.lists[i];
+        const qvt::WalkList& have = got.lists[i];
+        const size_t n = have.children.size();
+        if (n > want.children.size()) return here + ": objects that are not there";
+        if (!excused && !have.outOfMemory && (have.count != want.count || n != want.children.size()))
+            return here + ": " + want.count + " read as" + have.count + " with " + std::to_string(n) + " objects";
+        for (size_t k = 0; k < n; ++k) {
+            const std::string lost = Lost(want.children[k], have.children[k], here);
+            if (!lost.empty()) return lost;
+        }
+    }
+    return "";
+}
+
 long EnvOr(const char* name, long fallback) {
     const char* text = std::getenv(name);
     return text != nullptr && *text != 0 ? std::strtol(text, nullptr, 10) : fallback;
 }
 
 // Runs the countdown; arm(n) arms the nth fault, fired() tells whether it
-// was injected. Returns the number of faulted walks.
-long Countdown(const char* what, long defaultStride, const std::function<void(long)>& arm,
+// was injected, checkWhole holds each faulted walk to the whole tree.
+// Returns the number of faulted walks.
+long Countdown(const char* what, long defaultStride, bool checkWhole, const std::function<void(long)>& arm,
                const std::function<bool()>& fired) {
     // The message library by its path: a sanitizer's runtime hides the
     // program's run path from a load by bare name.
@@ -54,6 +82,7 @@ long Countdown(const char* what, long defaultStride, const std::function<void(lo
     const long seed = static_cast<long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
     const long offset = EnvOr("QV_FAULT_OFFSET", seed) % stride;
     std::printf("%s countdown: QV_FAULT_STRIDE=%ld QV_FAULT_OFFSET=%ld\n", what, stride, offset);
+    std::vector<std::string> losses;
     long walks = 0, n = offset + 1;
     for (;; n += stride) {
         arm(n);
@@ -61,6 +90,12 @@ long Countdown(const char* what, long defaultStride, const std::function<void(lo
         const bool hit = fired();
         arm(0);
         EXPECT_EQ("", faulted.Problems()) << what << " N=" << n;
+        const std::string lost = checkWhole ? Lost(reference.tree, faulted.tree, "") : "";
+        if (!lost.empty()) {
+            std::string codes;
+            for (int32_t code : faulted.codes) codes += " " + std::to_string(code);
+            losses.push_back("N=" + std::to_string(n) + " (codes" + codes + ") " + lost);
+        }
         const qvt::WalkResult again = qvt::StoreWalker().Run();
         EXPECT_EQ(reference.lines, again.lines) << what << " N=" << n;
         qvt::machine::ForgetFolders();
@@ -69,13 +104,16 @@ long Countdown(const char* what, long defaultStride, const std::function<void(lo
         ++walks;
     }
     std::printf("%s countdown: %ld faulted walks, the last N=%ld\n", what, walks, n);
+    for (size_t i = 0; i < losses.size() && i < 20; ++i) ADD_FAILURE() << what << " lost silently at " << losses[i];
+    EXPECT_EQ(0u, losses.size()) << what << ": walks that lost part of the tree without an out-of-memory code";
     return walks;
 }
 
 TEST(Countdown, Allocation) {
     // Only the library's allocations count: the walker's own are paused.
     qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
-    const long walks = Countdown("allocation", 7, [](long n) { faults::ArmAllocation(n); }, faults::AllocationFired);
+    const long walks =
+        Countdown("allocation", 7, true, [](long n) { faults::ArmAllocation(n); }, faults::AllocationFired);
     qvt::StoreWalker::SetAround(nullptr);
     faults::PauseAllocation(false);
     EXPECT_GT(walks, 0);
@@ -86,7 +124,7 @@ TEST(Countdown, Io) {
                                        faults::IoError::kDenied};
     // The walker's own blocks are not the library's.
     qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
-    Countdown("I/O", 1, [&](long n) { faults::ArmIo(n, kErrors[n % 3]); }, faults::IoFired);
+    Countdown("I/O", 1, false, [&](long n) { faults::ArmIo(n, kErrors[n % 3]); }, faults::IoFired);
     qvt::StoreWalker::SetAround(nullptr);
     faults::PauseAllocation(false);
 }
