@@ -309,6 +309,27 @@ TEST(Hashes, FipsVectors) {
     Sha256::UseProcessorInstructions(true);
 }
 
+// Two texts hashed side by side give each text's own digest, whatever their
+// lengths (the blocks of both, then the rest of the longer one, then the
+// padding of each).
+TEST(Hashes, PairEqualsTwoDigests) {
+    const size_t sizes[] = {0, 1, 55, 63, 64, 65, 127, 128, 1000, 4097};
+    std::string a(4097, 0), b(4097, 0);
+    for (size_t i = 0; i < a.size(); ++i) a[i] = static_cast<char>(i * 7), b[i] = static_cast<char>(i * 13 + 1);
+    for (bool instructions : {true, false}) {
+        Sha256::UseProcessorInstructions(instructions);
+        for (size_t na : sizes) {
+            for (size_t nb : sizes) {
+                std::string hexA, hexB;
+                Sha256::Pair(std::string_view(a).substr(0, na), std::string_view(b).substr(0, nb), &hexA, &hexB);
+                EXPECT_EQ(Digest<Sha256>(a.substr(0, na), 64), hexA) << na << " " << nb << " " << instructions;
+                EXPECT_EQ(Digest<Sha256>(b.substr(0, nb), 64), hexB) << na << " " << nb << " " << instructions;
+            }
+        }
+    }
+    Sha256::UseProcessorInstructions(true);
+}
+
 // The manifest's rows are encoded by hand: every string must come out as
 // nlohmann-json writes it, invalid UTF-8 (which it replaces) included.
 TEST(Manifest, StringsAsNlohmannJsonWritesThem) {

@@ -237,13 +237,16 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
     const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
     const std::string& text = rewritten ? rewritten_ : step.data;
     WrittenMessage written;
+    written.library = &step.data;
     const uint64_t before = sink_.bytes();
     if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
     if (!written.file.empty()) Member(&row_, "file", written.file);
     if (written.shared) Member(&row_, "offset", written.offset);
     Member(&row_, "length", written.length);
     Member(&row_, "sha256", written.sha256);
-    if (rewritten || written.shared) {
+    if (!written.librarySha256.empty()) {
+        Member(&row_, "library_sha256", written.librarySha256);
+    } else if (rewritten || written.shared) {
         Sha256 hash;
         hash.Update(step.data.data(), step.data.size());
         Member(&row_, "library_sha256", hash.HexDigest());

@@ -28,6 +28,9 @@ protected:
     void Reset();
     // Runs the compression over `count` whole blocks.
     virtual void Blocks(const unsigned char* blocks, size_t count) = 0;
+    // Counts `bytes` of whole blocks that went into the state directly,
+    // while nothing was buffered.
+    void Counted(uint64_t bytes) { length_ += bytes; }
 
     uint32_t* const state_;
 

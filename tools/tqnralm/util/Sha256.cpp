@@ -34,41 +34,84 @@ bool CpuHasSha() {
     return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & (1u << 29)) != 0;                    // SHA
 }
 
-// The state as ABEF and CDGH halves, four rounds per step: the layout the
-// instructions work on.
-__attribute__((target("sha,sse4.1,ssse3"))) void BlocksSha(uint32_t* state, const unsigned char* p, size_t n) {
-    const __m128i kBigEndian = _mm_set_epi64x(0x0c0d0e0f08090a0bULL, 0x0405060700010203ULL);
-    __m128i tmp = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state)), 0xB1);
-    __m128i state1 = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state + 4)), 0x1B);
-    __m128i state0 = _mm_alignr_epi8(tmp, state1, 8);
-    state1 = _mm_blend_epi16(state1, tmp, 0xF0);
-    for (; n > 0; --n, p += 64) {
-        const __m128i save0 = state0, save1 = state1;
-        __m128i w[4];
-        for (int quad = 0; quad < 16; ++quad) {
-            __m128i& words = w[quad % 4];
-            if (quad < 4) {
-                words = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * quad)), kBigEndian);
-            } else {
-                // W[t] from W[t-16], W[t-15], W[t-7] and W[t-2], four at a time.
-                const __m128i& last = w[(quad + 3) % 4];
-                words = _mm_sha256msg2_epu32(
-                    _mm_add_epi32(_mm_sha256msg1_epu32(words, w[(quad + 1) % 4]),
-                                  _mm_alignr_epi8(last, w[(quad + 2) % 4], 4)),
-                    last);
-            }
-            __m128i msg =
-                _mm_add_epi32(words, _mm_loadu_si128(reinterpret_cast<const __m128i*>(kRound + 4 * quad)));
-            state1 = _mm_sha256rnds2_epu32(state1, state0, msg);
-            state0 = _mm_sha256rnds2_epu32(state0, state1, _mm_shuffle_epi32(msg, 0x0E));
-        }
-        state0 = _mm_add_epi32(state0, save0);
-        state1 = _mm_add_epi32(state1, save1);
-    }
-    tmp = _mm_shuffle_epi32(state0, 0x1B);
-    state1 = _mm_shuffle_epi32(state1, 0xB1);
+// One text's state as ABEF and CDGH halves (the layout the instructions
+// work on), the four words of the message schedule in use, and its blocks.
+struct Lane {
+    __m128i state0, state1, save0, save1;
+    __m128i w[4];
+    const unsigned char* p;
+};
+
+__attribute__((target("sha,sse4.1,ssse3"))) Lane LoadLane(const uint32_t* state, const unsigned char* p) {
+    Lane lane;
+    const __m128i tmp = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state)), 0xB1);
+    const __m128i cdgh = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state + 4)), 0x1B);
+    lane.state0 = _mm_alignr_epi8(tmp, cdgh, 8);
+    lane.state1 = _mm_blend_epi16(cdgh, tmp, 0xF0);
+    lane.p = p;
+    return lane;
+}
+
+__attribute__((target("sha,sse4.1,ssse3"))) void StoreLane(const Lane& lane, uint32_t* state) {
+    const __m128i tmp = _mm_shuffle_epi32(lane.state0, 0x1B);
+    const __m128i state1 = _mm_shuffle_epi32(lane.state1, 0xB1);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_blend_epi16(tmp, state1, 0xF0));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(state1, tmp, 8));
+}
+
+// Four rounds of the lane's block; quad 0 starts it, quad 15 adds it in and
+// moves the lane on to its next block.
+__attribute__((target("sha,sse4.1,ssse3"), always_inline)) inline void Quad(Lane& lane, int quad) {
+    const __m128i kBigEndian = _mm_set_epi64x(0x0c0d0e0f08090a0bULL, 0x0405060700010203ULL);
+    if (quad == 0) {
+        lane.save0 = lane.state0;
+        lane.save1 = lane.state1;
+    }
+    __m128i& words = lane.w[quad % 4];
+    if (quad < 4) {
+        words = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(lane.p + 16 * quad)), kBigEndian);
+    } else {
+        // W[t] from W[t-16], W[t-15], W[t-7] and W[t-2], four at a time.
+        const __m128i& last = lane.w[(quad + 3) % 4];
+        words = _mm_sha256msg2_epu32(
+            _mm_add_epi32(_mm_sha256msg1_epu32(words, lane.w[(quad + 1) % 4]),
+                          _mm_alignr_epi8(last, lane.w[(quad + 2) % 4], 4)),
+            last);
+    }
+    const __m128i msg = _mm_add_epi32(words, _mm_loadu_si128(reinterpret_cast<const __m128i*>(kRound + 4 * quad)));
+    lane.state1 = _mm_sha256rnds2_epu32(lane.state1, lane.state0, msg);
+    lane.state0 = _mm_sha256rnds2_epu32(lane.state0, lane.state1, _mm_shuffle_epi32(msg, 0x0E));
+    if (quad == 15) {
+        lane.state0 = _mm_add_epi32(lane.state0, lane.save0);
+        lane.state1 = _mm_add_epi32(lane.state1, lane.save1);
+        lane.p += 64;
+    }
+}
+
+__attribute__((target("sha,sse4.1,ssse3"))) void BlocksSha(uint32_t* state, const unsigned char* p, size_t n) {
+    Lane lane = LoadLane(state, p);
+    for (; n > 0; --n) {
+        // Unrolled, the schedule's words stay in registers and the steps of
+        // the first and last quad are no branches.
+#pragma GCC unroll 16
+        for (int quad = 0; quad < 16; ++quad) Quad(lane, quad);
+    }
+    StoreLane(lane, state);
+}
+
+// `n` blocks of each of two texts, their rounds interleaved.
+__attribute__((target("sha,sse4.1,ssse3"))) void BlocksSha2(uint32_t* stateA, const unsigned char* a,
+                                                          uint32_t* stateB, const unsigned char* b, size_t n) {
+    Lane laneA = LoadLane(stateA, a), laneB = LoadLane(stateB, b);
+    for (; n > 0; --n) {
+#pragma GCC unroll 16
+        for (int quad = 0; quad < 16; ++quad) {
+            Quad(laneA, quad);
+            Quad(laneB, quad);
+        }
+    }
+    StoreLane(laneA, stateA);
+    StoreLane(laneB, stateB);
 }
 
 bool g_useSha = CpuHasSha();
@@ -90,6 +133,25 @@ static const uint32_t kInitial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff
                                      0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
 
 Sha256::Sha256() : BlockHash(words_, kInitial, 8) { Reset(); }
+
+void Sha256::Pair(std::string_view a, std::string_view b, std::string* hexA, std::string* hexB) {
+    Sha256 x, y;
+#if TQNRALM_SHA_X86
+    const size_t both = (a.size() < b.size() ? a.size() : b.size()) / 64;
+    if (g_useSha && both > 0) {
+        BlocksSha2(x.words_, reinterpret_cast<const unsigned char*>(a.data()), y.words_,
+                   reinterpret_cast<const unsigned char*>(b.data()), both);
+        x.Counted(both * 64);
+        y.Counted(both * 64);
+        a.remove_prefix(both * 64);
+        b.remove_prefix(both * 64);
+    }
+#endif
+    x.Update(a.data(), a.size());
+    y.Update(b.data(), b.size());
+    *hexA = x.HexDigest();
+    *hexB = y.HexDigest();
+}
 
 void Sha256::Blocks(const unsigned char* p, size_t n) {
 #if TQNRALM_SHA_X86

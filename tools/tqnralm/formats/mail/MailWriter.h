@@ -21,6 +21,11 @@ namespace tqnralm {
 // destination names none), the range of the file that holds it, and the
 // SHA-256 of those bytes.
 struct WrittenMessage {
+    // In: the library's bytes of the message. A writer whose own bytes
+    // differ from them may hash both side by side (Sha256::Pair) and give
+    // their digest in librarySha256, else the caller hashes them.
+    const std::string* library = nullptr;
+    std::string librarySha256;
     std::string file;
     bool shared = false;  // the file holds other messages too (mbox): offset and length tell which bytes
     uint64_t offset = 0;

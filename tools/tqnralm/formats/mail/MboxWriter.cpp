@@ -55,8 +55,12 @@ public:
         written->shared = true;
         written->offset = sink.offset();
         written->length = text_.size();
-        hash_.Update(text_.data(), text_.size());
-        written->sha256 = hash_.HexDigest();
+        if (written->library != nullptr) {
+            Sha256::Pair(text_, *written->library, &written->sha256, &written->librarySha256);
+        } else {
+            hash_.Update(text_.data(), text_.size());
+            written->sha256 = hash_.HexDigest();
+        }
         return sink.Write(text_);
     }
 
