@@ -7,7 +7,6 @@
 #include "Export.h"
 #include "ExportPlan.h"
 #include "Library.h"
-#include "MailPass.h"
 #include "DryRunSink.h"
 #include "Formats.h"
 #include "MailWriter.h"
@@ -15,16 +14,6 @@
 
 namespace tqnralm {
 namespace gui {
-
-namespace {
-
-// The bytes of each message of a dry run, as the export would write them.
-struct Sizer : ProgressListener {
-    uint64_t bytes = 0;
-    void OnProgress(int64_t, int64_t, uint64_t total) override { bytes = total; }
-};
-
-}  // namespace
 
 Engine::~Engine() {
     os::RaiseStop();  // a dry run or export still going ends after its message
@@ -62,36 +51,22 @@ void Engine::Find() {
     });
 }
 
-// The export's own dry run: the plan of the chosen users, then every
-// message through the chosen format's writer and every address book
+// The export's own dry run (Export.h): the plan of the chosen users, then
+// every message through the chosen format's writer and every address book
 // through theirs, counted and not written.
 void Engine::Plan(ExportOptions options) {
     Join();
     os::ClearStopRequest();
     planning_ = true;
+    options.dryRun = true;
+    options.quiet = true;
+    if (options.outDir.empty()) options.outDir = ".";  // no folder chosen yet: none is written anyway
     thread_ = std::thread([this, options] {
+        const ExportResult result = tqnralm::Export(GlobalOptions(), options);
         PlanTotals totals;
-        {
-            Session session;
-            totals.exit = session.Open();
-            DryRunSink sink;
-            std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
-            ExportPlan plan;
-            if (totals.exit == kExitOk) totals.exit = MakePlan(session.root(), options, *writer, &plan);
-            if (totals.exit == kExitOk) {
-                Sizer sizer;
-                Progress progress(false, plan.expected);
-                progress.Listen(&sizer);
-                MailPass pass(*writer, sink, nullptr, JournalState(), progress, plan);
-                MailTotals mail;
-                if (options.mail) pass.Run(&mail);
-                Json books = Json::array();
-                AddressTotals addresses;
-                if (options.addresses) WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses);
-                totals.messages = options.mail ? plan.expected : 0;
-                totals.bytes = sizer.bytes + addresses.bytes;
-            }
-        }
+        totals.exit = result.exit;
+        totals.messages = result.messages;
+        totals.bytes = result.mail.bytes + result.addresses.bytes;
         planned_ = totals;
         planning_ = false;
         Post(kPlannedMessage, static_cast<WPARAM>(totals.exit));

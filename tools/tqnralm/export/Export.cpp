@@ -154,11 +154,51 @@ void PrintBooks(const Json& books) {
     }
 }
 
+// The one ending of every export, its dry run and the rerun of a finished
+// one: the summary of what was done (or is to be done), and what could not
+// be read. A dry run lists on stdout, where its plan went.
+void End(const ExportOptions& options, const ExportResult& result, Progress& progress) {
+    const bool dryRun = options.dryRun;
+    if (dryRun) {
+        Print(stdout, "%lld messages in %llu folders, %llu bytes to write", static_cast<long long>(result.messages),
+              static_cast<unsigned long long>(result.folders), static_cast<unsigned long long>(result.mail.bytes));
+        if (result.exit != kExitOk) {
+            Print(stdout, "; %lld messages and %llu other items cannot be read",
+                  static_cast<long long>(result.mail.failed + result.mail.unread),
+                  static_cast<unsigned long long>(result.problems.size()));
+        }
+        Print(stdout, "\n");
+    }
+    for (const Problem& problem : dryRun ? result.problems : std::vector<Problem>()) {
+        Print(stdout, "cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+              static_cast<int>(problem.code));
+    }
+    if (options.mail) progress.Finish(dryRun, result.mail.written, result.mail.failed, result.mail.bytes);
+    if (options.addresses && result.addressTotals) PrintAddressSummary(dryRun, result.addresses);
+    for (const Problem& problem : dryRun ? std::vector<Problem>() : result.problems) {
+        Print(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
+              static_cast<int>(problem.code));
+    }
+}
+
+// The result of a plan and its passes.
+ExportResult Result(const ExportPlan& plan, const MailTotals& mail, const AddressTotals& addresses) {
+    ExportResult result;
+    result.exit = Complete(plan, mail, addresses) ? kExitOk : kExitIncomplete;
+    result.messages = plan.expected;
+    result.folders = plan.folders;
+    result.mail = mail;
+    result.addresses = addresses;
+    result.problems = plan.problems;
+    return result;
+}
+
 // The export into a sink that only counts, with the plan printed.
-int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer) {
+ExportResult DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer) {
     PrintPlan(plan);
     DryRunSink sink;
     Progress progress(false, plan.expected);
+    progress.Listen(options.listener);
     MailTotals totals;
     MailPass pass(writer, sink, nullptr, JournalState(), progress, plan);
     pass.KeepRawHeaders(options.raw);
@@ -168,22 +208,9 @@ int DryRun(const ExportOptions& options, ExportPlan& plan, MailWriter& writer) {
     AddressTotals addresses;
     if (options.addresses) WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses);
     PrintBooks(books);
-    const bool complete = Complete(plan, totals, addresses);
-    Print(stdout, "%lld messages in %llu folders, %llu bytes to write", static_cast<long long>(plan.expected),
-          static_cast<unsigned long long>(plan.folders), static_cast<unsigned long long>(totals.bytes));
-    if (!complete) {
-        Print(stdout, "; %lld messages and %llu other items cannot be read",
-              static_cast<long long>(totals.failed + totals.unread),
-              static_cast<unsigned long long>(plan.problems.size()));
-    }
-    Print(stdout, "\n");
-    for (const Problem& problem : plan.problems) {
-        Print(stdout, "cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-              static_cast<int>(problem.code));
-    }
-    if (options.mail) progress.Finish(true, totals.written, totals.failed, totals.bytes);
-    if (options.addresses) PrintAddressSummary(true, addresses);
-    return complete ? kExitOk : kExitIncomplete;
+    ExportResult result = Result(plan, totals, addresses);
+    End(options, result, progress);
+    return result;
 }
 
 // The members of the manifest before the messages: they name the store, its
@@ -221,7 +248,13 @@ int Republish(const std::string& outDir, const JournalState& state, DirectorySin
         os::RemoveFile(partial);
     }
     if (!sink.journal().Remove(&error)) return Fail(error, nullptr);
-    if (options.mail) Progress(false, 0).Finish(false, state.written, state.failed, state.bytes);
+    // What the journal kept of the mail; the address books' counts it does not keep.
+    ExportResult result;
+    result.exit = state.exit;
+    result.mail = {state.written, state.failed, state.unread, state.bytes};
+    result.addressTotals = false;
+    Progress progress(false, 0);
+    End(options, result, progress);
     return state.exit;
 }
 
@@ -292,37 +325,29 @@ int Finish(ExportPlan& plan, const MailTotals& totals, const Json& books, const 
     return state.exit;
 }
 
-}  // namespace
+ExportResult Exited(int exit) {
+    ExportResult result;
+    result.exit = exit;
+    return result;
+}
 
-int RunExport(const GlobalOptions& global, const ExportOptions& options) {
-    Session session;
-    if (int exit = session.StartLog(global)) return exit;
-    if (int exit = session.Open()) return exit;
-
-    std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
-    os::OutDirLock lock;
-    const os::Folder folder = os::InspectFolder(options.outDir);
-    const bool there = folder == os::Folder::kEmpty || folder == os::Folder::kNotEmpty;
-    if (int exit = !options.dryRun && there ? HoldOutDir(options.outDir, lock) : 0) return exit;
-    ExportPlan plan;
-    if (int exit = MakePlan(session.root(), options, *writer, &plan)) return exit;
-    if (int exit = CheckOutsideStore(options, plan)) return exit;
-    if (options.dryRun) return DryRun(options, plan, *writer);
-
+// The passes into OUTDIR after the plan: the mail, the address books, then
+// the manifest that makes the export finished.
+ExportResult Write(const ExportOptions& options, ExportPlan& plan, MailWriter& writer, os::OutDirLock& lock) {
     const Json header = Header(plan, options);
     JournalState state;
     state.identity = Identity(header, options);
     DirectorySink sink(options.outDir);
     Manifest manifest;
-    if (int exit = Begin(options, header, &state, manifest, sink, lock); exit >= 0) return exit;
+    if (int exit = Begin(options, header, &state, manifest, sink, lock); exit >= 0) return Exited(exit);
 
     os::CatchStopSignals();
     Progress progress(!options.quiet && os::StderrIsTerminal(), plan.expected);
     MailTotals totals{state.written, state.failed, state.unread, state.bytes};
     progress.Listen(options.listener);
-    MailPass pass(*writer, sink, &manifest, state, progress, plan);
+    MailPass pass(writer, sink, &manifest, state, progress, plan);
     pass.KeepRawHeaders(options.raw);
-    if (options.mail && !pass.Run(&totals)) return Fail("cannot write " + sink.error(), &manifest);
+    if (options.mail && !pass.Run(&totals)) return Exited(Fail("cannot write " + sink.error(), &manifest));
     if (!options.mail) plan.expected = 0;
     // The address books after the mail, listed after the messages; a rerun
     // writes them again and takes the files that are whole already.
@@ -330,23 +355,39 @@ int RunExport(const GlobalOptions& global, const ExportOptions& options) {
     AddressTotals addresses;
     if (!os::StopRequested() && options.addresses &&
         !WriteAddressBooks(plan, options.addressForms, sink, &books, &addresses)) {
-        return Fail("cannot write " + sink.error(), &manifest);
+        return Exited(Fail("cannot write " + sink.error(), &manifest));
     }
     if (os::StopRequested()) {
         manifest.Abandon();
         progress.Stopped(totals.written, totals.failed, totals.bytes);
-        return kExitStopped;
+        return Exited(kExitStopped);
     }
-    if (!sink.Commit()) return Fail("cannot write " + sink.error(), &manifest);
-    const int exit = Finish(plan, totals, books, addresses, manifest, sink.journal(), state);
-    if (exit == kExitOutput) return exit;
-    if (options.mail) progress.Finish(false, totals.written, totals.failed, totals.bytes);
-    if (options.addresses) PrintAddressSummary(false, addresses);
-    for (const Problem& problem : plan.problems) {
-        Print(stderr, "tqnralm: cannot read %s %s (code %d)\n", problem.item.c_str(), problem.index.c_str(),
-              static_cast<int>(problem.code));
-    }
-    return exit;
+    if (!sink.Commit()) return Exited(Fail("cannot write " + sink.error(), &manifest));
+    ExportResult result = Result(plan, totals, addresses);
+    result.exit = Finish(plan, totals, books, addresses, manifest, sink.journal(), state);
+    if (result.exit != kExitOutput) End(options, result, progress);
+    return result;
 }
+
+}  // namespace
+
+ExportResult Export(const GlobalOptions& global, const ExportOptions& options) {
+    Session session;
+    if (int exit = session.StartLog(global)) return Exited(exit);
+    if (int exit = session.Open()) return Exited(exit);
+
+    std::unique_ptr<MailWriter> writer = MakeMailWriter(*options.format);
+    os::OutDirLock lock;
+    const os::Folder folder = os::InspectFolder(options.outDir);
+    const bool there = folder == os::Folder::kEmpty || folder == os::Folder::kNotEmpty;
+    if (int exit = !options.dryRun && there ? HoldOutDir(options.outDir, lock) : 0) return Exited(exit);
+    ExportPlan plan;
+    if (int exit = MakePlan(session.root(), options, *writer, &plan)) return Exited(exit);
+    if (int exit = CheckOutsideStore(options, plan)) return Exited(exit);
+    if (options.dryRun) return DryRun(options, plan, *writer);
+    return Write(options, plan, *writer, lock);
+}
+
+int RunExport(const GlobalOptions& global, const ExportOptions& options) { return Export(global, options).exit; }
 
 }  // namespace tqnralm
