@@ -11,9 +11,10 @@
 namespace qvp {
 namespace faults {
 
-// What a failed system call reports: an I/O error, no descriptor left, or
-// no permission (EIO, EMFILE, EACCES and their Windows kin).
-enum class IoError { kHardIo, kTooManyFiles, kDenied };
+// What a failed system call reports: an I/O error, no descriptor left, no
+// permission, or no memory (EIO, EMFILE, EACCES, ENOMEM and their Windows
+// kin).
+enum class IoError { kHardIo, kTooManyFiles, kDenied, kNoMemory };
 
 // Arms the countdown: the nth allocation (or call) from now fails, once.
 // 0 disarms.

@@ -11,6 +11,7 @@
 #include "platform/platform.h"
 #include "platform/Cp932Jis.h"
 #include "platform/Faults.h"
+#include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
 #include <iconv.h>
@@ -42,14 +43,15 @@ struct ConverterCloser {
 } g_closer;
 
 iconv_t OpenConverter(const char* to, const char* from) {
-    faults::IoError ignored;
-    if (faults::IoFails(&ignored)) return reinterpret_cast<iconv_t>(-1);
-    return iconv_open(to, from);
+    const iconv_t cd = posix::InjectedFailure() ? reinterpret_cast<iconv_t>(-1) : iconv_open(to, from);
+    if (cd == reinterpret_cast<iconv_t>(-1)) posix::ThrowIfNoMemory(errno);
+    return cd;
 }
 
 // Opens what is not open yet; the caller holds g_iconvMutex. A converter
-// that fails to open (no memory, no descriptor) is asked for again next
-// time: one failure costs the conversion that met it, nothing after it.
+// that fails to open is asked for again next time: for want of a descriptor
+// one failure costs the conversion that met it, nothing after it; for want
+// of memory, std::bad_alloc goes up.
 bool OpenConverters() {
     if (g_toUtf16 == reinterpret_cast<iconv_t>(-1)) g_toUtf16 = OpenConverter("UTF-16LE", "CP932");
     if (g_fromUtf16 == reinterpret_cast<iconv_t>(-1)) g_fromUtf16 = OpenConverter("CP932", "UTF-16LE");

@@ -27,7 +27,12 @@ inline void ThrowIfNoMemory(int error) {
 inline bool InjectedFailure() {
     faults::IoError error;
     if (!faults::IoFails(&error)) return false;
-    errno = error == faults::IoError::kTooManyFiles ? EMFILE : error == faults::IoError::kDenied ? EACCES : EIO;
+    switch (error) {
+        case faults::IoError::kTooManyFiles: errno = EMFILE; break;
+        case faults::IoError::kDenied: errno = EACCES; break;
+        case faults::IoError::kNoMemory: errno = ENOMEM; break;
+        default: errno = EIO; break;
+    }
     return true;
 }
 
@@ -35,6 +40,7 @@ class DirStream {
 public:
     explicit DirStream(const std::string& hostDir) {
         if (InjectedFailure()) {
+            ThrowIfNoMemory(errno);
             m_failed = true;
             return;
         }

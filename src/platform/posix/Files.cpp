@@ -254,13 +254,14 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     return file;
 }
 
-// A read that fails ends the file there and is noted.
+// A read that fails ends the file there and is noted; one that fails for
+// want of memory throws, and the file stays as it was.
 bool ReadFails(File* file) {
-    if (file->error || posix::InjectedFailure()) {
-        file->error = file->eof = true;
-        return true;
-    }
-    return false;
+    if (file->error) return true;
+    if (!posix::InjectedFailure()) return false;
+    posix::ThrowIfNoMemory(errno);
+    file->error = file->eof = true;
+    return true;
 }
 
 char* FileGets(char* buffer, int n, File* file) {

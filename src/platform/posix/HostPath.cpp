@@ -356,7 +356,10 @@ int CauseFromErrno(int error, bool creating) {
 }
 
 int OpenForReading(const std::string& host) {
-    if (InjectedFailure()) return -1;
+    if (InjectedFailure()) {
+        ThrowIfNoMemory(errno);
+        return -1;
+    }
     // Reading the store leaves its access times as they were, where the
     // system lets us: O_NOATIME needs the file's owner (or CAP_FOWNER), and
     // once it is refused it is not asked for again.
@@ -410,8 +413,12 @@ bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes,
     long long size = 0;
     const int fd = OpenRegular(host, &size, &why);
     if (fd < 0) return false;
+    // The descriptor goes back also when the string cannot grow.
+    struct Closer {
+        int fd;
+        ~Closer() { close(fd); }
+    } closer{fd};
     if (static_cast<unsigned long long>(size) > maxBytes) {
-        close(fd);
         why = kCauseAccessDenied;
         return false;
     }
@@ -422,6 +429,7 @@ bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes,
         const ssize_t got = InjectedFailure() ? -1 : read(fd, buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) continue;
+            ThrowIfNoMemory(errno);
             why = CauseFromErrno(errno);
             break;
         }
@@ -432,7 +440,6 @@ bool ReadWholeFile(const std::string& host, size_t maxBytes, std::string* bytes,
         }
         bytes->append(buffer, static_cast<size_t>(got));
     }
-    close(fd);
     if (why != kCauseNone) bytes->clear();
     return why == kCauseNone;
 }

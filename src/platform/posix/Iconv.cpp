@@ -9,7 +9,6 @@
 // pages, and the conversion goes on with the next byte. A converter that
 // cannot be opened for want of a descriptor fails that one conversion; for
 // want of memory, std::bad_alloc goes up.
-#include "platform/Faults.h"
 #include "platform/posix/DirStream.h"
 #include "platform/posix/PosixText.h"
 
@@ -59,9 +58,7 @@ bool IconvToUtf16(uint32_t codePage, const char* bytes, size_t count, bool stric
     const char* name = NameOf(codePage);
     // Windows takes no flag of strictness for UTF-7 and the ISO-2022 forms.
     if (name == nullptr || (strict && (codePage == 65000 || (codePage >= 50220 && codePage <= 50229)))) return false;
-    faults::IoError ignored;
-    if (faults::IoFails(&ignored)) return false;
-    iconv_t cd = iconv_open("UTF-16LE", name);
+    iconv_t cd = InjectedFailure() ? reinterpret_cast<iconv_t>(-1) : iconv_open("UTF-16LE", name);
     if (cd == reinterpret_cast<iconv_t>(-1)) {
         ThrowIfNoMemory(errno);
         return false;

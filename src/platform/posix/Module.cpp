@@ -54,7 +54,11 @@ std::string OwnFolder() {
 }  // namespace
 
 Module* ModuleLoad(const char* fileName) {
-    if (fileName == nullptr || *fileName == 0 || posix::InjectedFailure()) return nullptr;
+    if (fileName == nullptr || *fileName == 0) return nullptr;
+    if (posix::InjectedFailure()) {
+        posix::ThrowIfNoMemory(errno);
+        return nullptr;
+    }
     const std::string name = SharedObjectName(fileName);
     void* handle = nullptr;
     if (name.find('/') == std::string::npos) {
