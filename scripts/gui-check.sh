@@ -5,7 +5,7 @@
 # locale, in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
 # of each step into OUT (default WIN64_BUILD/gui-check) for a person to look
 # at (step 5: the last step showing the Thunderbird steps; step 6: Explorer
-# opened on a problem). Five runs:
+# opened on a problem). Six runs:
 #   export   the sample store (samplestore --machine win64): the assistant's
 #            export must equal `tqnralm.exe export` of the same store, byte
 #            for byte, manifest included;
@@ -16,6 +16,8 @@
 #   resume   Cancel as soon as the export begins (exit 130), a second walk
 #            on the same folder stopped after its third message, and a third
 #            that goes on from there: again equal;
+#   short    a destination of 8 KB (a tmpfs, where one may be mounted): the
+#            second step warns that it is short, the export exits 4;
 #   missing  a prefix without the mail client: the first step says so and
 #            the assistant exits 3.
 # Needs wine64, Xvfb, ImageMagick's import, fonts-noto-cjk and localedef.
@@ -52,7 +54,8 @@ while [ -e /tmp/.X11-unix/X$display ] || [ -e /tmp/.X$display-lock ]; do display
 Xvfb :$display -screen 0 800x600x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
 export DISPLAY=:$display
-cleanup() { kill $xvfb 2>/dev/null; }
+small=
+cleanup() { kill $xvfb 2>/dev/null; [ -z "$small" ] || umount "$small" 2>/dev/null; }
 trap cleanup EXIT
 sleep 1
 
@@ -130,6 +133,18 @@ check "stopped after the third message (exit $rc), with messages written" \
 rc=$(walk resume "$prefix" "$out/resumed")
 check "a second walk goes on with the stopped export (exit $rc)" test "$rc" = "$cli"
 check "the resumed export equals the command line's" diff -r "$out/cli" "$out/resumed"
+
+# A destination with 8 KB free: the second step warns (its screenshot), and
+# the export stops at the full disk (exit 4). Only where tmpfs may be mounted.
+small=$out/small
+mkdir -p "$small"
+if mount -t tmpfs -o size=8k tmpfs "$small" 2>/dev/null; then
+  rc=$(walk short "$prefix" "$small/out")
+  umount "$small" && small=
+  check "a destination short of space: the export stops at the full disk (exit $rc)" test "$rc" = 4
+else
+  echo "gui-check: no tmpfs could be mounted; the warning of a short destination is not walked"
+fi
 WINEPREFIX=$prefix "$wineserver" -k >/dev/null 2>&1
 
 empty=$out/empty

@@ -93,8 +93,10 @@ TEST(AssistantSpace, TotalsAndAWarningWhenShort) {
          "1000 messages, 1.0 MB to write; 1.5 MB free on the destination.", false},
         {"short by the manifest", 0, 1000, 1000000, true, 1400000,
          "1000 messages, 1.0 MB to write; 1.4 MB free on the destination.\n"
-         "The destination is 0.1 MB short of space: choose another folder or free some space.",
+         "The destination is 0.2 MB short of space: choose another folder or free some space.",
          true},
+        {"a few bytes short", 0, 0, 100, true, 99, "0 messages, 0.0 MB to write; 0.0 MB free on the destination.\n"
+         "The destination is 0.1 MB short of space: choose another folder or free some space.", true},
         {"unknown free space", 0, 3, 10, false, 0, "3 messages, 0.0 MB to write; ? MB free on the destination.",
          false},
     };

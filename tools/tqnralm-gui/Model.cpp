@@ -104,7 +104,9 @@ SpaceCheck CheckSpace(const PlanTotals& plan, bool freeKnown, uint64_t freeBytes
     const uint64_t needed = plan.bytes + 512 * static_cast<uint64_t>(plan.messages);
     if (freeKnown && freeBytes < needed) {
         check.shortOfSpace = true;
-        check.line += "\n" + Format(Text::kShortOfSpace, {Megabytes(needed - freeBytes)});
+        // What is missing rounded up: a few kilobytes are never "0.0 MB".
+        const uint64_t tenths = (needed - freeBytes + 99999) / 100000;
+        check.line += "\n" + Format(Text::kShortOfSpace, {Megabytes(tenths * 100000)});
     }
     return check;
 }

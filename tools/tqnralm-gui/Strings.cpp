@@ -67,6 +67,11 @@ const Row kRows[] = {
      "Some items could not be read (manifest.json lists them too). Double-click one to show its place."},
     {Text::kDoneStopped, "止めました。同じフォルダーでもう一度始めると続きから書き出します。",
      "Stopped. Start again on the same folder to go on from there."},
+    {Text::kDoneOutput,
+     "書き出し先に書き込めませんでした (ディスクがいっぱい、権限がない、など)。"
+     "直してから同じフォルダーでもう一度始めると、続きから書き出します。",
+     "The destination could not be written (a full disk, no permission, ...). "
+     "Once that is mended, start again on the same folder: the export goes on from there."},
     {Text::kDoneFailed, "書き出せませんでした (コード %1)。", "The export failed (code %1)."},
     {Text::kOpenFolder, "フォルダーを開く(&O)", "&Open the folder"},
     {Text::kThunderbird, "Thunderbird への読み込み方(&T)", "Into &Thunderbird"},

@@ -50,6 +50,7 @@ enum class Text {
     kDoneOk,
     kDoneProblems,
     kDoneStopped,
+    kDoneOutput,
     kDoneFailed,       // %1 the exit code
     kOpenFolder,
     kThunderbird,

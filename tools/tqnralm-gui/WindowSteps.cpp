@@ -161,6 +161,7 @@ void Window::OnExported(int exit) {
     SetText(doneState_, exit == kExitOk          ? Str(Text::kDoneOk)
                         : exit == kExitIncomplete ? Str(Text::kDoneProblems)
                         : exit == kExitStopped    ? Str(Text::kDoneStopped)
+                        : exit == kExitOutput     ? Str(Text::kDoneOutput)
                                                   : Format(Text::kDoneFailed, {std::to_string(exit)}));
     SendMessageW(problems_, LB_RESETCONTENT, 0, 0);
     problemPaths_.clear();
