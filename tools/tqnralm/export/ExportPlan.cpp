@@ -24,9 +24,9 @@ class Planner {
 public:
     Planner(const MailWriter& writer, ExportPlan* plan) : writer_(writer), plan_(plan) {}
 
-    void User(Ref user, const std::string& index, const std::string& dir) {
+    void User(Ref user, const IndexPath& at, const std::string& dir) {
         UserPlan u;
-        u.index = index;
+        u.index = at.ToString();
         GetName(user.get(), false, &u.name);
         u.dir = dir;
         SiblingNames accountNames(writer_.AccountNames());
@@ -34,24 +34,22 @@ public:
         accountNames.Reserve("addresses");
         Children accounts(user.get(), QV_CLASS_ACCOUNT);
         Ref account;
-        for (int n = 0;; ++n) {
-            const std::string childIndex = index + "/" + std::to_string(n);
-            int32_t code = accounts.Next(&account);
-            if (code == QV_E_NO_MORE_ITEMS) break;
+        for (int32_t code; (code = accounts.Next(&account)) != QV_E_NO_MORE_ITEMS;) {
+            const IndexPath child = at.Child(accounts.position());
             if (code != QV_S_OK) {
-                plan_->problems.push_back({childIndex, "account", code});
+                plan_->problems.push_back({child.ToString(), "account", code});
                 continue;
             }
-            Account(account.get(), childIndex, u, accountNames);
+            Account(account.get(), child, u, accountNames);
         }
         u.user = std::move(user);
         plan_->users.push_back(std::move(u));
     }
 
 private:
-    void Account(QV_OBJ account, const std::string& index, UserPlan& user, SiblingNames& names) {
+    void Account(QV_OBJ account, const IndexPath& at, UserPlan& user, SiblingNames& names) {
         AccountPlan a;
-        a.index = index;
+        a.index = at.ToString();
         GetName(account, false, &a.name);
         if (GetName(account, true, &a.displayName) != QV_S_OK) a.displayName.clear();
         auto first = written_.find(a.name);
@@ -65,10 +63,10 @@ private:
         // An account without a title is named after its folder on the mail client's machine.
         const std::string shown = !a.displayName.empty() ? UnescapeName(a.displayName)
                                   : !a.name.empty()      ? LastPathComponent(UnescapeName(a.name))
-                                                         : "Account " + index;
+                                                         : "Account " + a.index;
         a.dir = user.dir + "/" + names.Claim(shown);
         written_[a.name] = {a.index, a.dir};
-        Folders(account, index, a, {});
+        Folders(account, at, a, {});
         PlaceInbox(a);
         user.accounts.push_back(std::move(a));
     }
@@ -102,14 +100,13 @@ private:
     }
 
     // The folders below `parent` in tree order, each before its subfolders.
-    void Folders(QV_OBJ parent, const std::string& index, AccountPlan& account, const std::vector<std::string>& path) {
+    void Folders(QV_OBJ parent, const IndexPath& at, AccountPlan& account, const std::vector<std::string>& path) {
         SiblingNames names(writer_.FolderNames());
         Children folders(parent, QV_CLASS_MAILFOLDER);
         Ref folder;
-        for (int n = 0;; ++n) {
-            const std::string childIndex = index + "/" + std::to_string(n);
-            int32_t code = folders.Next(&folder);
-            if (code == QV_E_NO_MORE_ITEMS) break;
+        for (int32_t code; (code = folders.Next(&folder)) != QV_E_NO_MORE_ITEMS;) {
+            const IndexPath child = at.Child(folders.position());
+            const std::string childIndex = child.ToString();
             if (code != QV_S_OK) {
                 plan_->problems.push_back({childIndex, "folder", code});
                 continue;
@@ -130,7 +127,7 @@ private:
             QV_OBJ held = folder.get();
             f.folder = std::move(folder);
             account.folders.push_back(std::move(f));
-            Folders(held, childIndex, account, childPath);
+            Folders(held, child, account, childPath);
         }
     }
 
@@ -159,18 +156,17 @@ int MakePlan(QV_OBJ root, const ExportOptions& options, const MailWriter& writer
     Planner planner(writer, plan);
     Children users(root, QV_CLASS_USER);
     Ref user;
-    for (int n = 0;; ++n) {
-        code = users.Next(&user);
-        if (code == QV_E_NO_MORE_ITEMS) break;
+    while ((code = users.Next(&user)) != QV_E_NO_MORE_ITEMS) {
+        const IndexPath at = IndexPath().Child(users.position());
         if (code != QV_S_OK) {
-            plan->problems.push_back({std::to_string(n), "user", code});
+            plan->problems.push_back({at.ToString(), "user", code});
             continue;
         }
         // Every user takes its name, so that a user's folder is the same
         // whichever users an export asks for.
-        const std::string dir = userNames.Claim(NameFor(user.get(), false, "User " + std::to_string(n)));
-        if (options.users.empty() || std::count(options.users.begin(), options.users.end(), n) > 0) {
-            planner.User(std::move(user), std::to_string(n), dir);
+        const std::string dir = userNames.Claim(NameFor(user.get(), false, "User " + at.ToString()));
+        if (options.users.empty() || std::count(options.users.begin(), options.users.end(), users.position()) > 0) {
+            planner.User(std::move(user), at, dir);
         }
     }
     return kExitOk;
