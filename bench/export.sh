@@ -5,8 +5,9 @@
 #   1. MESSAGES messages in 10 folders: `cat` of all the store's message files
 #      into one file, `tqnralm tree` (the library's walk alone), then the
 #      export as mbox, Maildir and EML; wall time and
-#      peak memory of each, and the export's time over cat's (target: mbox at
-#      most 1.5 times cat, and peak memory at most 64 MiB in every format).
+#      peak memory of each, and the export's time over cat's (target: mbox,
+#      journal and syncs on, within 1.0 times cat; peak memory at most
+#      64 MiB in every format).
 #      Maildir and EML make one file per message, so they are also set
 #      against `cp -r` of the store's folders, which makes as many files: on
 #      many disks the making of a file costs more than its bytes;

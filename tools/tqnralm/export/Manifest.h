@@ -2,7 +2,8 @@
 // member by member (a large store has more messages than memory should hold
 // at once) and renamed into place last, so that its presence means the
 // export finished. A journal (Journal.h) counts the length that is on the
-// disk, and a rerun goes on from there. Every value is encoded by nlohmann-json.
+// disk, and a rerun goes on from there. Every value is in the bytes that
+// nlohmann-json writes for it.
 //
 // The members in order: those given by Put, arrays given by BeginArray and
 // Append, then "totals", an object that each part of the export adds to.
