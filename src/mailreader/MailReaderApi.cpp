@@ -1,8 +1,7 @@
 // MailReaderApi.cpp - the eighteen flat functions of the mail reader.
 //
 // Each tests the reader handle and calls into the reader behind one barrier
-// that turns whatever is raised into a result (-1 for a lack of memory, which
-// must never read as a record that is not there): nothing but a result code
+// that turns whatever is raised into a result: nothing but a result code
 // leaves this file.
 #include <cstdlib>
 #include <cstring>
@@ -45,7 +44,7 @@ MAILRECORD_HANDLE TagTest(const MailReaderHandle* pHandle, MAILRECORD_HANDLE hRe
 int32_t FetchName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hRecord, bool bTitle, QvV4Value* pValue) {
     MailReaderHandle* pHandle = AsHandle(hReader);
     if (pHandle == nullptr) return -3;
-    return Barrier(-1, -2, [&]() -> int32_t {
+    return Barrier(-2, -2, [&]() -> int32_t {
         if (hRecord == nullptr) return -2;
         std::string text;
         if (hRecord == RootToken(pHandle)) {
@@ -55,7 +54,13 @@ int32_t FetchName(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hRecord, bool bTi
             text = bTitle ? pNamed->m_szTitle : pNamed->m_szName;
             if (text.empty()) return -3;
         }
-        return QvV4Value_FromString(EscapeRecordName(text), pValue);
+        // Only the escaping tells a lack of memory apart.
+        std::string escaped;
+        const int32_t nEscape = Barrier(-1, -2, [&] {
+            escaped = EscapeRecordName(text);
+            return 0;
+        });
+        return nEscape != 0 ? nEscape : QvV4Value_FromString(escaped, pValue);
     });
 }
 
@@ -65,7 +70,7 @@ int32_t FetchMessageText(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hFolder, i
                          MessageText what, QvV4Value* pValue) {
     if (hReader == nullptr) return -3;
     std::string text;
-    int32_t nResult = Barrier(-1, CMailBox::kUnreadable, [&]() -> int32_t {
+    int32_t nResult = Barrier(CMailBox::kUnreadable, CMailBox::kUnreadable, [&]() -> int32_t {
         if (hFolder == nullptr) return CMailBox::kUnreadable;
         CMailBox* pBox = AsBox(hFolder);
         switch (what) {
@@ -114,7 +119,7 @@ std::string EscapeRecordName(const std::string& name) {
 }
 
 int32_t MailReader_IsInstalled(int32_t* pbInstalled) {
-    return Barrier(-1, -2, [&]() -> int32_t {
+    return Barrier(-2, -2, [&]() -> int32_t {
         CMailReader* pReader = nullptr;
         int32_t nResult = OpenReader(&pReader);
         if (nResult != 0) return nResult;
@@ -129,7 +134,7 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
     if (phReader == nullptr) return -3;
     *phReader = nullptr;
     CMailReader* pReader = nullptr;
-    return Barrier(-1, -2, [&]() -> int32_t {
+    return Barrier(-2, -2, [&]() -> int32_t {
         int32_t nResult = OpenReader(&pReader);
         if (nResult != 0) return nResult;
         // A reader that gets no handle is closed here: nobody else could.
@@ -148,7 +153,7 @@ int32_t MailReader_Open(MAILREADER_HANDLE* phReader) {
         if (pHandle == nullptr) {
             qvp::Free(pszTag);
             CloseReader(pReader);
-            return -1;
+            return -3;
         }
         *phReader = pHandle;
         return 0;
@@ -189,7 +194,7 @@ int32_t MailReader_GetUserCount(MAILREADER_HANDLE hReader, int32_t* pnCount) {
 
 int32_t MailReader_GetUser(MAILREADER_HANDLE hReader, int32_t nIndex, MAILRECORD_HANDLE* phUser) {
     if (hReader == nullptr) return -3;
-    return Barrier(-1, -2, [&] {
+    return Barrier(-2, -2, [&] {
         CMailUser* pUser = nullptr;
         int32_t nResult = AsHandle(hReader)->pReader->GetUser(nIndex, &pUser);
         *phUser = pUser != nullptr ? ToHandle(pUser) : nullptr;
@@ -207,7 +212,7 @@ int32_t MailReader_GetAccountCount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE 
 int32_t MailReader_GetAccount(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hUser, int32_t nIndex,
                               MAILRECORD_HANDLE* phAccount) {
     if (hReader == nullptr) return -3;
-    return Barrier(-1, -2, [&]() -> int32_t {
+    return Barrier(-2, -2, [&]() -> int32_t {
         if (hUser == nullptr) return -2;
         CMailAccount* pAccount = nullptr;
         int32_t nResult = AsUser(hUser)->GetAccount(nIndex, &pAccount);

@@ -22,16 +22,16 @@ inline bool DocumentedCode(int32_t code) {
 }
 
 // The walk as a tree: each object's line and its child lists, each marked
-// when a call on it returned QV_E_OUT_OF_MEMORY.
+// when a call on it returned a failure code.
 struct WalkNode;
 struct WalkList {
     std::string count;
-    bool outOfMemory = false;
+    bool failed = false;
     std::vector<WalkNode> children;
 };
 struct WalkNode {
     std::string line;
-    bool outOfMemory = false;
+    bool failed = false;
     std::vector<WalkList> lists;
 };
 
@@ -57,13 +57,13 @@ public:
 
     WalkResult Run() {
         r_ = WalkResult{};
-        oom_ = &r_.tree.outOfMemory;
+        failed_ = &r_.tree.failed;
         QV_BOOL installed = 0;
         Note("installed", Call([&] { return QV_IsMailerInstalled(&installed); }));
         r_.lines.push_back("installed " + std::to_string(installed));
         r_.tree.line = r_.lines.back();
         r_.tree.lists.emplace_back();
-        oom_ = &r_.tree.lists[0].outOfMemory;
+        failed_ = &r_.tree.lists[0].failed;
         if (Note("init", Call([&] { return QV_InitLibrary(); })) == QV_S_OK) {
             QV_OBJ root = nullptr;
             if (Note("root", Call([&] { return QV_GetRootObject(&root); })) == QV_S_OK) {
@@ -72,7 +72,7 @@ public:
                 Dispose(root);
             }
         }
-        oom_ = nullptr;
+        failed_ = nullptr;
         Note("exit", Call([&] { return QV_ExitLibrary(); }));
         return r_;
     }
@@ -94,7 +94,7 @@ private:
     int32_t Note(const std::string& what, int32_t code) {
         r_.codes.insert(code);
         if (code != QV_S_OK) r_.lines.push_back("  " + what + " !" + std::to_string(code));
-        if (code == QV_E_OUT_OF_MEMORY && oom_ != nullptr) *oom_ = true;
+        if (code != QV_S_OK && failed_ != nullptr) *failed_ = true;
         return code;
     }
     void Dispose(QV_OBJ obj) {
@@ -113,7 +113,7 @@ private:
         return out;
     }
     void Object(QV_OBJ obj, int depth, WalkNode& node) {
-        oom_ = &node.outOfMemory;
+        failed_ = &node.failed;
         int32_t nClass = 0;
         Note("class", Call([&] { return QV_Object_GetClass(obj, &nClass); }));
         uint32_t attr = 0;
@@ -141,7 +141,7 @@ private:
         for (int32_t child : kChildren[nClass]) {
             node.lists.emplace_back();
             WalkList& list = node.lists.back();
-            oom_ = &list.outOfMemory;
+            failed_ = &list.failed;
             int32_t count = -1;
             Note("count", Call([&] { return QV_Object_GetChildCount(obj, child, &count); }));
             r_.lines.push_back(std::string(depth + 1, ' ') + "count " + std::to_string(count));
@@ -154,7 +154,7 @@ private:
                 if (Note("next", code) != QV_S_OK) break;
                 list.children.emplace_back();
                 Object(item, depth + 1, list.children.back());
-                oom_ = &list.outOfMemory;
+                failed_ = &list.failed;
                 Dispose(item);
             }
             Dispose(objs);
@@ -162,7 +162,7 @@ private:
     }
 
     WalkResult r_;
-    bool* oom_ = nullptr;  // where an out-of-memory code is marked
+    bool* failed_ = nullptr;  // where a failure code is marked
 };
 
 }  // namespace qvt

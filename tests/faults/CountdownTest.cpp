@@ -4,8 +4,8 @@
 // fault left to inject. Each faulted walk returns only documented codes and
 // gives every object back, and the walk after it, in the same process, finds
 // the whole tree again. A faulted allocation walk is also held to the tree it
-// reached: what it lost (a user, a folder, a message, a name) it lost with an
-// out-of-memory code on the way, never as though it were not there. Leaks
+// reached: what it lost (a user, a folder, a message, a name) it lost with a
+// failure code on the way, never as though it were not there. Leaks
 // show under the sanitizer build; blocks the library still holds after
 // QV_ExitLibrary (reachable, so no leak checker minds them) show in the count
 // of live blocks, which must be what it was after the first walk.
@@ -31,14 +31,14 @@ namespace {
 
 namespace faults = qvp::faults;
 
-// Where a faulted walk lost something of the whole tree without an
-// out-of-memory code on the way to it, "" when nowhere: an object's line and
-// its lists may differ only when a call on that object ran out of memory, a
-// list may be shorter only when a call on it or on its object did, and every
-// object the walk reached is held to the same.
+// Where a faulted walk lost something of the whole tree without a failure
+// code on the way to it, "" when nowhere: an object's line and its lists may
+// differ only when a call on that object failed, a list may be shorter only
+// when a call on it or on its object did, and every object the walk reached
+// is held to the same.
 std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std::string& path) {
     const std::string here = path + "/" + whole.line;
-    const bool excused = got.outOfMemory;
+    const bool excused = got.failed;
     if (!excused && got.line != whole.line) return here + ": read as " + got.line;
     if (!excused && got.lists.size() != whole.lists.size()) return here + ": child lists missing";
     for (size_t i = 0; i < whole.lists.size() && i < got.lists.size(); ++i) {
@@ -46,7 +46,7 @@ std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std
         const qvt::WalkList& have = got.lists[i];
         const size_t n = have.children.size();
         if (n > want.children.size()) return here + ": objects that are not there";
-        if (!excused && !have.outOfMemory && (have.count != want.count || n != want.children.size()))
+        if (!excused && !have.failed && (have.count != want.count || n != want.children.size()))
             return here + ": " + want.count + " read as" + have.count + " with " + std::to_string(n) + " objects";
         for (size_t k = 0; k < n; ++k) {
             const std::string lost = Lost(want.children[k], have.children[k], here);
@@ -105,7 +105,7 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
     }
     std::printf("%s countdown: %ld faulted walks, the last N=%ld\n", what, walks, n);
     for (size_t i = 0; i < losses.size() && i < 20; ++i) ADD_FAILURE() << what << " lost silently at " << losses[i];
-    EXPECT_EQ(0u, losses.size()) << what << ": walks that lost part of the tree without an out-of-memory code";
+    EXPECT_EQ(0u, losses.size()) << what << ": walks that lost part of the tree without a failure code";
     return walks;
 }
 
