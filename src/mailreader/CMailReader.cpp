@@ -105,21 +105,11 @@ int32_t CMailReader::GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** 
     path += '\\';
     path += pEntry->szName;
     CopyField(pFolder->m_szPath, sizeof pFolder->m_szPath, path.c_str());
-    int32_t nOpened;
-    try {
-        nOpened = pFolder->OpenBox();
-    } catch (...) {
-        // Out of memory or a failed read: the folder is not noted (it stays
-        // in the list, empty, until the close), and the next request reads
-        // it again.
-        pFolder->ReleaseBox();
-        throw;
-    }
     pEntry->pFolder = pFolder;
     *ppFolder = pFolder;
     // A folder that fails to open stays noted: the next request hands it
     // out as it is, titled or not, with no entries.
-    return nOpened != 0 ? -3 : 0;
+    return pFolder->OpenBox() != 0 ? -3 : 0;
 }
 
 int32_t CMailReader::GetUser(int32_t nIndex, CMailUser** ppUser) const {

@@ -66,16 +66,19 @@ void CMailBox::AppendMessageEntry(const std::string& name) {
 }
 
 int32_t CMailBox::LoadFolderEntries() {
-    // Running out of memory goes up: a list cut short is no list.
     std::string pattern = ProfilePath(m_szPath, "*.box");
-    qvp::FindData data;
-    qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
-    if (find.handle == nullptr) return 0;
-    // Files and directories alike: a plain file named "*.box" is a folder
-    // too, and fails when it is opened.
-    do {
-        AppendFolderEntry(data.name);
-    } while (qvp::FindNext(find.handle, &data));
+    try {
+        qvp::FindData data;
+        qvp::FindCloser find{qvp::FindFirst(pattern.c_str(), &data)};
+        if (find.handle == nullptr) return 0;
+        // Files and directories alike: a plain file named "*.box" is a folder
+        // too, and fails when it is opened.
+        do {
+            AppendFolderEntry(data.name);
+        } while (qvp::FindNext(find.handle, &data));
+    } catch (...) {
+        return -1;
+    }
     return 0;
 }
 
@@ -124,9 +127,9 @@ int32_t CMailFolder::LoadMessageList() {
         ReadEntryLines(source, ParseEntryListLine,
                        [this](const std::string& name) { AppendMessageEntry(name); });
     } catch (const std::bad_alloc&) {
-        throw;
+        return -2;
     } catch (const CMemoryException&) {
-        throw;
+        return -2;
     } catch (...) {
         return -3;
     }
