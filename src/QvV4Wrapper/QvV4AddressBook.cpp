@@ -107,11 +107,8 @@ int32_t CQvV4AddressBook::OpenBook() {
     if (m_bBookOpened) return QV_S_OK;
     CQvV4Analyzer* pAnalyzer = QvV4GetAnalyzer();
     if (pAnalyzer == nullptr) return QV_E_UNEXPECTED;
-    // A book that cannot be loaded is an empty book for the object's life;
-    // one that ran out of memory is not, and the next demand loads it again.
-    const int32_t result = AddrReader_OpenBook(pAnalyzer->m_hAddrReader, m_hAddrUser, m_nBookId, &m_hBook);
-    if (result != 0) m_hBook = nullptr;
-    if (result == -1) return QvV4MapError(result);
+    // A book that cannot be loaded is an empty book for the object's life.
+    if (AddrReader_OpenBook(pAnalyzer->m_hAddrReader, m_hAddrUser, m_nBookId, &m_hBook) != 0) m_hBook = nullptr;
     m_bBookOpened = 1;
     return QV_S_OK;
 }
@@ -119,16 +116,12 @@ int32_t CQvV4AddressBook::OpenBook() {
 void CQvV4AddressBook::ResolveProperties() {
     if (m_bPropsResolved) return;
     CQvV4Analyzer* pAnalyzer = QvV4GetAnalyzer();
-    // A lack of memory leaves the keys unresolved (the next demand tries
-    // again) and goes up, rather than reading as a key the book lacks.
-    const int32_t code = OpenBook();
-    if (code == QV_E_OUT_OF_MEMORY) throw std::bad_alloc();
-    if (code == QV_S_OK && m_hBook != nullptr && pAnalyzer != nullptr) {
+    if (OpenBook() == QV_S_OK && m_hBook != nullptr && pAnalyzer != nullptr) {
         for (int32_t i = 0; i < QV_V4_PROPERTY_COUNT; ++i) {
-            const int32_t result = AddrReader_FindProperty(pAnalyzer->m_hAddrReader, m_hBook,
-                                                           g_apszQvV4PropertyKeys[i], &m_anPropIndex[i]);
-            if (result == -1) throw std::bad_alloc();
-            if (result != 0) m_anPropIndex[i] = -1;
+            if (AddrReader_FindProperty(pAnalyzer->m_hAddrReader, m_hBook, g_apszQvV4PropertyKeys[i],
+                                        &m_anPropIndex[i]) != 0) {
+                m_anPropIndex[i] = -1;
+            }
         }
     }
     m_bPropsResolved = 1;
@@ -334,14 +327,9 @@ void CQvV4Address::FetchField(QV_WCHAR*& pszField, int32_t nKeyIndex) {
     QvV4Value val = FreshText16();
     int32_t nProperty = m_pBook->GetPropertyIndex(nKeyIndex);
     CQvV4Analyzer* pAnalyzer = QvV4GetAnalyzer();
-    const int32_t result = nProperty >= 0 && pAnalyzer != nullptr
-                               ? AddrReader_GetItemProperty(pAnalyzer->m_hAddrReader, m_hItem, nProperty, &val)
-                               : -3;
-    if (result == -1) {
-        QvV4Value_Release(&val);
-        throw std::bad_alloc();
-    }
-    if (result == 0 && val.pData != nullptr) {
+    if (nProperty >= 0 && pAnalyzer != nullptr &&
+        AddrReader_GetItemProperty(pAnalyzer->m_hAddrReader, m_hItem, nProperty, &val) == 0 &&
+        val.pData != nullptr) {
         const char16_t* pszText = static_cast<const char16_t*>(val.pData);
         size_t n = 0;
         while (pszText[n] != 0) ++n;

@@ -59,15 +59,9 @@ int32_t CQvV4User::SearchBook() {
     if (result != 0) return QvV4MapError(result);
     // Mail user i and address user i are the same mailbox directory.
     void* hAddrUser = nullptr;
-    if (m_nIndex < nCount) {
-        result = AddrReader_GetUser(pAnalyzer->m_hAddrReader, m_nIndex, &hAddrUser);
-        // A user that could not be fetched for want of memory is no user
-        // without a book: the next demand searches again.
-        if (result == -1) return QvV4MapError(result);
-        if (result == 0) {
-            m_pBook = new CQvV4AddressBook(this);
-            m_pBook->Bind(hAddrUser, 0);
-        }
+    if (m_nIndex < nCount && AddrReader_GetUser(pAnalyzer->m_hAddrReader, m_nIndex, &hAddrUser) == 0) {
+        m_pBook = new CQvV4AddressBook(this);
+        m_pBook->Bind(hAddrUser, 0);
     }
     m_bBookFetched = 1;
     return QV_S_OK;

@@ -1,8 +1,8 @@
 // AddrReaderApi.cpp - the flat functions of the address reader.
 //
 // Every function that touches an object runs behind a barrier that catches
-// whatever the call raises and answers -1 for a lack of memory, -2 for any
-// other failure, so that no failure of the reader leaves a flat function.
+// whatever the call raises and answers -2, so that no failure of the reader
+// leaves a flat function.
 #include <memory>
 #include <new>
 
@@ -15,9 +15,7 @@
 
 namespace {
 
-// What every flat function answers for a lack of memory, and for any other
-// failure.
-constexpr int32_t kNoMemory = -1;
+// What every flat function answers for a failure, out of memory or not.
 constexpr int32_t kFailed = -2;
 
 // Thrown for a pointer that the barrier must refuse; caught there like any
@@ -92,14 +90,14 @@ int32_t AddrReader_Open(ADDRREADER_HANDLE* phReader) {
 }
 
 int32_t AddrReader_Close(ADDRREADER_HANDLE hReader) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         delete Reader(hReader);
         return 0;
     });
 }
 
 int32_t AddrReader_GetName(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hObject, QvV4Value* pValue) {
-    return Barrier(kNoMemory, kFailed, [&] { return Named(hObject)->GetName(Require(pValue)); });
+    return Barrier(kFailed, kFailed, [&] { return Named(hObject)->GetName(Require(pValue)); });
 }
 
 int32_t AddrReader_IsInstalled(ADDRREADER_HANDLE hReader, int32_t* pbInstalled) {
@@ -116,7 +114,7 @@ int32_t AddrReader_GetUserCount(ADDRREADER_HANDLE hReader, int32_t* pnCount) {
 
 int32_t AddrReader_GetUser(ADDRREADER_HANDLE hReader, int32_t nIndex, ADDROBJECT_HANDLE* phUser) {
     return Barrier(
-        kNoMemory, kFailed, [&] {
+        kFailed, kFailed, [&] {
             CAddrUser* pUser = nullptr;
             int32_t nResult = Require(Reader(hReader))->GetUser(nIndex, &pUser);
             if (nResult == 0) *Require(phUser) = Handle(pUser);
@@ -135,7 +133,7 @@ int32_t AddrReader_GetUserIndex(ADDRREADER_HANDLE, void*, int32_t* pnIndex) {
 }
 
 int32_t AddrReader_OpenBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hUser, int32_t, ADDROBJECT_HANDLE* phBook) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         CAddrUser* pUser = Require(dynamic_cast<CAddrUser*>(Named(hUser)));
         Require(phBook);
         CAddrBook* pBook = nullptr;
@@ -146,14 +144,14 @@ int32_t AddrReader_OpenBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hUser, int32_t,
 }
 
 int32_t AddrReader_CloseBook(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, int32_t, ADDROBJECT_HANDLE hBook) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         if (hBook == nullptr) return 0;
         return CAddrUser::CloseBook(Require(dynamic_cast<CAddrBook*>(Named(hBook))));
     });
 }
 
 int32_t AddrReader_GetGroupCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t* pnCount) {
-    return Barrier(kNoMemory, kFailed, [&] { return Container(hContainer)->GetGroupCount(Require(pnCount)); },
+    return Barrier(kFailed, kFailed, [&] { return Container(hContainer)->GetGroupCount(Require(pnCount)); },
                    [&] {
                        if (pnCount != nullptr) *pnCount = 0;
                    });
@@ -162,7 +160,7 @@ int32_t AddrReader_GetGroupCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer
 int32_t AddrReader_GetGroup(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t nIndex,
                             ADDROBJECT_HANDLE* phGroup) {
     return Barrier(
-        kNoMemory, kFailed, [&] {
+        kFailed, kFailed, [&] {
             IAddrContainer* pContainer = Container(hContainer);
             Require(phGroup);
             CAddrGroup* pGroup = nullptr;
@@ -176,7 +174,7 @@ int32_t AddrReader_GetGroup(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int
 }
 
 int32_t AddrReader_FindProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, const char16_t* pszKey, int32_t* pnIndex) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         Require(pnIndex);
         Require(pszKey);
         for (*pnIndex = 0; *pnIndex < kPropertyCount; ++*pnIndex) {
@@ -189,12 +187,12 @@ int32_t AddrReader_FindProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE, const char
 }
 
 int32_t AddrReader_GetItemCount(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t* pnCount) {
-    return Barrier(kNoMemory, kFailed, [&] { return Container(hContainer)->GetItemCount(Require(pnCount)); });
+    return Barrier(kFailed, kFailed, [&] { return Container(hContainer)->GetItemCount(Require(pnCount)); });
 }
 
 int32_t AddrReader_GetItem(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int32_t nIndex,
                            ADDROBJECT_HANDLE* phItem) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         IAddrContainer* pContainer = Container(hContainer);
         CAddrItem* pItem = nullptr;
         int32_t nResult = pContainer->GetItem(nIndex, &pItem);
@@ -205,7 +203,7 @@ int32_t AddrReader_GetItem(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hContainer, int3
 
 int32_t AddrReader_GetItemProperty(ADDRREADER_HANDLE, ADDROBJECT_HANDLE hItem, int32_t nProperty,
                                    QvV4Value* pValue) {
-    return Barrier(kNoMemory, kFailed, [&] {
+    return Barrier(kFailed, kFailed, [&] {
         return static_cast<CAddrItem*>(Require(hItem))->GetProperty(nProperty, Require(pValue));
     });
 }
