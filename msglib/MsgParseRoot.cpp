@@ -2,7 +2,6 @@
 #include "MsgParseRoot.h"
 
 #include <algorithm>
-#include <new>
 
 #include "MsgCharset.h"
 #include "MsgEncodedWords.h"
@@ -14,7 +13,6 @@ void MsgParseRoot::Clear() noexcept {
     m_header = MsgHeader();
     m_mime.Clear();
     m_text.clear();
-    m_outOfMemory = false;
 }
 
 void MsgParseRoot::Parse(const char* text, size_t size) {
@@ -23,10 +21,6 @@ void MsgParseRoot::Parse(const char* text, size_t size) {
         if (size > 0) m_text.assign(text, size);
         m_header.Parse(m_text);
         m_mime.Build(m_text);
-    } catch (const std::bad_alloc&) {
-        Clear();
-        m_outOfMemory = true;
-        throw;
     } catch (...) {
         Clear();
         throw;

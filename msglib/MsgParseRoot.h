@@ -21,9 +21,6 @@ public:
     void Parse(const char* text, size_t size);
     // Forgets the message held.
     void Clear() noexcept;
-    // The last Parse ran out of memory: the root is empty, but not because
-    // the message is.
-    bool OutOfMemory() const { return m_outOfMemory; }
 
     // CP932 subject, RFC 2047 words and raw 8-bit text decoded (the raw text
     // by GuessCodePage with the top-level charset). False when the message
@@ -40,7 +37,6 @@ private:
     std::string m_text;
     MsgHeader m_header;
     MimeStructure m_mime;
-    bool m_outOfMemory = false;
 
     // The code page of the top-level charset parameter for reading a field
     // value, or kCpGuess (also for a value without 8-bit bytes).

@@ -1,11 +1,9 @@
 // MtExports.cpp - the nine exported functions of the message library.
 //
 // A root is a MsgParseRoot behind a word. Nothing throws out of here: every
-// failure, memory included, is a result of 0 with no text handed out; the
-// text getters tell a lack of memory by a length of -1.
+// failure, memory included, is a result of 0 with no text handed out.
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -31,23 +29,18 @@ void Store(MT_WORD* slot, MT_WORD value) {
     if (slot) *slot = value;
 }
 
-// Subject and Message-ID hand out alike. A message whose parse ran out of
-// memory has lost its fields, which is no message without them.
+// Subject and Message-ID hand out alike.
 template <typename Getter>
 MT_WORD HandOut(MT_WORD root, char** text, MT_WORD* length, Getter get) {
     if (!root || !text) return 0;
     try {
-        if (RootOf(root)->OutOfMemory()) throw std::bad_alloc();
         std::string value;
         if (!get(*RootOf(root), &value)) return 0;
         char* p = NewText(value);
-        if (!p) throw std::bad_alloc();
+        if (!p) return 0;
         *text = p;
         Store(length, static_cast<MT_WORD>(value.size()));
         return 1;
-    } catch (const std::bad_alloc&) {
-        Store(length, -1);
-        return 0;
     } catch (...) {
         return 0;
     }

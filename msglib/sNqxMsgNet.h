@@ -87,8 +87,7 @@ MT_API MT_WORD MT_GetAttach(MT_WORD root, MT_WORD* a0, MT_WORD* a1, MT_WORD* a2,
                             MT_WORD* a9);
 /* The Subject field, RFC 2047 words and raw Japanese bytes decoded, as a new
  * CP932 text and its length in bytes. Characters without a CP932 form
- * become '?'. Zero when the message has no Subject field; zero with a length
- * of -1 when memory ran out, here or in the parse of the message. */
+ * become '?'. Zero when the message has no Subject field. */
 MT_API MT_WORD MT_GetSubjectD(MT_WORD root, char** text, MT_WORD* length);
 /* The Message-ID field's value, unfolded and trimmed, angle brackets kept;
  * as MT_GetSubjectD otherwise. */

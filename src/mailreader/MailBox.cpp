@@ -84,7 +84,6 @@ int32_t CMailBox::LoadFolderEntries() {
 
 int32_t CMailFolder::OpenBox() {
     m_pParse = g_MessageLib.MT_Init();
-    if (m_pParse == 0 && MessageLibHasInit()) throw CMemoryException();
     std::string entryIni = ProfilePath(m_szPath, "Entry.ini");
     uint32_t nTitle = qvp::ProfileString("Property", "Title", "", m_szName, sizeof m_szName,
                                          entryIni.c_str());
@@ -224,8 +223,7 @@ int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& tex
                           : g_MessageLib.MT_GetMessageIDD(m_pParse, &pText, &nLength);
     if (ok == 0) {
         g_MessageLib.MT_Free(pText);
-        // The library tells a lack of memory from a missing field by -1.
-        return nLength == -1 ? -1 : -3;
+        return -3;
     }
     struct LibraryText {
         char* p;

@@ -62,8 +62,8 @@ public:
     // failed read throws. A failure leaves no message held.
     static constexpr int32_t kUnreadable = -4;
     int32_t SelectMessage(int32_t nIndex);
-    // 0, kUnreadable, -1 when the library ran out of memory, or -3 when the
-    // message cannot be selected otherwise or the library gives no text.
+    // 0, kUnreadable, or -3 when the message cannot be selected otherwise or
+    // the library gives no text.
     int32_t GetSubject(int32_t nIndex, std::string& text);
     int32_t GetMessageId(int32_t nIndex, std::string& text);
     int32_t GetWholeText(int32_t nIndex, std::string& text);

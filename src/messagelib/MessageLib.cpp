@@ -260,8 +260,6 @@ MessageLibFunctions g_MessageLib = {
     MissingGetText,
 };
 
-bool MessageLibHasInit() { return g_MessageLib.MT_Init != &MissingInit; }
-
 MT_WORD MissingFunction() {
     EnterLeaveFallbackLock();
     return 0;

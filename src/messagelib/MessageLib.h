@@ -66,10 +66,6 @@ MT_WORD MissingFunction();
 int32_t BindMessageLibrary();
 int32_t UnbindMessageLibrary();
 
-// Whether MT_Init is the library's own: only then does a root of 0 mean that
-// memory ran out.
-bool MessageLibHasInit();
-
 // The module bound now, null when none.
 qvp::Module* BoundMessageLibrary();
 
