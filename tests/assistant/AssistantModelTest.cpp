@@ -225,7 +225,7 @@ TEST(AssistantProgress, ListenerSeesEveryStep) {
         }
         void OnFolder(const std::string& target) override { calls.push_back(target); }
     } recorder;
-    Progress progress(false, 3);
+    Progress progress(false, 3, ReportOr(nullptr));
     progress.Step(10);  // before anyone listens
     progress.Listen(&recorder);
     progress.Step(0);

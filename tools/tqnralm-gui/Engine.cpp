@@ -43,7 +43,7 @@ void Engine::Find() {
                 Json books = Json::array();
                 AddressTotals addresses;
                 DryRunSink sink;
-                WriteAddressBooks(plan, FormatsOf(FormatKind::kAddress), sink, &books, &addresses);
+                WriteAddressBooks(plan, FormatsOf(FormatKind::kAddress), sink, &books, &addresses, *this);
                 found_ = FoundFromPlan(plan, books);
             }
         }
@@ -81,10 +81,15 @@ void Engine::Export(ExportOptions options) {
     bytes_ = 0;
     total_ = found_.messages;  // until the export's plan says
     OnFolder(std::string());
+    {
+        std::lock_guard<std::mutex> lock(folderMutex_);
+        messages_.clear();
+    }
     options.listener = this;
+    options.report = this;
     options.quiet = true;
     thread_ = std::thread([this, options] {
-        const int exit = RunExport(GlobalOptions(), options);
+        const int exit = tqnralm::Export(GlobalOptions(), options).exit;
         Post(kExportedMessage, static_cast<WPARAM>(exit));
     });
 }
@@ -101,6 +106,17 @@ void Engine::OnProgress(int64_t done, int64_t total, uint64_t bytes) {
 void Engine::OnFolder(const std::string& target) {
     std::lock_guard<std::mutex> lock(folderMutex_);
     folder_ = target;
+}
+
+void Engine::Text(Channel channel, const std::string& text) {
+    if (channel != Channel::kMessage) return;
+    std::lock_guard<std::mutex> lock(folderMutex_);
+    messages_.push_back(text);
+}
+
+std::vector<std::string> Engine::messages() const {
+    std::lock_guard<std::mutex> lock(folderMutex_);
+    return messages_;
 }
 
 std::string Engine::folder() const {

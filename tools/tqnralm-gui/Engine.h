@@ -1,8 +1,8 @@
 // The assistant's work, on threads of its own so that the window never
 // waits: the walk that finds the mail, the dry run that sizes an export, and
-// the export (the command line's own, RunExport). Each ends with a message
-// posted to the window; the export's progress is posted as it goes, one
-// message waiting at a time.
+// the export (Export.h). Each ends with a message posted to the window; the
+// export's progress is posted as it goes, one message waiting at a time, and
+// its messages (why a write failed) are kept for the last step.
 #ifndef TQNRALM_GUI_ENGINE_H
 #define TQNRALM_GUI_ENGINE_H
 
@@ -13,10 +13,12 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "Model.h"
 #include "Options.h"
 #include "Progress.h"
+#include "Report.h"
 
 namespace tqnralm {
 namespace gui {
@@ -27,7 +29,7 @@ constexpr UINT kProgressMessage = WM_APP + 2;
 constexpr UINT kExportedMessage = WM_APP + 3;
 constexpr UINT kPlannedMessage = WM_APP + 4;
 
-class Engine : public ProgressListener {
+class Engine : public ProgressListener, public Report {
 public:
     explicit Engine(HWND window) : window_(window) {}
     ~Engine() override;
@@ -51,6 +53,9 @@ public:
     void Taken() { pending_ = false; }
     void OnProgress(int64_t done, int64_t total, uint64_t bytes) override;
     void OnFolder(const std::string& target) override;
+    // The export's messages; its status line and listing are of no use here.
+    void Text(Channel channel, const std::string& text) override;
+    std::vector<std::string> messages() const;
 
 private:
     void Join();
@@ -66,6 +71,7 @@ private:
     std::atomic<bool> pending_{false};
     mutable std::mutex folderMutex_;
     std::string folder_;
+    std::vector<std::string> messages_;  // under folderMutex_
 };
 
 }  // namespace gui

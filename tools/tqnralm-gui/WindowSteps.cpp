@@ -169,6 +169,13 @@ void Window::OnExported(int exit) {
         SendMessageW(problems_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(problem.text).c_str()));
         problemPaths_.push_back(problem.path);
     }
+    // A failed write leaves no manifest: the export's own words say why.
+    for (const std::string& line : exit == kExitOutput ? engine_->messages() : std::vector<std::string>()) {
+        std::string text = line.substr(line.rfind("tqnralm: ", 0) == 0 ? 9 : 0);
+        if (!text.empty() && text.back() == '\n') text.pop_back();
+        SendMessageW(problems_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+        problemPaths_.push_back(std::string());
+    }
     SetText(steps_, Format(Text::kThunderbirdSteps, {Utf8(OutDir())}));
     // A test run shows the export's last state until its screenshot is taken.
     if (!walk_.on) Show(kDone);

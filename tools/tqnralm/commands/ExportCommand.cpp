@@ -1,6 +1,7 @@
 // `export OUTDIR`: the export's options from the command line, then the
 // export itself (Export.h). The forms come from the table of Formats.h.
 #include "Command.h"
+#include "Console.h"
 #include "Export.h"
 #include "Formats.h"
 
@@ -67,7 +68,8 @@ int ExportCommand::Run(const GlobalOptions& global) {
     options_.mail = !noMail_;
     options_.addresses = !noAddresses_;
     ParseFormatList(FormatKind::kAddress, addressForms_, &options_.addressForms);
-    return RunExport(global, options_);
+    options_.report = &ConsoleReport();
+    return Export(global, options_).exit;
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ struct GlobalOptions {
 };
 
 class ProgressListener;  // Progress.h
+class Report;            // Report.h
 
 // `tqnralm export OUTDIR ...`.
 struct ExportOptions {
@@ -41,6 +42,7 @@ struct ExportOptions {
     bool addresses = true;   // export the address books
     std::vector<const Format*> addressForms = FormatsOf(FormatKind::kAddress);
     ProgressListener* listener = nullptr;  // a window's view of the progress; null: none
+    Report* report = nullptr;  // where the text for a person goes; null: nowhere
 };
 
 }  // namespace tqnralm

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <map>
 
-#include "Console.h"
+#include "Report.h"
 #include "FileNames.h"
 #include "Sha256.h"
 
@@ -72,7 +72,7 @@ BookNames BookNamesOfAllForms() {
 }  // namespace
 
 bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms, Sink& sink, Json* books,
-                       AddressTotals* totals) {
+                       AddressTotals* totals, Report& report) {
     AddressWriters writers;
     for (const Format* form : forms) writers.push_back(MakeAddressWriter(*form));
     // The books written so far by their content: a user's settings may name
@@ -85,8 +85,8 @@ bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms
         UserAddressOutput out = ExportUserAddresses(user.user.get(), user.name, writers);
         totals->books.failed += out.failedBooks;
         if (out.failedBooks > 0) {
-            Print(stderr, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
-                  user.index.c_str());
+            report.Say(Channel::kMessage, "tqnralm: cannot read %d address book(s) of user %s\n", out.failedBooks,
+                       user.index.c_str());
         }
         if (out.books.empty()) continue;
         const std::string dir = user.dir + "/addresses";
@@ -127,15 +127,15 @@ bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms
     return true;
 }
 
-void PrintAddressSummary(bool dryRun, const AddressTotals& t) {
-    Print(stderr,
-          "tqnralm: %s: %lld address books (%lld groups, %lld addresses as %lld cards) %s, %lld books, "
-          "%lld groups and %lld addresses failed, %lld files, %llu bytes\n",
-          dryRun ? "dry run" : "export", static_cast<long long>(t.books.written),
-          static_cast<long long>(t.groups.written), static_cast<long long>(t.addresses.written),
-          static_cast<long long>(t.cards), dryRun ? "to write" : "written", static_cast<long long>(t.books.failed),
-          static_cast<long long>(t.groups.failed), static_cast<long long>(t.addresses.failed),
-          static_cast<long long>(t.files), static_cast<unsigned long long>(t.bytes));
+void SayAddressSummary(Report& report, bool dryRun, const AddressTotals& t) {
+    report.Say(Channel::kMessage,
+               "tqnralm: %s: %lld address books (%lld groups, %lld addresses as %lld cards) %s, %lld books, "
+               "%lld groups and %lld addresses failed, %lld files, %llu bytes\n",
+               dryRun ? "dry run" : "export", static_cast<long long>(t.books.written),
+               static_cast<long long>(t.groups.written), static_cast<long long>(t.addresses.written),
+               static_cast<long long>(t.cards), dryRun ? "to write" : "written", static_cast<long long>(t.books.failed),
+               static_cast<long long>(t.groups.failed), static_cast<long long>(t.addresses.failed),
+               static_cast<long long>(t.files), static_cast<unsigned long long>(t.bytes));
 }
 
 }  // namespace tqnralm

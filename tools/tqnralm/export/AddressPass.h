@@ -12,6 +12,7 @@
 #include "ExportPlan.h"
 #include "Formats.h"
 #include "Manifest.h"
+#include "Report.h"
 #include "Sink.h"
 
 namespace tqnralm {
@@ -30,11 +31,11 @@ struct AddressTotals {
 
 // Writes the books in the address forms `forms`. False when the sink fails
 // (sink.error() tells why); books that cannot be read are counted and the
-// pass goes on. `books` receives one entry per book.
+// pass goes on, told to `report`. `books` receives one entry per book.
 bool WriteAddressBooks(ExportPlan& plan, const std::vector<const Format*>& forms, Sink& sink, Json* books,
-                       AddressTotals* totals);
-// The summary line on stderr, after the mail's.
-void PrintAddressSummary(bool dryRun, const AddressTotals& totals);
+                       AddressTotals* totals, Report& report);
+// The summary line, after the mail's.
+void SayAddressSummary(Report& report, bool dryRun, const AddressTotals& totals);
 
 }  // namespace tqnralm
 

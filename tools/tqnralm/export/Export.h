@@ -2,7 +2,8 @@
 // unfinished export in it), the mail pass, the address pass and the
 // manifest, for any front end (the command line, the assistant). A front
 // end gives the options, hears of each folder and message through
-// ExportOptions::listener, and receives the result.
+// ExportOptions::listener, receives every line of text for a person through
+// ExportOptions::report, and receives the result.
 #ifndef TQNRALM_TOOL_EXPORT_H
 #define TQNRALM_TOOL_EXPORT_H
 
@@ -29,11 +30,9 @@ struct ExportResult {
 };
 
 // The export, or with options.dryRun its count into a sink that writes
-// nothing. The summary and the failures go to stderr as well (a dry run's
-// listing to stdout).
+// nothing. The summary and the failures go to the report as well (a dry
+// run's listing on Channel::kListing).
 ExportResult Export(const GlobalOptions& global, const ExportOptions& options);
-// The same, for the command line: the exit code.
-int RunExport(const GlobalOptions& global, const ExportOptions& options);
 
 }  // namespace tqnralm
 

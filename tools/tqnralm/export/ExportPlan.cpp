@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <map>
 
-#include "Console.h"
+#include "Report.h"
 #include "Journal.h"
 #include "Manifest.h"
 
@@ -143,8 +143,9 @@ int MakePlan(QV_OBJ root, const ExportOptions& options, const MailWriter& writer
     int32_t code = QV_Object_GetChildCount(root, QV_CLASS_USER, &count);
     for (int index : options.users) {
         if (code == QV_S_OK && index >= count) {
-            Print(stderr, "tqnralm: there is no user %d (the users are 0 to %d; see 'tqnralm tree')\n", index,
-                  static_cast<int>(count) - 1);
+            ReportOr(options.report)
+                .Say(Channel::kMessage, "tqnralm: there is no user %d (the users are 0 to %d; see 'tqnralm tree')\n",
+                     index, static_cast<int>(count) - 1);
             return kExitUsage;
         }
     }

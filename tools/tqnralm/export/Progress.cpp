@@ -1,14 +1,12 @@
-// The export's report on stderr (see Progress.h).
+// The export's report (see Progress.h).
 #include "Progress.h"
 
 #include <cstdio>
 
-#include "Console.h"
-
 namespace tqnralm {
 
-Progress::Progress(bool live, int64_t total)
-    : live_(live), total_(total), start_(std::chrono::steady_clock::now()), last_(start_) {}
+Progress::Progress(bool live, int64_t total, Report& report)
+    : live_(live), report_(report), total_(total), start_(std::chrono::steady_clock::now()), last_(start_) {}
 
 void Progress::Step(uint64_t bytes) {
     ++done_;
@@ -33,20 +31,19 @@ void Progress::Show(std::chrono::steady_clock::time_point now) {
                           static_cast<long long>(done_), static_cast<long long>(total_), bytes_ / 1e6, rate, eta);
     // Spaces cover what a longer line before left (no terminal escapes: the
     // Windows console does not take them by default).
-    Print(stderr, "\r%s%*s", line, width_ > n ? width_ - n : 0, "");
-    std::fflush(stderr);
+    report_.Say(Channel::kStatus, "\r%s%*s", line, width_ > n ? width_ - n : 0, "");
     width_ = n;
 }
 
 void Progress::Clear() {
-    if (width_ > 0) Print(stderr, "\r%*s\r", width_, "");
+    if (width_ > 0) report_.Say(Channel::kStatus, "\r%*s\r", width_, "");
     width_ = 0;
 }
 
 void Progress::Stopped(int64_t written, int64_t failed, uint64_t bytes) {
     Clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    Print(stderr,
+    report_.Say(Channel::kMessage,
           "tqnralm: export stopped: %lld written, %lld failed, %llu bytes, %.2f s; "
           "the same command goes on from there\n",
           static_cast<long long>(written), static_cast<long long>(failed),
@@ -56,7 +53,7 @@ void Progress::Stopped(int64_t written, int64_t failed, uint64_t bytes) {
 void Progress::Finish(bool dryRun, int64_t written, int64_t failed, uint64_t bytes) {
     Clear();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    Print(stderr, "tqnralm: %s: %lld %s, %lld failed, %llu bytes, %.2f s\n", dryRun ? "dry run" : "export",
+    report_.Say(Channel::kMessage, "tqnralm: %s: %lld %s, %lld failed, %llu bytes, %.2f s\n", dryRun ? "dry run" : "export",
           static_cast<long long>(written), dryRun ? "to write" : "written",
           static_cast<long long>(failed),
           static_cast<unsigned long long>(bytes), seconds);

@@ -1,6 +1,6 @@
-// The export's report on stderr: a status line on a terminal, at most ten
-// times a second (messages done of all, MB, messages per second, time left),
-// and one summary line at the end. Times go to stderr only, never into the
+// The export's report: a status line on a terminal, at most ten times a
+// second (messages done of all, MB, messages per second, time left), and one
+// summary line at the end. Times go to the report only, never into the
 // output, so that two exports are byte-identical.
 #ifndef TQNRALM_TOOL_PROGRESS_H
 #define TQNRALM_TOOL_PROGRESS_H
@@ -8,6 +8,8 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+
+#include "Report.h"
 
 namespace tqnralm {
 
@@ -24,7 +26,7 @@ public:
 class Progress {
 public:
     // `live`: show the status line (stderr is a terminal and not --quiet).
-    Progress(bool live, int64_t total);
+    Progress(bool live, int64_t total, Report& report);
     // One message done, written or failed, and the bytes it added.
     void Step(uint64_t bytes);
     // Tells `listener` (may be null) of each step from now on.
@@ -45,6 +47,7 @@ private:
     void Show(std::chrono::steady_clock::time_point now);
 
     bool live_;
+    Report& report_;
     int64_t total_;
     int64_t done_ = 0;
     uint64_t bytes_ = 0;

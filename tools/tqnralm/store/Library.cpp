@@ -1,10 +1,8 @@
 // The host's side of the library: one session (see Library.h).
 #include "Library.h"
 
-#include <cstdio>
 #include <vector>
 
-#include "Console.h"
 #include "Os.h"
 #include "Utf.h"
 
@@ -24,8 +22,8 @@ int Session::StartLog(const GlobalOptions& options) {
     std::vector<QV_WCHAR> path = Utf16(options.logFile);
     int32_t code = QV_StartLogging(path.data());
     if (code != QV_S_OK) {
-        Print(stderr, "tqnralm: cannot open the log file '%s' (code %d)\n", options.logFile.c_str(),
-              static_cast<int>(code));
+        report_.Say(Channel::kMessage, "tqnralm: cannot open the log file '%s' (code %d)\n",
+                    options.logFile.c_str(), static_cast<int>(code));
         return kExitIncomplete;
     }
     logging_ = true;
@@ -39,13 +37,13 @@ int Session::Open() {
     if (code != QV_S_OK || !installed || QV_InitLibrary() != QV_S_OK) {
         const std::string drive = os::CopiedDrive();
         if (!drive.empty())
-            Print(stderr, "tqnralm: AL-Mail32 was not found on the Windows drive '%s' (code %d).\n",
-                  drive.c_str(), static_cast<int>(code));
+            report_.Say(Channel::kMessage, "tqnralm: AL-Mail32 was not found on the Windows drive '%s' (code %d).\n",
+                        drive.c_str(), static_cast<int>(code));
         else
-            Print(stderr,
-                  "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "
-                  "prefix that holds it, or --windows at a copied Windows drive.\n",
-                  static_cast<int>(code));
+            report_.Say(Channel::kMessage,
+                        "tqnralm: AL-Mail32 was not found on this machine (code %d). Point WINEPREFIX at the Wine "
+                        "prefix that holds it, or --windows at a copied Windows drive.\n",
+                        static_cast<int>(code));
         return kExitNotInstalled;
     }
     if (QV_GetRootObject(root_.out()) != QV_S_OK) return kExitIncomplete;

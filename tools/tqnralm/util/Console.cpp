@@ -7,25 +7,32 @@
 #include "Os.h"
 
 namespace tqnralm {
+namespace {
+
+// The export's text as the command line has always printed it: the
+// listing on stdout, the rest on stderr, the status line flushed as drawn.
+class ConsoleText : public Report {
+public:
+    void Text(Channel channel, const std::string& text) override {
+        std::FILE* stream = channel == Channel::kListing ? stdout : stderr;
+        os::WriteText(stream, text);
+        if (channel == Channel::kStatus) std::fflush(stream);
+    }
+};
+
+}  // namespace
 
 void Print(std::FILE* stream, const char* format, ...) {
-    char small[512];
     std::va_list args;
     va_start(args, format);
-    std::va_list again;
-    va_copy(again, args);
-    const int n = std::vsnprintf(small, sizeof small, format, args);
+    const std::string text = FormatTextList(format, args);
     va_end(args);
-    std::string text;
-    if (n >= 0 && static_cast<size_t>(n) < sizeof small) {
-        text.assign(small, static_cast<size_t>(n));
-    } else if (n > 0) {
-        text.resize(static_cast<size_t>(n) + 1);
-        std::vsnprintf(&text[0], text.size(), format, again);
-        text.resize(static_cast<size_t>(n));
-    }
-    va_end(again);
     os::WriteText(stream, text);
+}
+
+Report& ConsoleReport() {
+    static ConsoleText console;
+    return console;
 }
 
 }  // namespace tqnralm

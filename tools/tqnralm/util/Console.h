@@ -7,9 +7,13 @@
 
 #include <cstdio>
 
+#include "Report.h"
+
 namespace tqnralm {
 
 void Print(std::FILE* stream, const char* format, ...) __attribute__((format(printf, 2, 3)));
+// The command line's report: each channel's text printed as above.
+Report& ConsoleReport();
 
 }  // namespace tqnralm
 
