@@ -36,7 +36,7 @@ TEST(ExportReport, EveryLineGoesToTheReport) {
     } rows[] = {
         {"dry run", out + "/dry", true, {}, kExitIncomplete, "8 messages in 6 folders",
          "tqnralm: dry run: 5 to write, 3 failed"},
-        {"export", out + "/mail", false, {}, kExitIncomplete, "", "tqnralm: cannot read folder 0/0/5"},
+        {"export", out + "/mail", false, {}, kExitIncomplete, "", "tqnralm: cannot read folder 0/0/"},
         {"OUTDIR holds an export", out + "/mail", false, {}, kExitOutput, "", "' is not empty; --force adds to it"},
         {"OUTDIR is a file", scratch.Root() + "/file", false, {}, kExitOutput, "", "' is not a folder\n"},
         {"no such user", out + "/user", false, {9}, kExitUsage, "", "tqnralm: there is no user 9 (the users are 0 to 1"},
