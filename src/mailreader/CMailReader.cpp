@@ -98,9 +98,16 @@ int32_t CMailReader::GetFolder(CMailBox* pParent, int32_t nIndex, CMailFolder** 
         *ppFolder = pEntry->pFolder;
         return 0;
     }
+    // A record that cannot be made, or put on the chain, is -1; any other
+    // exception goes up to the barrier, -2.
     std::unique_ptr<CMailFolder> folder(new (std::nothrow) CMailFolder);
     if (folder == nullptr) return -1;
-    CMailFolder* pFolder = m_OpenFolders.Append(std::move(folder));
+    CMailFolder* pFolder = nullptr;
+    try {
+        pFolder = m_OpenFolders.Append(std::move(folder));
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
     std::string path = pParent->m_szPath;
     path += '\\';
     path += pEntry->szName;

@@ -239,7 +239,7 @@ int32_t MailReader_GetFolder(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hBox, 
     if (hBox == nullptr || hBox == RootToken(pHandle)) return -2;
     CMailFolder* pFolder = nullptr;
     int32_t nResult =
-        Barrier(-1, -2, [&] { return pHandle->pReader->GetFolder(AsBox(hBox), nIndex, &pFolder); });
+        Barrier(-2, -2, [&] { return pHandle->pReader->GetFolder(AsBox(hBox), nIndex, &pFolder); });
     if (pFolder != nullptr) *phFolder = ToHandle(pFolder);
     return nResult;
 }
