@@ -35,6 +35,19 @@ protected:
     const Format& format_;
 };
 
+// A form that makes one file of a book, under its own name and extension.
+class OneFileWriter : public AddressWriter {
+public:
+    using Render = std::string (*)(const BookLayout& book);
+    OneFileWriter(const Format& format, Render render) : AddressWriter(format), render_(render) {}
+    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
+        files->push_back(File(render_(book)));
+    }
+
+private:
+    Render render_;
+};
+
 std::unique_ptr<AddressWriter> MakeVCardWriter(const Format& format);
 std::unique_ptr<AddressWriter> MakeLdifWriter(const Format& format);
 std::unique_ptr<AddressWriter> MakeCsvWriter(const Format& format);

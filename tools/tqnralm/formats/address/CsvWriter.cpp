@@ -51,18 +51,8 @@ std::string WriteCsv(const BookLayout& book) {
     return out;
 }
 
-namespace {
-
-class CsvForm : public AddressWriter {
-public:
-    using AddressWriter::AddressWriter;
-    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
-        files->push_back(File(WriteCsv(book)));
-    }
-};
-
-}  // namespace
-
-std::unique_ptr<AddressWriter> MakeCsvWriter(const Format& format) { return std::make_unique<CsvForm>(format); }
+std::unique_ptr<AddressWriter> MakeCsvWriter(const Format& format) {
+    return std::make_unique<OneFileWriter>(format, WriteCsv);
+}
 
 }  // namespace tqnralm

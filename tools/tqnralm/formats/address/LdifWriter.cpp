@@ -168,18 +168,8 @@ std::string WriteLdif(const BookLayout& book) {
     return out;
 }
 
-namespace {
-
-class LdifForm : public AddressWriter {
-public:
-    using AddressWriter::AddressWriter;
-    void Write(const BookLayout& book, std::vector<AddressFile>* files) const override {
-        files->push_back(File(WriteLdif(book)));
-    }
-};
-
-}  // namespace
-
-std::unique_ptr<AddressWriter> MakeLdifWriter(const Format& format) { return std::make_unique<LdifForm>(format); }
+std::unique_ptr<AddressWriter> MakeLdifWriter(const Format& format) {
+    return std::make_unique<OneFileWriter>(format, WriteLdif);
+}
 
 }  // namespace tqnralm
