@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/CaseFold.h"
+
 namespace qvp {
 namespace posix {
 
@@ -39,12 +41,10 @@ bool Cp932ToUtf8(const std::string& cp932, std::string* utf8);
 // UTF-8 to CP932, only when every character has a CP932 form.
 bool Utf8ToCp932Exact(const std::string& utf8, std::string* cp932);
 
-// Simple case folding (to upper case) of one UTF-16 unit: ASCII, Latin-1,
-// Greek, Cyrillic and the full-width Latin letters.
-char16_t FoldUnit(char16_t unit);
-std::u16string Fold(std::u16string text);
-// The same letters the other way, to lower case.
-char16_t LowerUnit(char16_t unit);
+// Names fold as on Windows (CaseFold.h).
+using qvp::Fold;
+using qvp::FoldUnit;
+using qvp::LowerUnit;
 
 // Whether a name is a DOS name already (eight characters, a dot and three,
 // ASCII without the characters DOS forbids), which needs no short name.
