@@ -175,20 +175,8 @@ using posix::MapPath;
 
 // ------------------------------------------------------------- folders ----
 
-// The machine's own answer, as Wine gives it to GetWindowsDirectory: the
-// SystemRoot value of the Windows NT key ("C:\\windows" in a Wine prefix,
-// "C:\\WINDOWS" or another folder on a copied drive), else Wine's default.
-uint32_t WindowsDirectory(char* buffer, uint32_t size) {
-    std::string directory = "C:\\windows";
-    RegKey* key = nullptr;
-    if (RegOpen(Hive::LocalMachine, "Software\\Microsoft\\Windows NT\\CurrentVersion", &key)) {
-        char value[260] = {};
-        uint32_t bytes = sizeof value;
-        if (RegQueryString(key, "SystemRoot", value, &bytes) && value[0] != 0) directory = value;
-        RegCloseKey(key);
-    }
-    return CopyOut(directory, buffer, size);
-}
+// The machine's own answer, as Wine gives it to GetWindowsDirectory.
+uint32_t WindowsDirectory(char* buffer, uint32_t size) { return CopyOut(RegistryWindowsDirectory(), buffer, size); }
 
 uint32_t TempPath(uint32_t size, char* buffer) {
     const char* tmp = std::getenv("TMPDIR");

@@ -4,9 +4,9 @@
 // In a prefix HKEY_LOCAL_MACHINE is system.reg, HKEY_CURRENT_USER is
 // user.reg. Wine rewrites both while it runs, so they are only ever read, and
 // read afresh at each open. A copied drive keeps hive files (DriveHives.h).
-// The mail client is a 32-bit program: on a 64-bit machine its HKLM\Software
-// lives under Software\Wow6432Node, which is looked at first.
+// The 32-bit view is looked at first (KeyPaths.h).
 #include "platform/platform.h"
+#include "platform/KeyPaths.h"
 #include "platform/posix/DriveHives.h"
 #include "platform/posix/HiveFile.h"
 #include "platform/posix/HostPath.h"
@@ -44,28 +44,6 @@ std::u16string KeyPath(const char* subKey) {
     return path;
 }
 
-bool StartsWith(const std::u16string& text, const std::u16string& prefix) {
-    return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
-}
-
-// The paths of a key as a 32-bit program sees it, `hasKey` telling which
-// exist: on a 64-bit machine HKLM\Software\X is Software\Wow6432Node\X
-// when that key exists. Windows opens one key: the 32-bit view's when it
-// exists, and a value missing there is missing, even when the native key
-// holds it.
-template <class HasKey>
-std::vector<std::u16string> KeyPaths(Hive hive, bool win64, const std::u16string& path, HasKey hasKey) {
-    static const std::u16string kSoftware = u"SOFTWARE\\";
-    static const std::u16string kWow = u"SOFTWARE\\WOW6432NODE";
-    if (hive == Hive::LocalMachine && win64 && StartsWith(path, kSoftware) &&
-        !(StartsWith(path, kWow) && (path.size() == kWow.size() || path[kWow.size()] == u'\\'))) {
-        const std::u16string redirected = kWow + path.substr(kSoftware.size() - 1);
-        if (hasKey(redirected)) return {redirected};
-    }
-    if (hasKey(path)) return {path};
-    return {};
-}
-
 bool OpenPrefixKey(Hive hive, const std::u16string& path, RegKey* key) {
     const std::string prefix = posix::PrefixRoot();
     if (prefix.empty()) return false;
@@ -79,15 +57,10 @@ bool OpenPrefixKey(Hive hive, const std::u16string& path, RegKey* key) {
     return !key->paths.empty();
 }
 
-// The SOFTWARE hive's root is HKLM\Software; NTUSER.DAT's root is HKCU.
 bool OpenDriveKey(Hive hive, const std::u16string& path, RegKey* key) {
     key->hive = posix::OpenDriveHive(hive, path);
     if (key->hive == nullptr) return false;
-    const posix::HiveFile& file = *key->hive;
-    const size_t skip = hive == Hive::LocalMachine ? 9 : 0;  // "SOFTWARE\\"
-    auto hasKey = [&](const std::u16string& p) { return file.HasKey(p.size() > skip ? p.substr(skip) : u""); };
-    key->paths = KeyPaths(hive, hive == Hive::LocalMachine && file.HasKey(u"WOW6432NODE"), path, hasKey);
-    for (std::u16string& p : key->paths) p = p.size() > skip ? p.substr(skip) : u"";
+    key->paths = HivePaths(hive, *key->hive, path);
     return !key->paths.empty();
 }
 

@@ -4,6 +4,7 @@
 // listing order and the matching of patterns are whatever Windows does.
 // Paths reach the wide calls through WidePath, so that their length is no limit.
 #include "platform/platform.h"
+#include "platform/CopiedDrive.h"
 #include "platform/win32/Causes.h"
 #include "platform/win32/WidePath.h"
 
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <cwchar>
 #include <new>
+#include <string>
 
 namespace qvp {
 
@@ -35,9 +37,21 @@ void Fill(const _wfinddata_t& found, FindData* data) {
     win32::AnsiName(found.name, data->name, sizeof data->name);
 }
 
+// Copies text and its NUL as the Win32 folder calls do: the length without
+// NUL when it fits, else the size needed with the NUL.
+uint32_t CopyOut(const std::string& text, char* buffer, uint32_t size) {
+    if (buffer == nullptr || size < text.size() + 1) return static_cast<uint32_t>(text.size() + 1);
+    std::memcpy(buffer, text.c_str(), text.size() + 1);
+    return static_cast<uint32_t>(text.size());
+}
+
 }  // namespace
 
-uint32_t WindowsDirectory(char* buffer, uint32_t size) { return ::GetWindowsDirectoryA(buffer, size); }
+// A copied drive's Windows folder is the one its registry names.
+uint32_t WindowsDirectory(char* buffer, uint32_t size) {
+    if (!WindowsRoot().empty()) return CopyOut(RegistryWindowsDirectory(), buffer, size);
+    return ::GetWindowsDirectoryA(buffer, size);
+}
 
 uint32_t TempPath(uint32_t size, char* buffer) { return ::GetTempPathA(size, buffer); }
 
@@ -126,12 +140,14 @@ std::wstring FromAnsi(const char* text) {
 
 }  // namespace
 
-// GetPrivateProfileStringA; a file whose path is long is read by the wide
-// call, and the value given back in ANSI, cut as the ANSI call cuts it.
+// GetPrivateProfileStringA; a file whose path is long, or that lies on a
+// copied drive, is read by the wide call, and the value given back in ANSI,
+// cut as the ANSI call cuts it.
 uint32_t ProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                        uint32_t size, const char* fileName) {
     const std::wstring file = win32::WidePath(fileName);
-    if (file.compare(0, 4, L"\\\\?\\") != 0 || buffer == nullptr || size == 0) {
+    const bool wide = file.compare(0, 4, L"\\\\?\\") == 0 || !WindowsRoot().empty();
+    if (!wide || buffer == nullptr || size == 0) {
         ::SetLastError(ERROR_SUCCESS);
         const DWORD n = ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
         if (n == 0) win32::ThrowIfNoMemory(::GetLastError());

@@ -1,43 +1,113 @@
-// Registry.cpp - RegOpenKeyExA and RegQueryValueExA on Windows.
+// Registry.cpp - RegOpenKeyExA and RegQueryValueExA on Windows: the running
+// machine's registry, or the hives of a copied drive (DriveHives.h).
 //
 // The mail client is a 32-bit program: its HKLM\Software keys lie in the
-// 32-bit view, which a 64-bit build asks for first, then the native view.
+// 32-bit view, which a 64-bit build asks for first, then the native view; a
+// copied drive's hives are asked the same way (KeyPaths.h).
 #include "platform/platform.h"
+#include "platform/CaseFold.h"
+#include "platform/KeyPaths.h"
 #include "platform/win32/Causes.h"
+#include "platform/win32/DriveHives.h"
 
 #include <windows.h>
 
+#include <cstring>
+#include <memory>
 #include <new>
+#include <string>
+#include <vector>
 
 namespace qvp {
 
 struct RegKey {
-    HKEY key;
+    HKEY key = nullptr;                       // the machine's key, or
+    std::unique_ptr<win32::HiveFile> hive;    // a copied drive's hive
+    std::vector<std::u16string> paths;        // folded, in the order they are searched
 };
+
+namespace {
+
+std::u16string FoldedAnsi(const char* ansi) {
+    if (ansi == nullptr || *ansi == 0) return std::u16string();
+    const int n = ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, nullptr, 0);
+    std::wstring wide(static_cast<size_t>(n > 0 ? n : 1), L'\0');
+    if (n > 0) ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, &wide[0], n);
+    wide.resize(wide.size() - 1);
+    return Fold(std::u16string(wide.begin(), wide.end()));
+}
+
+bool OpenDriveKey(Hive hive, const char* subKey, RegKey* key) {
+    std::u16string path = FoldedAnsi(subKey);
+    while (!path.empty() && path.back() == u'\\') path.pop_back();
+    if (!path.empty() && path.front() == u'\\') return false;
+    key->hive = win32::OpenDriveHive(hive, path);
+    if (key->hive == nullptr) return false;
+    key->paths = HivePaths(hive, *key->hive, path);
+    return !key->paths.empty();
+}
+
+bool OpenMachineKey(Hive hive, const char* subKey, RegKey* key) {
+    const HKEY root = hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    // A key that could not be looked for is no missing key.
+    LONG error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key->key);
+    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    if (error != ERROR_SUCCESS) {
+        error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE, &key->key);
+        win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    }
+    if (error != ERROR_SUCCESS) key->key = nullptr;
+    return error == ERROR_SUCCESS;
+}
+
+// A copied drive's value as RegQueryValueExA gives it: strings in the ANSI
+// code page with their NUL, other types as stored.
+bool QueryDrive(const RegKey& key, const char* valueName, std::string* ansi) {
+    const std::u16string name = FoldedAnsi(valueName);
+    win32::HiveFile::Value value;
+    bool found = false;
+    for (const std::u16string& path : key.paths) {
+        if ((found = key.hive->Find(path, name, &value))) break;
+    }
+    if (!found) return false;
+    if (!value.isText) {
+        *ansi = value.bytes + '\0';
+        return true;
+    }
+    const std::wstring text(value.text.begin(), value.text.end());
+    const int n = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    if (n <= 0) return false;
+    ansi->assign(static_cast<size_t>(n), '\0');
+    ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, &(*ansi)[0], n, nullptr, nullptr);
+    return true;
+}
+
+}  // namespace
 
 bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
     if (subKey == nullptr || out == nullptr) return false;
-    const HKEY root = hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    HKEY key = nullptr;
-    // A key that could not be looked for is no missing key.
-    LONG error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key);
-    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
-    if (error != ERROR_SUCCESS) {
-        error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE, &key);
-        win32::ThrowIfNoMemory(static_cast<DWORD>(error));
-        if (error != ERROR_SUCCESS) return false;
-    }
-    RegKey* result = new (std::nothrow) RegKey{key};
-    if (result == nullptr) {
-        ::RegCloseKey(key);
-        throw std::bad_alloc();
-    }
-    *out = result;
+    std::unique_ptr<RegKey> key(new RegKey);
+    const bool opened = WindowsRoot().empty() ? OpenMachineKey(hive, subKey, key.get())
+                                                     : OpenDriveKey(hive, subKey, key.get());
+    if (!opened) return false;
+    *out = key.release();
     return true;
 }
 
 bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pcbData) {
     if (key == nullptr || data == nullptr || pcbData == nullptr) return false;
+    if (key->hive != nullptr) {
+        std::string ansi;
+        if (!QueryDrive(*key, valueName, &ansi) || ansi.size() > UINT32_MAX) return false;
+        const uint32_t needed = static_cast<uint32_t>(ansi.size());
+        if (*pcbData < needed) {
+            *pcbData = needed;
+            return false;
+        }
+        std::memcpy(data, ansi.data(), ansi.size());
+        *pcbData = needed;
+        return true;
+    }
     DWORD size = *pcbData;
     const LONG error =
         ::RegQueryValueExA(key->key, valueName, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size);
@@ -49,7 +119,7 @@ bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pc
 
 void RegCloseKey(RegKey* key) {
     if (key == nullptr) return;
-    ::RegCloseKey(key->key);
+    if (key->key != nullptr) ::RegCloseKey(key->key);
     delete key;
 }
 

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include "platform/LongPath.h"
+#include "platform/win32/DriveHives.h"
 
 namespace qvp {
 namespace win32 {
@@ -23,12 +24,31 @@ std::wstring WidePath(const wchar_t* wide) {
     return std::wstring(full.begin(), full.end());
 }
 
+namespace {
+
+bool InTempFolder(const std::wstring& path) {
+    wchar_t temp[MAX_PATH + 1] = {};
+    const DWORD n = ::GetTempPathW(MAX_PATH + 1, temp);
+    return n > 0 && n <= MAX_PATH && path.size() >= n &&
+           ::CompareStringOrdinal(path.c_str(), static_cast<int>(n), temp, static_cast<int>(n), TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
 std::wstring WidePath(const char* ansi) {
     if (ansi == nullptr || *ansi == 0) return std::wstring();
     const int n = ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, nullptr, 0);
     if (n <= 0) return std::wstring();
     std::wstring wide(static_cast<size_t>(n), L'\0');
     if (::MultiByteToWideChar(CP_ACP, 0, ansi, -1, &wide[0], n) <= 0) return std::wstring();
+    wide.pop_back();  // the NUL
+    // On a copied drive the store's paths name the drive's files; the temp
+    // folder (TempPath) stays this machine's.
+    std::wstring host;
+    if (!WindowsRoot().empty() && !InTempFolder(wide)) {
+        if (!DrivePath(wide, &host)) return std::wstring();
+        wide.swap(host);
+    }
     return WidePath(wide.c_str());
 }
 

@@ -1,7 +1,8 @@
 // WidePath.h - an ANSI path of the readers as the wide file functions take
 // it: converted from the process's code page, absolute, and in the "\\?\"
 // form when long (LongPath.h), so that a store whose path passes MAX_PATH is
-// read like any other.
+// read like any other. On a copied drive an ANSI path names the drive's file
+// (DriveHives.h), except in this machine's temp folder.
 #ifndef QV_PLATFORM_WIN32_WIDEPATH_H
 #define QV_PLATFORM_WIN32_WIDEPATH_H
 
