@@ -4,7 +4,6 @@
 #include "WindowsDrive.h"
 
 #include <cstdio>
-#include <vector>
 
 #include "Console.h"
 #include "Options.h"
@@ -15,64 +14,88 @@ namespace {
 
 const char kClientKey[] = "Software\\CREAR\\AL-Mail";
 
-int Fail(int code, const std::string& message) {
-    Print(stderr, "tqnralm: %s\n", message.c_str());
-    return code;
+DriveCheck Fail(DriveCheck::Problem problem, int exit, const std::string& message) {
+    DriveCheck check;
+    check.problem = problem;
+    check.exit = exit;
+    check.message = message;
+    return check;
+}
+
+std::string ProfileList(const std::vector<os::DriveProfile>& profiles) {
+    std::string list;
+    for (const os::DriveProfile& p : profiles) list += "\n  " + p.name + "  (" + p.hive + ")";
+    return list;
+}
+
+// The profile of the user named, or the one whose hive has the client's keys.
+DriveCheck ChooseProfile(const std::string& root, const std::string& user, const os::DriveLayout& drive) {
+    std::string error;
+    DriveCheck check;
+    if (!user.empty()) {
+        if (!drive.hasNamed) {
+            const std::string known = ProfileList(drive.profiles);
+            return Fail(DriveCheck::kNoSuchUser, kExitNotInstalled,
+                        "no Windows user '" + user + "' with an NTUSER.DAT on '" + root +
+                            "'; the profiles are:" + (known.empty() ? " none" : known));
+        }
+        if (os::ProbeHive(drive.named.hive, kClientKey, &error) == os::Hive::kUnreadable)
+            return Fail(DriveCheck::kUserUnreadable, kExitNotInstalled, "cannot read the user's registry " + error);
+        check.user = drive.named.name;
+        return check;
+    }
+    std::vector<os::DriveProfile> withKeys;
+    std::string lookedIn, unreadable;
+    for (const os::DriveProfile& p : drive.profiles) {
+        lookedIn += "\n  " + p.hive;
+        switch (os::ProbeHive(p.hive, kClientKey, &error)) {
+            case os::Hive::kHasKey: withKeys.push_back(p); break;
+            case os::Hive::kUnreadable: unreadable += "\n  " + error; break;
+            default: break;
+        }
+    }
+    if (withKeys.size() > 1) {
+        check = Fail(DriveCheck::kSeveralUsers, kExitUsage,
+                     "several Windows users on '" + root + "' used AL-Mail32:" + ProfileList(withKeys) +
+                         "\nChoose one with --windows-user NAME.");
+        for (const os::DriveProfile& p : withKeys) check.users.push_back(p.name);
+        return check;
+    }
+    if (withKeys.empty()) {
+        return Fail(DriveCheck::kNoUser, kExitNotInstalled,
+                    "no Windows user on '" + root + "' has AL-Mail32's settings (" + kClientKey +
+                        "). Looked in:" + (lookedIn.empty() ? " no NTUSER.DAT at all" : lookedIn) +
+                        (unreadable.empty() ? "" : "\nCould not read:" + unreadable));
+    }
+    check.user = withKeys.front().name;
+    return check;
 }
 
 }  // namespace
 
-int UseWindowsDrive(const std::string& root, const std::string& user) {
+DriveCheck CheckWindowsDrive(const std::string& root, const std::string& user) {
     os::ReadCopiedDrive(root, user);
     const os::DriveLayout drive = os::InspectCopiedDrive();
     std::string error;
     if (!drive.hasSoftware) {
-        return Fail(kExitNotInstalled, "'" + root + "' is not a Windows system drive: there is no " + drive.software +
-                                           " (nor profiles in " + drive.users + " or " + drive.oldUsers + ")");
+        return Fail(DriveCheck::kNotADrive, kExitNotInstalled,
+                    "'" + root + "' is not a Windows system drive: there is no " + drive.software +
+                        " (nor profiles in " + drive.users + " or " + drive.oldUsers + ")");
     }
-    if (os::ProbeHive(drive.software, kClientKey, &error) == os::Hive::kUnsupported) return Fail(kExitUsage, error);
-
-    std::string chosen;
-    const std::vector<os::DriveProfile>& profiles = drive.profiles;
-    if (!user.empty()) {
-        if (!drive.hasNamed) {
-            std::string known;
-            for (const os::DriveProfile& p : profiles) known += "\n  " + p.name + "  (" + p.hive + ")";
-            return Fail(kExitNotInstalled, "no Windows user '" + user + "' with an NTUSER.DAT on '" + root +
-                                               "'; the profiles are:" + (known.empty() ? " none" : known));
-        }
-        if (os::ProbeHive(drive.named.hive, kClientKey, &error) == os::Hive::kUnreadable)
-            return Fail(kExitNotInstalled, "cannot read the user's registry " + error);
-        chosen = drive.named.name;
-    } else {
-        std::vector<os::DriveProfile> withKeys;
-        std::string lookedIn, unreadable;
-        for (const os::DriveProfile& p : profiles) {
-            lookedIn += "\n  " + p.hive;
-            switch (os::ProbeHive(p.hive, kClientKey, &error)) {
-                case os::Hive::kHasKey: withKeys.push_back(p); break;
-                case os::Hive::kUnreadable: unreadable += "\n  " + error; break;
-                default: break;
-            }
-        }
-        if (withKeys.size() > 1) {
-            std::string list;
-            for (const os::DriveProfile& p : withKeys) list += "\n  " + p.name + "  (" + p.hive + ")";
-            return Fail(kExitUsage, "several Windows users on '" + root + "' used AL-Mail32:" + list +
-                                        "\nChoose one with --windows-user NAME.");
-        }
-        if (withKeys.empty()) {
-            return Fail(kExitNotInstalled,
-                        "no Windows user on '" + root + "' has AL-Mail32's settings (" + kClientKey +
-                            "). Looked in:" + (lookedIn.empty() ? " no NTUSER.DAT at all" : lookedIn) +
-                            (unreadable.empty() ? "" : "\nCould not read:" + unreadable));
-        }
-        chosen = withKeys.front().name;
-    }
+    if (os::ProbeHive(drive.software, kClientKey, &error) == os::Hive::kUnsupported)
+        return Fail(DriveCheck::kNoHiveReader, kExitUsage, error);
+    DriveCheck check = ChooseProfile(root, user, drive);
+    if (check.problem != DriveCheck::kReadable) return check;
     if (os::ProbeHive(drive.software, kClientKey, &error) == os::Hive::kUnreadable)
-        return Fail(kExitNotInstalled, "cannot read the machine's registry " + error);
-    os::ReadCopiedDrive(root, chosen);
-    return kExitOk;
+        return Fail(DriveCheck::kMachineUnreadable, kExitNotInstalled, "cannot read the machine's registry " + error);
+    os::ReadCopiedDrive(root, check.user);
+    return check;
+}
+
+int UseWindowsDrive(const std::string& root, const std::string& user) {
+    const DriveCheck check = CheckWindowsDrive(root, user);
+    if (check.exit != kExitOk) Print(stderr, "tqnralm: %s\n", check.message.c_str());
+    return check.exit;
 }
 
 }  // namespace tqnralm
