@@ -5,7 +5,7 @@
 # locale, in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
 # of each step into OUT (default WIN64_BUILD/gui-check) for a person to look
 # at (step 5: the last step showing the Thunderbird steps; step 6: Explorer
-# opened on a problem). Six runs:
+# opened on a problem). Nine runs:
 #   export   the sample store (samplestore --machine win64): the assistant's
 #            export must equal `tqnralm.exe export` of the same store, byte
 #            for byte, manifest included;
@@ -19,7 +19,14 @@
 #   short    a destination of 8 KB (a tmpfs, where one may be mounted): the
 #            second step warns that it is short, the export exits 4;
 #   missing  a prefix without the mail client: the first step says so and
-#            the assistant exits 3.
+#            offers to read an old disk; the assistant exits 3;
+#   drive    on that machine an old disk (samplestore --drive vista), chosen
+#            by the test-only --drive: equal to `tqnralm.exe --windows DIR
+#            export`, manifest included;
+#   no-disk  a folder that is no Windows disk: the first step says so;
+#   two-users the disk with a second profile that used the client, its
+#            Windows folder chosen: the profiles are offered, Hanako is
+#            chosen, and the export equals --windows-user Hanako's.
 # Needs wine64, Xvfb, ImageMagick's import, fonts-noto-cjk and localedef.
 # Exit 0 when all agree, 1 on a difference, 2 on a setup error.
 set -uo pipefail
@@ -62,23 +69,24 @@ sleep 1
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 
 # walk NAME PREFIX OUTDIR [ARG...]: one walk through the steps, a screenshot
-# of each step as NAME-stepN.png; prints the exit code.
+# of each stage as NAME-STAGE.png (step1 ... step6, step1-profiles when an
+# old disk asks which profile to read); prints the exit code.
 walk() {
   local name=$1 prefix=$2 dir=$3 shots="$out/$1.shots" rc
   shift 3
   mkdir -p "$shots"
   WINEPREFIX=$prefix timeout 300 $wine64 "$win/bin/tqnralm-gui.exe" --walk "$(windows_path "$dir")" \
     --shots "$(windows_path "$shots")" "$@" >"$out/$name.log" 2>&1 &
-  local pid=$! step
-  for step in 1 2 3 4 5 6; do
-    local waited=0
-    while [ ! -e "$shots/step$step.ready" ] && kill -0 $pid 2>/dev/null && [ $waited -lt 1200 ]; do
-      sleep 0.1; waited=$((waited + 1))
+  local pid=$! ready stage
+  while kill -0 $pid 2>/dev/null; do
+    for ready in "$shots"/*.ready; do
+      stage=$(basename "$ready" .ready)
+      [ -e "$ready" ] && [ ! -e "$shots/$stage.go" ] || continue
+      sleep 0.5  # the last paint
+      import -window root "$out/$name-$stage.png"
+      touch "$shots/$stage.go"
     done
-    [ -e "$shots/step$step.ready" ] || break
-    sleep 0.5  # the last paint
-    import -window root "$out/$name-step$step.png"
-    touch "$shots/step$step.go"
+    sleep 0.1
   done
   wait $pid; rc=$?
   echo $rc
@@ -151,6 +159,50 @@ empty=$out/empty
 WINEPREFIX=$empty timeout 120 $wine64 wineboot -i >/dev/null 2>&1
 rc=$(walk missing "$empty" "$out/none")
 check "without the mail client the first step says so and the assistant exits 3 (exit $rc)" test "$rc" = 3
+
+# An old disk (samplestore --drive vista) read on a machine without the
+# client, as if its folder had been picked: the same export as
+# `tqnralm.exe --windows DIR export`. A Windows build that reads no hive
+# files yet refuses the disk in both (exit 2), and that is what is checked.
+drive=$out/drive
+"$linux/bin/samplestore" --drive vista "$drive" >/dev/null || { echo "gui-check: samplestore failed" >&2; exit 2; }
+cli_drive() {  # DRIVE OUTDIR [ARG...]
+  local root=$1 dir=$2
+  shift 2
+  (cd "$out" && WINEPREFIX=$empty timeout 300 $wine64 "$win/bin/tqnralm.exe" --windows "$(windows_path "$root")" \
+     "$@" export "$(windows_path "$dir")" --quiet >/dev/null 2>"$out/cli-drive.err"); echo $?
+}
+cli=$(cli_drive "$drive" "$out/cli-drive")
+rc=$(walk drive "$empty" "$out/gui-drive" --drive "$(windows_path "$drive")")
+if grep -q "reads this machine's registry only" "$out/cli-drive.err"; then
+  echo "gui-check: this Windows build reads no hive files: only the refusal of the disk is compared"
+  check "the assistant refuses the disk as the command line does (exit $rc and $cli)" test "$rc" = 2 -a "$cli" = 2
+else
+  check "the assistant exports the old disk (exit $rc) as the command line does (exit $cli)" \
+    test "$rc" = "$cli" -a "$rc" -le 1
+  check "the old disk's export equals the command line's, manifest included" diff -r "$out/cli-drive" "$out/gui-drive"
+fi
+
+# A folder that is no Windows disk: the first step says so, with a hint.
+mkdir -p "$out/no-disk/Photos"
+rc=$(walk no-disk "$empty" "$out/none" --drive "$(windows_path "$out/no-disk")")
+check "a folder that is no Windows disk is refused in the first step (exit $rc)" test "$rc" = 3
+
+# Two profiles that used the client, the disk's Windows folder picked: the
+# assistant lists both, reads the one chosen, and exports it as
+# `--windows-user` does.
+two=$out/two-users
+cp -r "$drive" "$two" && cp -r "$two/Users/Taro" "$two/Users/Hanako"
+cli=$(cli_drive "$two" "$out/cli-two" --windows-user Hanako)
+rc=$(walk two-users "$empty" "$out/gui-two" --drive "$(windows_path "$two/Windows")" --drive-user Hanako)
+if grep -q "reads this machine's registry only" "$out/cli-drive.err"; then
+  check "the assistant refuses the two-profile disk as the command line does (exit $rc and $cli)" \
+    test "$rc" = 2 -a "$cli" = 2
+else
+  check "the two profiles are offered for a choice" test -e "$out/two-users-step1-profiles.png"
+  check "the chosen profile is exported (exit $rc) as with --windows-user (exit $cli)" test "$rc" = "$cli" -a "$rc" -le 1
+  check "the chosen profile's export equals the command line's" diff -r "$out/cli-two" "$out/gui-two"
+fi
 WINEPREFIX=$empty "$wineserver" -k >/dev/null 2>&1
 
 echo "gui-check: screenshots in $out"

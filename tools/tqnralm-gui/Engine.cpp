@@ -7,6 +7,7 @@
 #include "Export.h"
 #include "ExportPlan.h"
 #include "Library.h"
+#include "Drive.h"
 #include "DryRunSink.h"
 #include "Formats.h"
 #include "MailWriter.h"
@@ -29,25 +30,39 @@ void Engine::Post(UINT message, WPARAM wParam) { PostMessageW(window_, message, 
 // The plan of an export of everything, as the dry run makes it: it walks
 // users, accounts and folders and counts each folder's messages; then the
 // address books, read and counted, nothing written.
+int Engine::Walk() {
+    found_ = Found();
+    Session session;
+    int exit = session.Open();
+    if (exit != kExitOk) return exit;
+    std::unique_ptr<MailWriter> writer = MakeMailWriter(DefaultMailFormat());
+    ExportPlan plan;
+    exit = MakePlan(session.root(), ExportOptions(), *writer, &plan);
+    Json books = Json::array();
+    AddressTotals addresses;
+    DryRunSink sink;
+    WriteAddressBooks(plan, FormatsOf(FormatKind::kAddress), sink, &books, &addresses, *this);
+    found_ = FoundFromPlan(plan, books);
+    return exit;
+}
+
 void Engine::Find() {
     Join();
-    thread_ = std::thread([this] {
-        int exit = kExitOk;
-        {
-            Session session;
-            exit = session.Open();
-            if (exit == kExitOk) {
-                std::unique_ptr<MailWriter> writer = MakeMailWriter(DefaultMailFormat());
-                ExportPlan plan;
-                exit = MakePlan(session.root(), ExportOptions(), *writer, &plan);
-                Json books = Json::array();
-                AddressTotals addresses;
-                DryRunSink sink;
-                WriteAddressBooks(plan, FormatsOf(FormatKind::kAddress), sink, &books, &addresses, *this);
-                found_ = FoundFromPlan(plan, books);
-            }
+    thread_ = std::thread([this] { Post(kFoundMessage, static_cast<WPARAM>(Walk())); });
+}
+
+void Engine::FindDrive(const std::string& root, const std::string& user) {
+    Join();
+    thread_ = std::thread([this, root, user] {
+        driveRoot_ = root;
+        drive_ = CheckWindowsDrive(root, user);
+        const std::string parent = ParentOfWindowsFolder(root);
+        if (drive_.problem == DriveCheck::kNotADrive && !parent.empty()) {
+            const DriveCheck above = CheckWindowsDrive(parent, user);
+            if (above.problem != DriveCheck::kNotADrive) driveRoot_ = parent, drive_ = above;
         }
-        Post(kFoundMessage, static_cast<WPARAM>(exit));
+        found_ = Found();
+        Post(kFoundMessage, static_cast<WPARAM>(drive_.exit != kExitOk ? drive_.exit : Walk()));
     });
 }
 

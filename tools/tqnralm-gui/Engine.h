@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Model.h"
+#include "WindowsDrive.h"
 #include "Options.h"
 #include "Progress.h"
 #include "Report.h"
@@ -35,8 +36,17 @@ public:
     ~Engine() override;
 
     void Find();
+    // The same of an old disk: the host's checks of the drive at `root` (or
+    // of the folder above it, when `root` is the disk's Windows folder) and
+    // the profile `user` (empty: the one that used the client), then the
+    // walk when the drive is readable. From then on the library reads that
+    // drive, the export too, until another is chosen.
+    void FindDrive(const std::string& root, const std::string& user);
     // The found tree, read after kFoundMessage.
     const Found& found() const { return found_; }
+    // The last drive's checks and the folder read as its root; "" for this machine.
+    const DriveCheck& drive() const { return drive_; }
+    const std::string& driveRoot() const { return driveRoot_; }
     // The dry run of an export with these options: what it would write.
     void Plan(ExportOptions options);
     bool planning() const { return planning_; }
@@ -59,11 +69,14 @@ public:
 
 private:
     void Join();
+    int Walk();
     void Post(UINT message, WPARAM wParam);
 
     HWND window_;
     std::thread thread_;
     Found found_;
+    DriveCheck drive_;
+    std::string driveRoot_;
     PlanTotals planned_;
     std::atomic<bool> planning_{false};
     std::atomic<int64_t> done_{0}, total_{0};

@@ -99,6 +99,49 @@ const Row kRows[] = {
      "The add-on ImportExportTools NG also imports each mbox file (Import mbox file).\r\n\r\n"
      "Address books: in Thunderbird, Tools > Import > Address Books, choose the .ldif file in "
      "<user>\\addresses (it keeps the mailing lists and the readings). Never import the .groups.vcf."},
+    {Text::kReadDisk, "古いディスクの Windows フォルダーを選ぶ(&W)...", "Choose the &Windows folder of an old disk..."},
+    {Text::kReadDiskInstead, "代わりに古いディスクから読む(&W)...", "Read an old &Windows disk instead..."},
+    {Text::kNotInstalledHint,
+     "古いパソコンのディスクを USB ケースなどでつないでいれば、そこからメールを読めます。"
+     "そのディスクのいちばん上のフォルダー (「Windows」と「Users」のフォルダーがある所) を選んでください。"
+     "ディスクは読むだけで、変更しません。",
+     "If the old PC's disk is connected (in a USB case, for example), the mail can be read from it: "
+     "choose the disk's top folder, the one that holds the folders \"Windows\" and \"Users\". "
+     "The disk is only read, never changed."},
+    {Text::kDrivePickerTitle, "古いディスクのいちばん上のフォルダー (Windows と Users がある所) を選んでください",
+     "Choose the old disk's top folder (the one holding Windows and Users)"},
+    {Text::kDriveSearching, "古いディスク %1 を調べています...", "Looking at the old disk %1..."},
+    {Text::kDriveReading, "古いディスク %1 の Windows ユーザー「%2」のメールです。ディスクは読むだけで、変更しません。",
+     "The mail of Windows user \"%2\" on the old disk %1. The disk is only read, never changed."},
+    {Text::kDriveNotADrive, "「%1」は Windows のディスクではありません (Windows のレジストリがありません)。",
+     "\"%1\" is not a Windows disk (it holds no Windows registry)."},
+    {Text::kDriveHintRoot,
+     "ディスクのいちばん上のフォルダー (「Windows」と「Users」または「Documents and Settings」がある所) "
+     "を選んでください。",
+     "Choose the disk's top folder: the one that holds the folders \"Windows\" and \"Users\" "
+     "(or \"Documents and Settings\")."},
+    {Text::kDriveNoHiveReader, "この版の移行アシスタントは、古いディスクのレジストリを読めません。",
+     "This version of the assistant cannot read an old disk's registry."},
+    {Text::kDriveNoSuchUser, "このディスクには Windows ユーザー「%1」がいません。",
+     "There is no Windows user \"%1\" on this disk."},
+    {Text::kDriveHintUser, "ほかのユーザーか、ほかのディスクを選んでください。", "Choose another user or another disk."},
+    {Text::kDriveSeveral, "このディスクでは何人かの Windows ユーザーが AL-Mail32 を使っていました。",
+     "Several Windows users of this disk used AL-Mail32."},
+    {Text::kDriveHintSeveral, "メールを読むユーザーを選んで、[このユーザーを読む] を押してください。",
+     "Choose the user whose mail to read, then press \"Read this user\"."},
+    {Text::kDriveNoUser, "このディスクには AL-Mail32 の設定を持つ Windows ユーザーがいません。",
+     "No Windows user on this disk has AL-Mail32's settings."},
+    {Text::kDriveHintOtherDisk, "AL-Mail32 を使っていたパソコンのディスクか、確かめてください。",
+     "Check that this is the disk of the PC that ran AL-Mail32."},
+    {Text::kDriveUnreadable,
+     "このディスクのレジストリ (Windows の設定のファイル) が読めません。ディスクが傷んでいるか、コピーが途中で切れています。",
+     "The disk's registry (the files of Windows' settings) cannot be read: the disk is damaged, or the copy is "
+     "incomplete."},
+    {Text::kDriveNotFound, "このディスクの設定が指す場所に AL-Mail32 のメールが見つかりませんでした。",
+     "AL-Mail32's mail was not found where this disk's settings put it."},
+    {Text::kDriveHintDamaged, "ディスクを調べるか、もう一度コピーしてください。", "Check the disk, or copy it again."},
+    {Text::kReadProfile, "このユーザーを読む(&R)", "&Read this user"},
+    {Text::kDriveDetails, "詳しく:\n%1", "Details:\n%1"},
 };
 
 static_assert(sizeof kRows / sizeof kRows[0] == static_cast<size_t>(Text::kCount), "a row for every text");

@@ -55,6 +55,26 @@ enum class Text {
     kOpenFolder,
     kThunderbird,
     kThunderbirdSteps,  // %1 the destination folder
+    kReadDisk,
+    kReadDiskInstead,
+    kNotInstalledHint,
+    kDrivePickerTitle,
+    kDriveSearching,    // %1 the disk's folder
+    kDriveReading,      // %1 the disk's folder, %2 the Windows user
+    kDriveNotADrive,    // %1 the folder
+    kDriveHintRoot,
+    kDriveNoHiveReader,
+    kDriveNoSuchUser,   // %1 the Windows user
+    kDriveHintUser,
+    kDriveSeveral,
+    kDriveHintSeveral,
+    kDriveNoUser,
+    kDriveHintOtherDisk,
+    kDriveUnreadable,
+    kDriveNotFound,
+    kDriveHintDamaged,
+    kReadProfile,
+    kDriveDetails,      // %1 the host's message
     kCount  // not a text
 };
 

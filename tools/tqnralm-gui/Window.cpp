@@ -37,7 +37,8 @@ bool Window::Create(HINSTANCE instance, int show) {
     Show(kFound);
     ShowWindow(hwnd_, show);
     engine_.reset(new Engine(hwnd_));
-    engine_->Find();
+    if (walk_.drive.empty()) engine_->Find();
+    else ReadDrive(walk_.drive, std::string());
     if (walk_.on) SetTimer(hwnd_, kWalkTimer, 100, nullptr);
     return true;
 }
@@ -54,7 +55,8 @@ void Window::MakeControls() {
                             WS_CHILD | WS_TABSTOP | TVS_HASLINES | TVS_LINESATROOT | TVS_HASBUTTONS, 0, 0, 0, 0,
                             hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdTree)), nullptr, nullptr);
     foundTotals_ = Control(L"STATIC", "", SS_LEFT, -1);
-    pages_[kFound] = {readOnly_, tree_, foundTotals_};
+    MakeDriveControls();
+    pages_[kFound] = {readOnly_, tree_, foundTotals_, driveButton_, driveNote_, profiles_, readProfile_, driveDetails_};
 
     MakeWherePage();
 
@@ -110,7 +112,13 @@ void Window::Layout() {
     SetWindowPos(hwnd_, nullptr, 0, 0, client.right - client.left, client.bottom - client.top,
                  SWP_NOMOVE | SWP_NOZORDER);
     at(heading_, 16, 12, 568, 26);
-    at(readOnly_, 16, 46, 568, 20), at(tree_, 16, 70, 568, 338), at(foundTotals_, 16, 414, 568, 36);
+    // Found: the tree with the old disk's button beside Next; without one,
+    // why not, what to pick, the button, and a disk's profiles or details.
+    at(readOnly_, 16, 46, 568, 36), at(tree_, 16, 86, 568, 292), at(foundTotals_, 16, 384, 568, 36);
+    if (found_) at(driveButton_, 16, 456, 300, 30);
+    else at(driveButton_, 16, 142, 380, 32);
+    at(driveNote_, 16, 86, 568, 52), at(profiles_, 16, 182, 300, 100), at(readProfile_, 324, 182, 220, 30);
+    at(driveDetails_, 16, 182, 568, 260);  // where the profiles stand when a disk asks for one
     at(destLabel_, 16, 46, 568, 20), at(dest_, 16, 68, 460, 26), at(browse_, 484, 67, 100, 28);
     at(formatBox_, 16, 100, 568, 158);
     for (int i = 0; i < 3; ++i) at(radios_[i], 32, 118 + i * 46, 540, 22), at(hints_[i], 52, 139 + i * 46, 520, 20);
@@ -136,8 +144,14 @@ void Window::Show(Step step) {
     SetText(cancel_, Str(step == kDone ? Text::kClose : Text::kCancel));
     ShowWindow(steps_, step == kDone && showingSteps_ ? SW_SHOW : SW_HIDE);
     if (step == kDone && (showingSteps_ || problemPaths_.empty())) ShowWindow(problems_, SW_HIDE);
+    if (step == kFound) ShowFoundState();
     if (step == kWhere) RequestPlan();
-    SetFocus(step == kWhere ? dest_ : step == kDone ? openFolder_ : step == kExport ? cancel_ : next_);
+    SetFocus(step == kWhere  ? dest_
+             : step == kDone ? openFolder_
+             : step == kExport ? cancel_
+             : found_ || !searched_ ? next_
+             : IsWindowVisible(profiles_) ? profiles_
+                                          : driveButton_);
 }
 
 std::wstring Window::OutDir() const {

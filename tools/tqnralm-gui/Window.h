@@ -28,6 +28,8 @@ struct Walk {
     std::vector<int> users;     // the users left checked; empty: all
     bool cancel = false;        // Cancel as soon as the export has begun
     bool showProblem = false;   // double-click the first problem at the end
+    std::wstring drive;         // read this folder as an old disk, as if picked
+    std::wstring driveUser;     // the profile to choose when the disk asks for one
 };
 
 class Window {
@@ -41,12 +43,16 @@ public:
 private:
     enum Step { kFound, kWhere, kExport, kDone };
     enum Id { kIdNext = IDOK, kIdCancel = IDCANCEL, kIdBrowse = 100, kIdDest, kIdMbox, kIdMaildir, kIdEml,
-              kIdAddresses, kIdOpen, kIdProblems, kIdTree, kIdUsers, kIdThunderbird };
+              kIdAddresses, kIdOpen, kIdProblems, kIdTree, kIdUsers, kIdThunderbird, kIdDrive, kIdProfiles,
+              kIdReadProfile };
+    // The walk's stage that shows the profiles of a disk to choose from.
+    static constexpr int kWalkProfiles = 9;
     static constexpr UINT_PTR kWalkTimer = 1;
     static LRESULT CALLBACK Proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
     void MakeControls();
     void MakeWherePage();
+    void MakeDriveControls();
     HWND Control(const wchar_t* cls, const std::string& text, DWORD style, int id);
     void Layout();
     void SetFont();
@@ -64,6 +70,12 @@ private:
     void RequestPlan();
     void ShowSpace();
     void Browse();
+    std::wstring PickFolder(const std::string& title);
+    void ChooseDrive();
+    void ReadDrive(const std::wstring& root, const std::string& user);
+    void ReadChosenProfile();
+    void ShowDrive();
+    void ShowFoundState();
     void OpenFolder();
     void ShowProblem(int item);
     void ToggleSteps();
@@ -76,8 +88,9 @@ private:
     HWND hwnd_ = nullptr;
     std::unique_ptr<Engine> engine_;
     Step step_ = kFound;
-    bool searched_ = false, found_ = false, exporting_ = false;
+    bool searched_ = false, found_ = false, exporting_ = false, onDrive_ = false;
     bool planDirty_ = false, filling_ = false, showingSteps_ = false, problemShown_ = false;
+    std::string driveUser_;  // the profile asked of the disk; "" the one that used the client
     int findExit_ = -1;
     int exportExit_ = -1;
     int walkReady_ = -1;  // the stage whose ready file was written
@@ -87,6 +100,7 @@ private:
     // Controls: the heading and the buttons, then each step's own.
     HWND heading_, next_, cancel_;
     HWND readOnly_, tree_, foundTotals_;
+    HWND driveButton_, driveNote_, profiles_, readProfile_, driveDetails_;
     HWND destLabel_, dest_, browse_, formatBox_, radios_[3], hints_[3], usersLabel_, users_, addresses_, space_;
     HWND progress_, progressText_, folderNow_;
     HWND doneTotals_, doneState_, problems_, steps_, openFolder_, thunderbird_;

@@ -73,6 +73,8 @@ LRESULT Window::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 void Window::OnCommand(int id, int code) {
     if (id == kIdNext) return OnNext();
     if (id == kIdBrowse) return Browse();
+    if (id == kIdDrive) return ChooseDrive();
+    if (id == kIdReadProfile || (id == kIdProfiles && code == LBN_DBLCLK)) return ReadChosenProfile();
     if (id == kIdOpen) return OpenFolder();
     if (id == kIdThunderbird) return ToggleSteps();
     if (id == kIdProblems && code == LBN_DBLCLK)
@@ -90,7 +92,8 @@ void Window::OnCommand(int id, int code) {
 }
 
 void Window::OnNext() {
-    if (step_ == kFound) return Show(kWhere);
+    // On the first step Enter, when nothing was found, chooses an old disk.
+    if (step_ == kFound) return found_ ? Show(kWhere) : searched_ ? ChooseDrive() : void();
     if (step_ != kWhere) return;
     const std::wstring outDir = OutDir();
     if (outDir.empty()) {
@@ -125,7 +128,14 @@ void Window::OnFound(int exit) {
     findExit_ = exit;
     found_ = exit == kExitOk;
     const Found& found = engine_->found();
-    SetText(readOnly_, Str(exit == kExitNotInstalled ? Text::kNotInstalled : Text::kReadOnly));
+    TreeView_DeleteAllItems(tree_);
+    ListView_DeleteAllItems(users_);
+    if (onDrive_) {
+        ShowDrive();
+    } else {
+        SetText(readOnly_, Str(exit == kExitNotInstalled ? Text::kNotInstalled : Text::kReadOnly));
+        SetText(driveNote_, Str(Text::kNotInstalledHint));
+    }
     if (found_) {
         AddRows(tree_, found);
         SetText(foundTotals_, Format(Text::kFoundTotals, {std::to_string(found.users), std::to_string(found.folders),
@@ -133,6 +143,8 @@ void Window::OnFound(int exit) {
                                                           std::to_string(found.addresses)}));
         FillUsers();
     }
+    SetText(driveButton_, Str(found_ && !onDrive_ ? Text::kReadDiskInstead : Text::kReadDisk));
+    Layout();
     if (step_ == kFound) Show(kFound);
 }
 
@@ -181,25 +193,33 @@ void Window::OnExported(int exit) {
     if (!walk_.on) Show(kDone);
 }
 
-// The system's folder picker.
-void Window::Browse() {
+// The system's folder picker; "" when nothing was chosen.
+std::wstring Window::PickFolder(const std::string& title) {
     IFileOpenDialog* dialog = nullptr;
     if (FAILED(CoCreateInstance(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IFileOpenDialog,
                                 reinterpret_cast<void**>(&dialog)))) {
-        return;
+        return std::wstring();
     }
     DWORD flags = 0;
     dialog->GetOptions(&flags);
     dialog->SetOptions(flags | FOS_PICKFOLDERS | FOS_FORCEFILESYSTEM);
+    if (!title.empty()) dialog->SetTitle(Wide(title).c_str());
     IShellItem* item = nullptr;
     wchar_t* path = nullptr;
+    std::wstring chosen;
     if (SUCCEEDED(dialog->Show(hwnd_)) && SUCCEEDED(dialog->GetResult(&item)) &&
         SUCCEEDED(item->GetDisplayName(SIGDN_FILESYSPATH, &path))) {
-        SetWindowTextW(dest_, path);
+        chosen = path;
         CoTaskMemFree(path);
     }
     if (item != nullptr) item->Release();
     dialog->Release();
+    return chosen;
+}
+
+void Window::Browse() {
+    const std::wstring path = PickFolder(std::string());
+    if (!path.empty()) SetWindowTextW(dest_, path.c_str());
 }
 
 void Window::OpenFolder() { ShellExecuteW(hwnd_, L"open", OutDir().c_str(), nullptr, nullptr, SW_SHOWNORMAL); }
@@ -227,6 +247,7 @@ void Window::ToggleSteps() {
 // Explorer open on the first problem (with --show-problem); the last
 // stage's go closes the window.
 int Window::WalkStage() const {
+    if (step_ == kFound && IsWindowVisible(profiles_)) return kWalkProfiles;
     if (step_ != kDone) return static_cast<int>(step_);
     return problemShown_ ? 5 : showingSteps_ ? 4 : 3;
 }
@@ -238,7 +259,8 @@ void Window::WalkTick() {
                        : stage == 2 ? exportExit_ >= 0
                        : stage == 5 ? std::chrono::steady_clock::now() - shownAt_ > std::chrono::seconds(3)
                                     : true;
-    const std::wstring base = walk_.shots + L"\\step" + std::to_wstring(stage + 1);
+    const std::wstring name = stage == kWalkProfiles ? L"step1-profiles" : L"step" + std::to_wstring(stage + 1);
+    const std::wstring base = walk_.shots + L"\\" + name;
     if (ready && walkReady_ != stage) {
         if (FILE* f = _wfopen((base + L".ready").c_str(), L"wb")) std::fclose(f);
         walkReady_ = stage;
@@ -255,6 +277,14 @@ void Window::WalkOn() {
         break;
     case 1: OnNext(); break;
     case 2: Show(kDone); break;
+    case kWalkProfiles: {
+        const LRESULT line = SendMessageW(profiles_, LB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                          reinterpret_cast<LPARAM>(walk_.driveUser.c_str()));
+        if (walk_.driveUser.empty() || line == LB_ERR) return (void)DestroyWindow(hwnd_);
+        SendMessageW(profiles_, LB_SETCURSEL, static_cast<WPARAM>(line), 0);
+        ReadChosenProfile();
+        break;
+    }
     case 3: ToggleSteps(); break;
     case 4:
         if (walk_.showProblem && !problemPaths_.empty()) {

@@ -2,8 +2,10 @@
 // client's data on this machine, shows it, exports it with the host's own
 // export and says what arrived. For a test run:
 //   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--users 0,2]
-//                   [--cancel] [--show-problem]
-// walks the steps with these answers (Window.h) and exits with the export's code.
+//                   [--cancel] [--show-problem] [--drive DIR [--drive-user NAME]]
+// walks the steps with these answers (Window.h) and exits with the export's
+// code. --drive reads the folder DIR as an old disk, as if it had been
+// picked; --drive-user is the profile chosen when the disk asks for one.
 #include "WindowsApi.h"
 
 #include <cwchar>
@@ -39,6 +41,10 @@ tqnralm::gui::Walk ParseWalk() {
                 walk.users.push_back(static_cast<int>(std::wcstol(p, &end, 10)));
                 p = *end == L',' ? end + 1 : end + (*end != L'\0');
             }
+        } else if (arg == L"--drive" && hasValue) {
+            walk.drive = argv[++i];
+        } else if (arg == L"--drive-user" && hasValue) {
+            walk.driveUser = argv[++i];
         } else if (arg == L"--show-problem") {
             walk.showProblem = true;
         } else if (arg == L"--cancel") {
