@@ -116,9 +116,9 @@ void Window::Layout() {
     // why not, what to pick, the button, and a disk's profiles or details.
     at(readOnly_, 16, 46, 568, 36), at(tree_, 16, 86, 568, 292), at(foundTotals_, 16, 384, 568, 36);
     if (found_) at(driveButton_, 16, 456, 300, 30);
-    else at(driveButton_, 16, 142, 380, 32);
-    at(driveNote_, 16, 86, 568, 52), at(profiles_, 16, 182, 300, 100), at(readProfile_, 324, 182, 220, 30);
-    at(driveDetails_, 16, 182, 568, 260);  // where the profiles stand when a disk asks for one
+    else at(driveButton_, 16, 152, 380, 32);
+    at(driveNote_, 16, 86, 568, 60), at(profiles_, 16, 194, 300, 100), at(readProfile_, 324, 194, 220, 30);
+    at(driveDetails_, 16, 194, 568, 248);  // where the profiles stand when a disk asks for one
     at(destLabel_, 16, 46, 568, 20), at(dest_, 16, 68, 460, 26), at(browse_, 484, 67, 100, 28);
     at(formatBox_, 16, 100, 568, 158);
     for (int i = 0; i < 3; ++i) at(radios_[i], 32, 118 + i * 46, 540, 22), at(hints_[i], 52, 139 + i * 46, 520, 20);
