@@ -160,6 +160,50 @@ TEST(Files, TextAndBinaryMode) {
     }
 }
 
+// The files of one folder open through a handle of the folder kept from
+// the last open: what changes on the disk between two opens is still seen.
+TEST(Files, OpensWhatTheFolderHoldsNow) {
+    const struct {
+        const char* name;
+        void (*change)(qvt::WinePrefix&);
+        const char* path;
+        const char* expected;  // null: not found
+    } cases[] = {
+        {"next file", [](qvt::WinePrefix&) {}, "C:\\Box\\b.alm", "b"},
+        {"the same name in another folder", [](qvt::WinePrefix&) {}, "C:\\Other\\b.alm", "other"},
+        {"back in the first", [](qvt::WinePrefix&) {}, "C:\\Box\\b.alm", "b"},
+        {"a name in another case", [](qvt::WinePrefix&) {}, "C:\\box\\B.ALM", "b"},
+        {"a file gone", [](qvt::WinePrefix& p) { fs::remove(p.HostPath("C:\\Box\\b.alm")); }, "C:\\Box\\b.alm",
+         nullptr},
+        {"the folder made anew",
+         [](qvt::WinePrefix& p) {
+             fs::remove_all(p.HostPath("C:\\Box"));
+             p.WriteFile("C:\\Box\\a.alm", "new");
+         },
+         "C:\\Box\\a.alm", "new"},
+        {"and its next file", [](qvt::WinePrefix& p) { p.WriteFile("C:\\Box\\c.alm", "c"); }, "C:\\Box\\c.alm",
+         "c"},
+        {"the folder gone", [](qvt::WinePrefix& p) { fs::remove_all(p.HostPath("C:\\Box")); }, "C:\\Box\\c.alm",
+         nullptr},
+    };
+    qvt::WinePrefix prefix;
+    prefix.WriteFile("C:\\Box\\a.alm", "a");
+    prefix.WriteFile("C:\\Box\\b.alm", "b");
+    prefix.WriteFile("C:\\Other\\b.alm", "other");
+    qvp::FileClose(qvp::FileOpen("C:\\Other\\b.alm", "rb"));  // both folders known
+    qvp::FileClose(qvp::FileOpen("C:\\Box\\a.alm", "rb"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        c.change(prefix);
+        qvp::File* file = qvp::FileOpen(c.path, "rb");
+        ASSERT_EQ(c.expected == nullptr, file == nullptr);
+        if (file == nullptr) continue;
+        char buffer[8] = {};
+        EXPECT_EQ(std::string(c.expected), std::string(buffer, qvp::FileRead(buffer, sizeof buffer, file)));
+        qvp::FileClose(file);
+    }
+}
+
 std::u16string Wide(const std::string& utf8) {
     const int n = qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.c_str(), -1, nullptr, 0);
     std::u16string out(static_cast<size_t>(n), u'\0');

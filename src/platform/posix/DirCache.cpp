@@ -12,6 +12,9 @@
 #include "platform/posix/PosixText.h"
 
 #include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <sys/stat.h>
 #include <time.h>
 
@@ -39,6 +42,7 @@ bool DirCache::Find(const std::u16string& key, const std::string& spelling, std:
     if (it == m_folders.end() || it->second.spelling != spelling) return false;
     *host = it->second.host;
     if (m_last.spelling != spelling) {
+        ForgetLast();
         m_last = it->second;
         m_lastKey = key;
     }
@@ -56,9 +60,38 @@ bool DirCache::FindLast(const std::string& spelling, std::u16string* key, std::s
 // Under the lock. The strings give their memory back: the tests count the
 // blocks the library holds once its folders are forgotten.
 void DirCache::ForgetLast() {
+    if (m_lastHandle != -1) close(m_lastHandle);
+    m_lastHandle = -1;
     std::string().swap(m_last.spelling);
     std::string().swap(m_last.host);
     std::u16string().swap(m_lastKey);
+}
+
+int DirCache::OpenInLast(const std::string& dir, const std::string& name,
+                         const std::function<int(int, const std::string&)>& open) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto joined = [&] { return !dir.empty() && dir.back() == '/' ? dir + name : dir + "/" + name; };
+    if (dir != m_last.host || dir.empty()) return open(AT_FDCWD, joined());
+    if (m_lastHandle == -1) {
+#ifdef O_PATH
+        constexpr int kPathOnly = O_PATH;
+#else
+        constexpr int kPathOnly = O_RDONLY;
+#endif
+        m_lastHandle = ::open(dir.c_str(), kPathOnly | O_DIRECTORY | O_CLOEXEC);
+        // Without a handle (no descriptor left) the joined path still opens.
+        if (m_lastHandle == -1) return open(AT_FDCWD, joined());
+    }
+    const int fd = open(m_lastHandle, name);
+    // A folder deleted (and perhaps made anew) since: the next open takes a
+    // handle of what stands under the name now.
+    struct stat st;
+    if (fd < 0 && errno == ENOENT && fstat(m_lastHandle, &st) == 0 && st.st_nlink == 0) {
+        close(m_lastHandle);
+        m_lastHandle = -1;
+        errno = ENOENT;
+    }
+    return fd;
 }
 
 void DirCache::Remember(const std::u16string& key, const std::string& spelling, const std::string& host) {

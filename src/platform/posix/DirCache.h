@@ -9,6 +9,7 @@
 #ifndef QV_PLATFORM_POSIX_DIRCACHE_H
 #define QV_PLATFORM_POSIX_DIRCACHE_H
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -29,6 +30,13 @@ public:
     // path costs more to make than the open.
     bool FindLast(const std::string& spelling, std::u16string* key, std::string* host);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
+    // Opens `name` in the host folder `dir` through `open`: relative to a
+    // handle of the folder when it is the one Find gave last (the handle is
+    // kept until that changes), which spares the kernel the walk of the
+    // whole path for each message; else by the joined path. A folder moved
+    // while its handle is kept is read where it went, as an open folder is.
+    int OpenInLast(const std::string& dir, const std::string& name,
+                   const std::function<int(int, const std::string&)>& open);
     void Forget(const std::u16string& key);
     // Forgets every folder and index (the tests that count the blocks the
     // library holds between two walks).
@@ -56,6 +64,7 @@ private:
 
     std::mutex m_mutex;
     Folder m_last;  // Find's last answer, by its spelling; empty when none
+    int m_lastHandle = -1;  // of m_last.host, once a file was opened in it
     std::u16string m_lastKey;
     std::unordered_map<std::u16string, Folder> m_folders;
     std::unordered_map<std::string, Index> m_indexes;  // by host folder

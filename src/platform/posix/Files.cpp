@@ -225,7 +225,7 @@ File* FileOpen(const char* path, const char* mode, int* cause) {
     why = kCauseGeneric;
     if (mode == nullptr || mode[0] != 'r' || std::strpbrk(mode, "wa+") != nullptr) return nullptr;
     int mapped = posix::kMapBadPath;
-    const int fd = posix::OpenMapped(path, posix::OpenForReading, &mapped);
+    const int fd = posix::OpenMapped(path, posix::OpenForReadingAt, &mapped);
     if (fd < 0) {
         why = mapped == posix::kMapFound ? posix::CauseFromErrno(errno) : mapped;
         return nullptr;

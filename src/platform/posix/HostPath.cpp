@@ -310,7 +310,7 @@ int MapPath(const char* windowsCp932, std::string* host) {
     return MapUtf8Path(utf8, host);
 }
 
-int OpenMapped(const char* windowsCp932, const std::function<int(const std::string&)>& open, int* mapped) {
+int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
     *mapped = kMapBadPath;
     std::string utf8;
     Split split;
@@ -321,18 +321,18 @@ int OpenMapped(const char* windowsCp932, const std::function<int(const std::stri
     if (n >= 2 && CachedFolder(split, n - 1, &key, &dir)) {
         *mapped = kMapFound;
         errno = 0;
-        const int fd = open(JoinHost(dir, split.parts[n - 1]));
+        const int fd = DirCache::Instance().OpenInLast(dir, split.parts[n - 1], open);
         if (fd >= 0 || (errno != ENOENT && errno != ENOTDIR)) return fd;
         std::string found;
         switch (FindInsensitive(dir, split.parts[n - 1], &found)) {
-            case DirCache::kNameFound: return open(JoinHost(dir, found));
+            case DirCache::kNameFound: return open(AT_FDCWD, JoinHost(dir, found));
             case DirCache::kNameMissing: *mapped = kMapMissing; return -1;
             case DirCache::kFolderGone: DirCache::Instance().Forget(key); break;
         }
     }
     std::string host;
     *mapped = FullResolve(split, &host);
-    return *mapped == kMapFound ? open(host) : -1;
+    return *mapped == kMapFound ? open(AT_FDCWD, host) : -1;
 }
 
 int CauseFromErrno(int error, bool creating) {
@@ -355,7 +355,9 @@ int CauseFromErrno(int error, bool creating) {
     }
 }
 
-int OpenForReading(const std::string& host) {
+int OpenForReading(const std::string& host) { return OpenForReadingAt(AT_FDCWD, host); }
+
+int OpenForReadingAt(int dir, const std::string& path) {
     if (InjectedFailure()) {
         ThrowIfNoMemory(errno);
         return -1;
@@ -372,7 +374,7 @@ int OpenForReading(const std::string& host) {
     int fd;
     do {
         const bool keep = noAtime.load(std::memory_order_relaxed);
-        fd = open(host.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | (keep ? kNoAtime : 0));
+        fd = openat(dir, path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | (keep ? kNoAtime : 0));
         if (fd < 0 && errno == EPERM && keep) {
             noAtime.store(false, std::memory_order_relaxed);
             errno = EINTR;  // once more without it

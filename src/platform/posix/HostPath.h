@@ -36,13 +36,17 @@ bool IsWithin(const std::string& path, const std::string& folder);
 // The same for a path in code page 932.
 int MapPath(const char* windowsCp932, std::string* host);
 
+// Opens a host path as openat(2) does: relative to the folder `dir` (a
+// descriptor, or AT_FDCWD). A descriptor, or -1 with errno set.
+using OpenAt = std::function<int(int dir, const std::string& path)>;
+
 // Opens a file by its Windows path (CP932): `open` is called with the host
-// path and returns a descriptor, or -1 with errno set. A file in a folder
-// the process has resolved before costs that one open (the cached folder
-// plus the exact name); the full mapping runs only when it fails. *mapped is
-// kMapFound when `open` was called on the file's host path (its own failure
-// then stands), else why the path names nothing.
-int OpenMapped(const char* windowsCp932, const std::function<int(const std::string&)>& open, int* mapped);
+// path, or with the name alone in the folder last resolved. A file in a
+// folder the process has resolved before costs that one open (the exact
+// name in the cached folder); the full mapping runs only when it fails.
+// *mapped is kMapFound when `open` was called on the file's host path (its
+// own failure then stands), else why the path names nothing.
+int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped);
 
 
 // errno to a file cause code (platform.h). `creating`: the open had O_CREAT,
@@ -52,6 +56,7 @@ int CauseFromErrno(int error, bool creating = false);
 // Opens a host file for reading with O_NONBLOCK, so that a FIFO does not
 // wait for a writer: the descriptor, or -1 with errno set.
 int OpenForReading(const std::string& host);
+int OpenForReadingAt(int dir, const std::string& path);
 // fstat of a descriptor just opened: only a regular file stays open. true
 // and its size, else the descriptor is closed and *cause says why.
 bool KeepRegular(int fd, long long* size, int* cause);
