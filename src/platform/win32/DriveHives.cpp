@@ -38,8 +38,14 @@ struct DriveAccess {
     static bool Map(const std::string& windowsUtf8, std::string* host) {
         std::wstring wide;
         if (!DrivePath(WideFromUtf8(windowsUtf8), &wide)) return false;
+        while (wide.size() > 3 && wide.back() == L'\\') wide.pop_back();  // a folder without its last separator
         *host = Utf8FromWide(wide);
-        return ::GetFileAttributesW(HostWide(*host).c_str()) != INVALID_FILE_ATTRIBUTES;
+        if (::GetFileAttributesW(HostWide(*host).c_str()) == INVALID_FILE_ATTRIBUTES) return false;
+        // Spelled as on the disk, as the Linux build spells it.
+        std::wstring spelled(::GetLongPathNameW(wide.c_str(), nullptr, 0), L'\0');
+        const DWORD n = spelled.empty() ? 0 : ::GetLongPathNameW(wide.c_str(), &spelled[0], spelled.size());
+        if (n > 0 && n < spelled.size()) *host = Utf8FromWide(spelled.substr(0, n));
+        return true;
     }
     static std::vector<std::string> Names(const std::string& host) {
         std::vector<std::string> out;
