@@ -1,8 +1,7 @@
 // fuzz_addressfile.cpp - the address file parser over arbitrary bytes, then
 // a walk of the book through the flat functions with both text kinds.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "FuzzCheck.h"
+
 #include <vector>
 
 #include "addressreader/AddrBook.h"

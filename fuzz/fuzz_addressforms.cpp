@@ -5,11 +5,9 @@
 // three forms must keep their rules: vCard lines (persons and groups) of at
 // most 75 octets ended by CR LF in valid UTF-8, LDIF in ASCII lines of at
 // most 76 with no dn twice, CSV quotes balanced in every row.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "FuzzCheck.h"
+
 #include <set>
-#include <string>
 #include <vector>
 
 #include "AddressModel.h"
@@ -19,21 +17,11 @@ namespace {
 
 using namespace tqnralm;
 
-void Check(bool ok) {
-    if (!ok) std::abort();
-}
+using fuzzcheck::Check;
 
 bool ValidUtf8(const std::string& s) {
-    for (size_t i = 0; i < s.size();) {
-        const unsigned char c = static_cast<unsigned char>(s[i]);
-        size_t n = c < 0x80 ? 1 : (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
-        if (n == 0 || i + n > s.size()) return false;
-        for (size_t k = 1; k < n; ++k) {
-            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
-        }
-        i += n;
-    }
-    return true;
+    size_t units = 0;
+    return fuzzcheck::Utf16Units(s, &units);
 }
 
 std::vector<std::string> Lines(const std::string& text, const std::string& end) {
@@ -56,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<AddressGroup*> open{&book.top};
     Address address;
     int field = 0;
-    const std::string input(reinterpret_cast<const char*>(data), size);
+    const std::string input = fuzzcheck::Text(data, size);
     for (size_t start = 0; start <= input.size();) {
         size_t end = input.find('\0', start);
         if (end == std::string::npos) end = input.size();

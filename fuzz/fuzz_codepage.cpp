@@ -2,9 +2,7 @@
 // conversion of a body to code page 932 must give what the two conversions
 // (to UTF-16 and back) give, for any bytes. The first byte picks ISO-2022-JP
 // or EUC-JP; the rest is the text.
-#include <cstddef>
-#include <cstdint>
-#include <string>
+#include "FuzzCheck.h"
 
 #include "platform/platform.h"
 

@@ -1,8 +1,5 @@
 // fuzz_entrylist.cpp - a folder's "Entry.lst" message list from any bytes.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+#include "FuzzCheck.h"
 
 #include "mailreader/EntryLists.h"
 

@@ -1,20 +1,14 @@
 // fuzz_headers.cpp - the export's header rewriting over arbitrary bytes: the
 // body (everything after the header's empty line) comes out byte for byte,
 // and the decoded subject is valid UTF-8.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+#include "FuzzCheck.h"
+
 #include <string_view>
 
 #include "HeaderRewrite.h"
 #include "MsgCharset.h"
 
 namespace {
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 // The body with its empty line, as the rewriting must keep it.
 std::string_view Body(std::string_view m) {
@@ -33,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string out;
     if (tqnralm::RewriteHeaders(message, &out)) {
         const std::string_view body = Body(message);
-        Require(out.size() >= body.size() && out.compare(out.size() - body.size(), body.size(), body) == 0);
+        fuzzcheck::Check(out.size() >= body.size() && out.compare(out.size() - body.size(), body.size(), body) == 0);
     }
     std::string subject;
-    if (tqnralm::DecodeSubject(message, &subject)) Require(msg::IsValidUtf8(subject));
+    if (tqnralm::DecodeSubject(message, &subject)) fuzzcheck::Check(msg::IsValidUtf8(subject));
     return 0;
 }

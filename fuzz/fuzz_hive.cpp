@@ -5,18 +5,13 @@
 // holds the client's keys: three bytes each, an offset and a new byte. When
 // the input's first byte is odd the base block's checksum is made right
 // again, so that damage behind it is reached.
+#include "FuzzCheck.h"
 #include "platform/posix/HiveFile.h"
 #include "support/posix/Hive.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
-#include <string>
 
 namespace {
 
@@ -26,10 +21,8 @@ std::string g_path;  // the file that holds the hive of one run
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    g_path = (std::filesystem::temp_directory_path() /
-              ("fuzz_hive." + std::to_string(std::random_device{}()))).string();
+    g_path = fuzzcheck::ScratchPath("fuzz_hive");
     const std::string base = g_path + ".base";
-    std::atexit([] { std::remove(g_path.c_str()); });
     qvt::WriteHive(base, {{"Wow6432Node\\CREAR\\AL-Mail", {{"InstallPath", 1, qvt::RegSz("C:\\x\\a.exe")}}},
                           {"CREAR\\AL-Mail",
                            {{"InstallPath", 1, qvt::RegSz("C:\\日本語")},
@@ -42,17 +35,15 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string hive;
-    if (size >= 4 && std::string(reinterpret_cast<const char*>(data), 4) == "regf") {
-        hive.assign(reinterpret_cast<const char*>(data), size);
-    } else {
+    std::string hive = fuzzcheck::Text(data, size);
+    if (hive.compare(0, 4, "regf") != 0) {
         hive = g_base;
         for (size_t i = 1; i + 2 < size; i += 3)
             hive[(data[i] | data[i + 1] << 8 | (i & 0x10) << 12) % hive.size()] = static_cast<char>(data[i + 2]);
         if (size > 0 && (data[0] & 1)) qvt::FixHiveChecksum(hive);
     }
-    if (!std::ofstream(g_path, std::ios::binary | std::ios::trunc).write(hive.data(), std::streamsize(hive.size())))
-        std::abort();
+    fuzzcheck::Check(static_cast<bool>(
+        std::ofstream(g_path, std::ios::binary | std::ios::trunc).write(hive.data(), std::streamsize(hive.size()))));
     qvp::posix::HiveFile file;
     if (!file.Open(g_path)) return 0;
     qvp::posix::RegistryFile::Value value;

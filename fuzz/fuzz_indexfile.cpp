@@ -1,8 +1,5 @@
 // fuzz_indexfile.cpp - an index file ("trash.box") from any bytes.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+#include "FuzzCheck.h"
 
 #include "mailreader/EntryLists.h"
 

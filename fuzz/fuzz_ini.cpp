@@ -1,9 +1,8 @@
 // fuzz_ini.cpp - initialisation file bytes through GetPrivateProfileStringA's
 // parser; the first bytes choose the buffer size.
+#include "FuzzCheck.h"
 #include "platform/posix/IniFile.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -6,14 +6,10 @@
 // through Save and Load; a file reopened at a length holds just that start
 // of its bytes (one shorter than the length is refused), and two files
 // compare equal only when their bytes are.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
+#include "FuzzCheck.h"
+
 #include <fstream>
 #include <iterator>
-#include <random>
-#include <string>
 
 #include "Journal.h"
 #include "Manifest.h"
@@ -25,9 +21,7 @@ using namespace tqnralm;
 
 std::string g_dir;  // OUTDIR of one run
 
-void Check(bool ok) {
-    if (!ok) std::abort();
-}
+using fuzzcheck::Check;
 
 std::string Path(const char* name) { return g_dir + "/" + name; }
 
@@ -77,14 +71,13 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     // file system there, so that fuzzing does not wear on the disk.
     const std::filesystem::path shm("/dev/shm");
     const std::filesystem::path tmp = std::filesystem::is_directory(shm) ? shm : std::filesystem::temp_directory_path();
-    g_dir = (tmp / ("fuzz_journal." + std::to_string(std::random_device{}()))).string();
+    g_dir = fuzzcheck::ScratchPath("fuzz_journal", tmp);
     std::filesystem::create_directories(g_dir);
-    std::atexit([] { std::filesystem::remove_all(g_dir); });
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string input(reinterpret_cast<const char*>(data), size);
+    const std::string input = fuzzcheck::Text(data, size);
     const size_t first = input.find('\0');
     const size_t second = first == std::string::npos ? first : input.find('\0', first + 1);
     const std::string text = input.substr(0, first);

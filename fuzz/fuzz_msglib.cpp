@@ -3,8 +3,7 @@
 // does. The input is parsed twice on one root, the second time from its
 // second half, so that replacing a message is covered too. A subject or id
 // must be text that the reader's strict code page 932 conversion takes.
-#include <cstddef>
-#include <cstdint>
+#include "FuzzCheck.h"
 
 #include "platform/platform.h"
 #include "sNqxMsgNet.h"

@@ -1,9 +1,7 @@
 // fuzz_registry.cpp - Wine registry file bytes through the parser, then a
 // few look-ups of what it kept.
+#include "FuzzCheck.h"
 #include "platform/posix/RegistryFile.h"
-
-#include <cstddef>
-#include <cstdint>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     qvp::posix::RegistryFile file;

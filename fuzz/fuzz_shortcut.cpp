@@ -1,8 +1,6 @@
 // fuzz_shortcut.cpp - .lnk bytes through the shell link reader.
+#include "FuzzCheck.h"
 #include "platform/posix/ShellLinkFile.h"
-
-#include <cstddef>
-#include <cstdint>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     qvp::posix::ShellLinkFile file;

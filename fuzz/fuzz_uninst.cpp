@@ -1,10 +1,8 @@
 // fuzz_uninst.cpp - the uninstall file's two passes from any bytes: the
 // Start menu's shortcut lines and the "[Mailboxes]" section.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "FuzzCheck.h"
+
 #include <cstring>
-#include <string>
 
 #include "mailreader/Discovery.h"
 #include "mailreader/LineSource.h"

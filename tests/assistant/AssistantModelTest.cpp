@@ -53,10 +53,7 @@ TEST(AssistantFound, EachRowCountsWhatLiesBelowIt) {
 
     ChooseLanguage(0x0409);
     const Found found = FoundFromPlan(plan, books);
-    const struct {
-        int depth;
-        const char* label;
-    } rows[] = {
+    const struct { int depth; const char* label; } rows[] = {
         {0, "Taro (26)"}, {1, "Work# (26)"}, {2, "inbox (15)"}, {3, "2008 (12)"}, {4, "Q1 (7)"},
         {2, "sent (11)"}, {1, "Account2 (0)"}, {1, "Default (4 addresses)"}, {0, "/Hanako (0)"},
         {1, "Friends (2 addresses)"}, {1, "Default (the same as another book; written once)"},
@@ -113,13 +110,7 @@ TEST(AssistantSpace, TotalsAndAWarningWhenShort) {
 }
 
 TEST(AssistantProgress, LineInEitherLanguage) {
-    const struct {
-        bool japanese;
-        int64_t done, total;
-        uint64_t bytes;
-        double seconds;
-        const char* line;
-    } rows[] = {
+    const struct { bool japanese; int64_t done, total; uint64_t bytes; double seconds; const char* line; } rows[] = {
         {false, 0, 40, 0, 0, "0 of 40 messages, 0.0 MB, 0 messages/s, --:-- left"},
         {false, 10, 40, 1500000, 2, "10 of 40 messages, 1.5 MB, 5 messages/s, 0:06 left"},
         {false, 100, 100, 0, 4, "100 of 100 messages, 0.0 MB, 25 messages/s, 0:00 left"},

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 
@@ -26,21 +24,12 @@ constexpr unsigned kTruncationStride = 8;
 constexpr unsigned kTruncationStride = 2;
 #endif
 
-unsigned long EnvOr(const char* name, unsigned long fallback) {
-    const char* text = std::getenv(name);
-    return text != nullptr && *text != 0 ? std::strtoul(text, nullptr, 10) : fallback;
-}
-
-unsigned long Clock() {
-    return static_cast<unsigned long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
-}
-
 // Every file the library reads, cut at every length up to 4 KB and at a
 // few lengths beyond; each cut store walked whole.
 TEST(DamagedStore, EveryFileCutAtEveryLength) {
     qvt::WinePrefix prefix;
     qvt::BuildSampleStore(prefix);
-    const unsigned long offset = EnvOr("QV_DAMAGE_OFFSET", Clock()) % kTruncationStride;
+    const unsigned long offset = static_cast<unsigned long>(qvt::EnvOr("QV_DAMAGE_OFFSET", qvt::RunSeed())) % kTruncationStride;
     std::printf("truncation: every %u lengths from QV_DAMAGE_OFFSET=%lu\n", kTruncationStride, offset);
     size_t walks = 0;
     for (const std::string& file : prefix.StoreFiles()) {
@@ -63,7 +52,7 @@ TEST(DamagedStore, EveryFileCutAtEveryLength) {
 TEST(DamagedStore, SeededByteFlips) {
     qvt::WinePrefix prefix;
     qvt::BuildSampleStore(prefix);
-    const unsigned long seed = EnvOr("QV_DAMAGE_SEED", Clock());
+    const unsigned long seed = static_cast<unsigned long>(qvt::EnvOr("QV_DAMAGE_SEED", qvt::RunSeed()));
     std::printf("byte flips: QV_DAMAGE_SEED=%lu\n", seed);
     std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
     for (const std::string& file : prefix.StoreFiles()) {

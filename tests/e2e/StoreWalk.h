@@ -5,6 +5,8 @@
 #ifndef QV_TESTS_E2E_STOREWALK_H
 #define QV_TESTS_E2E_STOREWALK_H
 
+#include <chrono>
+#include <cstdlib>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,6 +14,16 @@
 #include "tqnralm.h"
 
 namespace qvt {
+
+// A number from the environment, else the fallback; and a seed that varies
+// from run to run (the long tests print the ones they used).
+inline long EnvOr(const char* name, long fallback) {
+    const char* text = std::getenv(name);
+    return text != nullptr && *text != 0 ? std::strtol(text, nullptr, 10) : fallback;
+}
+inline long RunSeed() {
+    return static_cast<long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
+}
 
 inline bool DocumentedCode(int32_t code) {
     static const std::set<int32_t> kCodes = {

@@ -280,10 +280,7 @@ void Rename(qvt::WinePrefix& prefix, const std::string& from, const std::string&
 // machine that no walk has seen.
 TEST(EndToEndChangedStore, SecondWalkReadsTheStoreAsItIs) {
     static const std::string kBox = "C:\\AL-Mail\\Mailbox\\Account1\\00000001.box\\00000002.box";
-    const struct {
-        const char* name;
-        void (*change)(qvt::WinePrefix&);
-    } kChanges[] = {
+    const struct { const char* name; void (*change)(qvt::WinePrefix&); } kChanges[] = {
         // The paths the reader asks by stay as the registry spells them.
         {"folder renamed in another case", [](qvt::WinePrefix& p) { Rename(p, "C:\\AL-Mail", "C:\\al-mail"); }},
         {"message renamed in another case",

@@ -22,7 +22,6 @@ import email.errors
 import email.utils
 import email.policy
 import hashlib
-import json
 import mailbox
 import os
 import re
@@ -31,7 +30,7 @@ import subprocess
 import sys
 import tempfile
 
-from exported_tree import check, failures, tree_files
+from exported_tree import check, failures, read_manifest, tree_files
 
 TOOL, SAMPLESTORE, MODE = sys.argv[1:4]
 FAIL_FIRST = sys.argv[4] if len(sys.argv) > 4 else None
@@ -150,8 +149,7 @@ def export_and_read(fmt, work):
     check(store_state(prefix) == before, "the store is left as it was, its access times too")
     check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
     check(run.stderr.decode().startswith("tqnralm: export: 7 written, 0 failed"), f"summary {run.stderr!r}")
-    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-        manifest = json.load(f)
+    manifest = read_manifest(out)
     totals = manifest["totals"]
     check(manifest["format"] == fmt, "format")
     check(totals["expected"] == totals["written"] == 7 and totals["failed"] == 0, f"totals {totals}")
@@ -225,8 +223,7 @@ def readable(fmt, work, prefix, raw_manifest, raw_files, api):
     out = os.path.join(work, "readable")
     run = tqnralm(prefix, "export", out, "--format", fmt, "--quiet", "--no-addresses")
     check(run.returncode == 0, f"export exit {run.returncode}: {run.stderr!r}")
-    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-        manifest = json.load(f)
+    manifest = read_manifest(out)
     files = tree_files(out)
     raw = {m["index"]: m for m in raw_manifest["messages"]}
     for m in manifest["messages"]:
@@ -264,8 +261,7 @@ def exits(work):
     out = os.path.join(work, "damaged-out")
     run = tqnralm(damaged, "export", out)
     check(run.returncode == 1, f"damaged store: exit {run.returncode}")
-    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-        manifest = json.load(f)
+    manifest = read_manifest(out)
     failed = [m for m in manifest["messages"] if m["status"] == "failed"]
     check(len(failed) == manifest["totals"]["failed"] > 0 and all(m["code"] < 0 and "file" not in m for m in failed),
           "failed messages are listed with their code and no file")
@@ -275,8 +271,7 @@ def exits(work):
     for fmt in ("maildir", "eml"):
         out = os.path.join(work, "damaged-" + fmt)
         tqnralm(damaged, "export", out, "--format", fmt)
-        with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-            listed = json.load(f)
+        listed = read_manifest(out)
         api = {m["index"]: tqnralm(damaged, "cat", m["index"]).stdout for m in listed["messages"]}
         check(any(arrival(data) is None for data in api.values()), "a message without a time")
         check_times(out, listed, api, "damaged " + fmt)
@@ -329,8 +324,7 @@ def siblings(work):
         out = os.path.join(work, "out-" + classes)
         run = tqnralm(prefix, "export", out, "--quiet", env=env)
         check(run.returncode == 1, f"{classes}: exit {run.returncode}: {run.stderr!r}")
-        with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-            manifest = json.load(f)
+        manifest = read_manifest(out)
         totals = manifest["totals"]
         got = {m["message_id"] for m in manifest["messages"] if m["status"] == "written"}
         check(got == ids, f"{classes}: {len(got)} messages written, {len(ids)} expected")
@@ -350,8 +344,7 @@ def siblings(work):
     env = {"LD_PRELOAD": FAIL_FIRST, "TQNRALM_FAIL_FIRST": "9", "ASAN_OPTIONS": "verify_asan_link_order=0"}
     out = os.path.join(work, "out-addresses")
     run = tqnralm(store(work), "export", out, "--quiet", "--no-mail", env=env)
-    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-        addresses = json.load(f)["totals"]["address_books"]["addresses"]
+    addresses = read_manifest(out)["totals"]["address_books"]["addresses"]
     check(run.returncode == 1 and addresses["written"] > 0 and addresses["written"] + addresses["failed"] == 9,
           f"addresses: exit {run.returncode}, {addresses}")
 
@@ -376,8 +369,7 @@ def names(work):
         for fmt in ("mbox", "maildir", "eml"):
             out = os.path.join(work, f"{variant}-{fmt}")
             tqnralm(prefix, "export", out, "--format", fmt, "--quiet")
-            with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
-                manifest = json.load(f)
+            manifest = read_manifest(out)
             paths = [os.path.relpath(os.path.join(d, n), out) for d, dirs, files in os.walk(out) for n in dirs + files]
             escaped = [p for p in paths if re.search(r"%(23|2f|5c)", p, re.I)]
             check(not escaped, f"{variant} {fmt}: escapes in {escaped}")

@@ -1,5 +1,6 @@
 """What the export checks share: their record of failures, and what they
 read of a finished export."""
+import json
 import os
 
 failures = []
@@ -20,3 +21,9 @@ def tree_files(root):
             with open(path, "rb") as f:
                 out[os.path.relpath(path, root)] = f.read()
     return out
+
+
+def read_manifest(out):
+    """The manifest.json that an export wrote into out."""
+    with open(os.path.join(out, "manifest.json"), encoding="utf-8") as f:
+        return json.load(f)

@@ -16,7 +16,6 @@
 // run and is printed (QV_FAULT_OFFSET gives one back).
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -81,11 +80,6 @@ std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std
     return "";
 }
 
-long EnvOr(const char* name, long fallback) {
-    const char* text = std::getenv(name);
-    return text != nullptr && *text != 0 ? std::strtol(text, nullptr, 10) : fallback;
-}
-
 // Runs the countdown; arm(n) arms the nth fault, fired() tells whether it
 // was injected, checkWhole(n) holds the nth faulted walk to the whole tree.
 // Returns the number of faulted walks.
@@ -95,6 +89,8 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
     // program's run path from a load by bare name.
     static const std::string library = std::string(QV_TEST_LIBRARY_DIR) + "/sNqxMsgNet.dll";
     SetMessageLibraryNameForTests(library.c_str());
+    // Only the library's allocations count: the walker's own are paused.
+    qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
     qvt::WinePrefix prefix;
     qvt::BuildSampleStore(prefix);
     const qvt::WalkResult reference = qvt::StoreWalker().Run();
@@ -103,9 +99,8 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
     // follow the walks' paths: they are left out of the count.
     qvt::machine::ForgetFolders();
     const long live = qvt::LiveBlocks();
-    const long stride = std::max(1L, EnvOr("QV_FAULT_STRIDE", defaultStride));
-    const long seed = static_cast<long>(std::chrono::system_clock::now().time_since_epoch().count() % 1000003);
-    const long offset = EnvOr("QV_FAULT_OFFSET", seed) % stride;
+    const long stride = std::max(1L, qvt::EnvOr("QV_FAULT_STRIDE", defaultStride));
+    const long offset = qvt::EnvOr("QV_FAULT_OFFSET", qvt::RunSeed()) % stride;
     std::printf("%s countdown: QV_FAULT_STRIDE=%ld QV_FAULT_OFFSET=%ld\n", what, stride, offset);
     std::vector<std::string> losses;
     long walks = 0, n = offset + 1;
@@ -128,6 +123,8 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
         if (!hit || ::testing::Test::HasFailure()) break;
         ++walks;
     }
+    qvt::StoreWalker::SetAround(nullptr);
+    faults::PauseAllocation(false);
     std::printf("%s countdown: %ld faulted walks, the last N=%ld\n", what, walks, n);
     for (size_t i = 0; i < losses.size() && i < 20; ++i) ADD_FAILURE() << what << " lost silently at " << losses[i];
     EXPECT_EQ(0u, losses.size()) << what << ": walks that lost part of the tree without a failure code";
@@ -135,13 +132,9 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
 }
 
 TEST(Countdown, Allocation) {
-    // Only the library's allocations count: the walker's own are paused.
-    qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
-    const long walks =
-        Countdown("allocation", 7, [](long) { return true; }, [](long n) { faults::ArmAllocation(n); }, faults::AllocationFired);
-    qvt::StoreWalker::SetAround(nullptr);
-    faults::PauseAllocation(false);
-    EXPECT_GT(walks, 0);
+    EXPECT_GT(Countdown("allocation", 7, [](long) { return true; }, [](long n) { faults::ArmAllocation(n); },
+                        faults::AllocationFired),
+              0);
 }
 
 TEST(Countdown, Io) {
@@ -149,13 +142,9 @@ TEST(Countdown, Io) {
     // allocation is.
     const faults::IoError kErrors[] = {faults::IoError::kHardIo, faults::IoError::kTooManyFiles,
                                        faults::IoError::kDenied, faults::IoError::kNoMemory};
-    // The walker's own blocks are not the library's.
-    qvt::StoreWalker::SetAround([](bool inLibrary) { faults::PauseAllocation(!inLibrary); });
     Countdown(
         "I/O", 1, [&](long n) { return kErrors[n % 4] == faults::IoError::kNoMemory; },
         [&](long n) { faults::ArmIo(n, kErrors[n % 4]); }, faults::IoFired);
-    qvt::StoreWalker::SetAround(nullptr);
-    faults::PauseAllocation(false);
 }
 
 }  // namespace

@@ -99,11 +99,7 @@ TEST_F(FrameApi, NullArgumentsAndWrongClassesAreRefusedAndTouchNothing) {
 TEST_F(FrameApi, BarrierTurnsFailuresIntoCodes) {
     FakeObject user(nullptr, QV_CLASS_USER, u"user");
     uint32_t len = 9;
-    const struct {
-        std::function<void()> fault;
-        int32_t code;
-        const char* detail;
-    } cases[] = {
+    const struct { std::function<void()> fault; int32_t code; const char* detail; } cases[] = {
         {[] { throw CMemoryException(); }, QV_E_OUT_OF_MEMORY, "CMemoryException をキャッチ"},
         {[] { throw std::bad_alloc(); }, QV_E_OUT_OF_MEMORY, "CMemoryException をキャッチ"},
         {[] { throw CFileException(13); }, QV_E_DISK_FULL, "CFileException をキャッチ13"},

@@ -115,7 +115,7 @@ TEST(MailReaderApi, OpenCloseAndInstalled) {
         qvt::WinePrefix store;
         const std::string temp = store.Root() + "/tmp";
         std::filesystem::create_directories(qvt::HostFile(temp));
-        qvt::ScopedTempDir scopedTemp(temp);
+        qvt::ScopedEnv scopedTemp(qvt::machine::TempVariable(), temp);
         if (c.install != 0) qvt::StoreWriter(store).Install(mailtest::kInstallPath);
         if (c.install == 2) store.Remove(mailtest::kInstallPath);
         mailtest::StubLibrary library(c.library);

@@ -26,11 +26,7 @@ const std::string kKoi8 = "\xF0\xD2\xC9\xD7\xC5\xD4";
 
 TEST(MsgCharset, GuessCodePageOrder) {
     const uint32_t kKoi8R = 20866, kGb = 936;
-    const struct {
-        const char* name;
-        std::string bytes;
-        uint32_t declared, expected;
-    } cases[] = {
+    const struct { const char* name; std::string bytes; uint32_t declared, expected; } cases[] = {
         {"windows-1252 quotes", "\x93q\x94", kCpGuess, qvp::kCp1252},
         {"a bad byte spoils utf-8", kUtf8 + "\xFF", kCpGuess, qvp::kCp1252},
         {"ascii: nothing to tell", "plain", kCpGuess, qvp::kCpUtf8},

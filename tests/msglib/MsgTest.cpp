@@ -299,10 +299,7 @@ TEST(MsgDecoders, Params) {
 // as it would within the whole text, whatever state the decoder was in.
 TEST(MsgCharset, AsciiRunsConvertAsTheWholeText) {
     const std::string pad(40, 'A'), jis = "\x1B$BF|K\\8l\x1B(B";  // 日本語
-    const struct {
-        uint32_t codePage;
-        std::string text;
-    } kTexts[] = {
+    const struct { uint32_t codePage; std::string text; } kTexts[] = {
         {qvp::kCpIso2022Jp, pad + jis + pad + "\r\n" + jis + "\r\n" + pad},
         {qvp::kCpIso2022Jp, "\x1B$B" + pad + "\x1B(B" + pad},                // ASCII bytes in two-byte mode
         {qvp::kCpIso2022Jp, "\x1B$BF|\x1B(J" + pad + "\x1B(I" + pad},        // JIS Roman, then kana

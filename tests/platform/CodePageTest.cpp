@@ -100,12 +100,7 @@ TEST(CodePage, DecodesStrictAndLenient) {
 }
 
 TEST(CodePage, EncodesWithQuestionMarks) {
-    const struct {
-        const char* name;
-        uint32_t codePage;
-        std::u16string wide;
-        std::string bytes;
-    } cases[] = {
+    const struct { const char* name; uint32_t codePage; std::u16string wide; std::string bytes; } cases[] = {
         {"wave dash, minus, double bar, dashes, euro: no form", 932, u"\u301C\u2212\u2016\u2014\u203E\u20AC", "??????"},
         {"the full-width forms map", 932, u"\uFF5E\u2225\uFF0D", "\x81\x60\x81\x61\x81\x7C"},
         {"IBM extension is preferred", 932, u"\u7E8A", "\xFA\x5C"},
@@ -181,11 +176,7 @@ TEST(CodePage, JapaneseToAnsiEqualsTheTwoConversions) {
 }
 
 TEST(CodePage, BufferRules) {
-    const struct {
-        const char* name;
-        const char* bytes;
-        int cbMulti, cchWide, expected;
-    } cases[] = {
+    const struct { const char* name; const char* bytes; int cbMulti, cchWide, expected; } cases[] = {
         {"-1 counts the terminator", "\x82\xA0z", -1, 8, 3},
         {"size query", "\x82\xA0z", 3, 0, 2},
         {"one unit short fails", "\x82\xA0z", 3, 1, 0},

@@ -52,10 +52,7 @@ TEST(Listing, OrderPatternsAndShortNames) {
                              "long name.bo", "Ωmega12345.txt", "a~b.txt"})
         prefix.WriteFile(dir + name, "x");
     prefix.MakeDir(dir + "Folder.box");
-    const struct {
-        const char* pattern;
-        std::vector<std::string> names;
-    } cases[] = {
+    const struct { const char* pattern; std::vector<std::string> names; } cases[] = {
         {"*.box", {"a.box", "alpha.box", "Beta.BOX", "beta.boxes", "Folder.box/", "Zeta.box", "受信.box"}},
         {"*.B?X", {"a.box", "alpha.box", "Beta.BOX", "beta.boxes", "Folder.box/", "Zeta.box", "受信.box"}},
         {"*.bo", {"long name.bo"}},
@@ -81,11 +78,7 @@ TEST(Listing, OrderPatternsAndShortNames) {
 // lists them: '?' or a best fit, in the order of the folded UTF-16 names;
 // such a name opens nothing.
 TEST(Listing, NamesWithoutShiftJisForm) {
-    const struct {
-        const char* hostName;
-        const char* listed;
-        bool opens;
-    } cases[] = {
+    const struct { const char* hostName; const char* listed; bool opens; } cases[] = {
         {"Ab.h", "Ab.h", true},
         {"x\u2014.f", "x?.f", false},  // glibc maps U+2014, Windows does not
         {"\u00E9.d", "e.d", false},
@@ -143,11 +136,7 @@ TEST(Files, TextAndBinaryMode) {
         qvp::FileClose(file);
     }
     prefix.MakeDir("C:\\Dir");
-    const struct {
-        const char* path;
-        const char* mode;
-        int cause;
-    } refused[] = {
+    const struct { const char* path; const char* mode; int cause; } refused[] = {
         {"C:\\Dir", "rb", qvp::kCauseAccessDenied},
         {"C:\\none.txt", "rt", qvp::kCauseFileNotFound},
         {"C:\\No\\t.txt", "rt", qvp::kCauseBadPath},
@@ -204,21 +193,14 @@ TEST(Files, OpensWhatTheFolderHoldsNow) {
     }
 }
 
-std::u16string Wide(const std::string& utf8) {
-    const int n = qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.c_str(), -1, nullptr, 0);
-    std::u16string out(static_cast<size_t>(n), u'\0');
-    qvp::MultiByteToWideChar(qvp::kCpUtf8, 0, utf8.c_str(), -1, &out[0], n);
-    return out;
-}
-
 // (The frame's tests show a new log appended to an old one.)
 TEST(LogFile, SharedAppendsAndCauses) {
     qvt::WinePrefix prefix;
     const std::string path = prefix.Root() + "/ログ.log";
     qvp::LogFile* log = nullptr;
     qvp::LogFile* second = nullptr;
-    ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &log));
-    ASSERT_EQ(0, qvp::LogFileOpen(Wide(path).c_str(), &second)) << "shared";
+    ASSERT_EQ(0, qvp::LogFileOpen(qvt::Utf16(path).c_str(), &log));
+    ASSERT_EQ(0, qvp::LogFileOpen(qvt::Utf16(path).c_str(), &second)) << "shared";
     EXPECT_EQ(0, qvp::LogFileAppend(log, "1\r\n", 3));
     EXPECT_EQ(0, qvp::LogFileAppend(second, "2\r\n", 3));
     EXPECT_EQ(0, qvp::LogFileFlush(second));
@@ -229,10 +211,10 @@ TEST(LogFile, SharedAppendsAndCauses) {
 
     prefix.MakeDir("C:\\Dir");
     log = reinterpret_cast<qvp::LogFile*>(1);
-    EXPECT_EQ(3, qvp::LogFileOpen(Wide(path + "/a.log").c_str(), &log)) << "a file used as a folder";
+    EXPECT_EQ(3, qvp::LogFileOpen(qvt::Utf16(path + "/a.log").c_str(), &log)) << "a file used as a folder";
     EXPECT_EQ(nullptr, log);
     log = reinterpret_cast<qvp::LogFile*>(1);
-    EXPECT_EQ(5, qvp::LogFileOpen(Wide(prefix.HostPath("C:\\Dir")).c_str(), &log)) << "a directory";
+    EXPECT_EQ(5, qvp::LogFileOpen(qvt::Utf16(prefix.HostPath("C:\\Dir")).c_str(), &log)) << "a directory";
     EXPECT_EQ(nullptr, log);
 }
 

@@ -12,12 +12,7 @@ std::string Narrow(const std::u16string& s) { return std::string(s.begin(), s.en
 std::u16string Widen(const std::string& s) { return std::u16string(s.begin(), s.end()); }
 
 TEST(LongPath, AbsoluteAndNormalised) {
-    const struct {
-        const char* name;
-        const char* path;
-        const char* cwd;
-        const char* expected;
-    } rows[] = {
+    const struct { const char* name; const char* path; const char* cwd; const char* expected; } rows[] = {
         {"drive path", "C:\\Mail\\x.box", "D:\\w", "C:\\Mail\\x.box"},
         {"forward slashes", "C:/Mail//sub/", "D:\\w", "C:\\Mail\\sub"},
         {"dot and dot-dot", "C:\\a\\.\\b\\..\\c", "D:\\w", "C:\\a\\c"},

@@ -22,12 +22,7 @@ struct Node {
     bool countFails = false;  // QV_Object_GetChildCount fails
 };
 
-struct Handle {
-    Node* node;
-    size_t next = 0;
-    bool failedOnce = false;
-    bool enumerator = false;
-};
+struct Handle { Node* node; size_t next = 0; bool failedOnce = false; bool enumerator = false; };
 
 constexpr int32_t kFailure = -3;
 int g_live = 0;
@@ -120,12 +115,7 @@ std::string Walk(Node& parent) {
 }
 
 TEST(Tree, ChildrenReportEachFailureAndCountWhatTheyCannotReach) {
-    struct Row {
-        const char* name;
-        std::string slots;
-        bool listFails, countFails;
-        std::string expected;
-    } rows[] = {
+    struct Row { const char* name; std::string slots; bool listFails, countFails; std::string expected; } rows[] = {
         {"all children", "ooo", false, false, "0:OK 1:OK 2:OK unreached 0"},
         {"a child that fails once is passed over", "ofo", false, false, "0:OK 1:failed 2:OK unreached 0"},
         {"a stuck child ends the list", "osoo", false, false, "0:OK 1:failed unreached 2"},
@@ -164,11 +154,7 @@ TEST(Tree, OpenPathKeepsPositionsAndGivesReferencesBackInnermostFirst) {
     root.kids[2] = Parent("oo");
     root.kids[2].kids[1] = Parent("o");
     root.kids[0] = Parent("so");
-    struct Row {
-        const char* path;
-        int32_t code;
-        const Node* found;
-    } rows[] = {
+    struct Row { const char* path; int32_t code; const Node* found; } rows[] = {
         {"2/1/0", QV_S_OK, &root.kids[2].kids[1].kids[0]},
         {"2", QV_S_OK, &root.kids[2]},
         {"1", kFailure, nullptr},            // the failing child itself
@@ -201,11 +187,7 @@ TEST(Tree, OpenPathKeepsPositionsAndGivesReferencesBackInnermostFirst) {
 }
 
 TEST(Tree, IndexPathsReadAndWrite) {
-    struct Row {
-        const char* text;
-        bool ok;
-        const char* written;
-    } rows[] = {
+    struct Row { const char* text; bool ok; const char* written; } rows[] = {
         {"0/0/1/2", true, "0/0/1/2"}, {"7", true, "7"},   {"007/10", true, "7/10"},
         {"", false, ""},              {"0//1", false, ""}, {"1/", false, ""},
         {"/1", false, ""},            {"-1", false, ""},   {"1/x", false, ""},

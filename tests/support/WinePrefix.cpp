@@ -195,14 +195,14 @@ void WriteHostFile(const std::string& hostPathUtf8, const std::string& bytes) {
 
 std::string WindowsPath(const std::string& hostPathUtf8) { return machine::WindowsPath(hostPathUtf8); }
 
-ScopedTempDir::ScopedTempDir(const std::string& hostDirUtf8) {
-    const char* old = std::getenv(machine::TempVariable());
+ScopedEnv::ScopedEnv(const char* name, const std::string& value) : name_(name) {
+    const char* old = std::getenv(name);
     had_ = old != nullptr;
     old_ = had_ ? old : "";
-    machine::SetEnvironment(machine::TempVariable(), hostDirUtf8.c_str());
+    machine::SetEnvironment(name, value.c_str());
 }
 
-ScopedTempDir::~ScopedTempDir() { machine::SetEnvironment(machine::TempVariable(), had_ ? old_.c_str() : nullptr); }
+ScopedEnv::~ScopedEnv() { machine::SetEnvironment(name_, had_ ? old_.c_str() : nullptr); }
 
 std::string MakeShortcut(const std::string& argumentsUtf8, bool unicode, bool wineNul) {
     std::string out;

@@ -35,16 +35,17 @@ void WriteHostFile(const std::string& hostPathUtf8, const std::string& bytes);
 // emulation; unchanged where the host is Windows).
 std::string WindowsPath(const std::string& hostPathUtf8);
 
-// Points the temporary directory of the process (what GetTempPathA answers)
-// at a host folder for the object's life.
-class ScopedTempDir {
+// Sets a variable of the process's environment for the object's life (the
+// temporary directory, what GetTempPathA answers, is machine::TempVariable()).
+class ScopedEnv {
 public:
-    explicit ScopedTempDir(const std::string& hostDirUtf8);
-    ~ScopedTempDir();
-    ScopedTempDir(const ScopedTempDir&) = delete;
-    ScopedTempDir& operator=(const ScopedTempDir&) = delete;
+    ScopedEnv(const char* name, const std::string& value);
+    ~ScopedEnv();
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
 
 private:
+    const char* name_;
     bool had_ = false;
     std::string old_;
 };

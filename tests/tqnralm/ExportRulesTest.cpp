@@ -22,10 +22,7 @@ namespace tqnralm {
 namespace {
 
 TEST(Mboxrd, QuotesFromLinesAndEndsLinesWithLf) {
-    const struct {
-        const char* body;
-        const char* mbox;
-    } rows[] = {
+    const struct { const char* body; const char* mbox; } rows[] = {
         {"From me\n", ">From me\n\n"},
         {">From me\n", ">>From me\n\n"},
         {">>From me\r\n", ">>>From me\n\n"},
@@ -53,10 +50,7 @@ TEST(Mboxrd, BeginsWithHeader) {
 
 TEST(Mboxrd, DateInUtcAsAsctime) {
     const char* const kEpoch = "Thu Jan  1 00:00:00 1970";
-    const struct {
-        const char* date;
-        const char* asctime;
-    } rows[] = {
+    const struct { const char* date; const char* asctime; } rows[] = {
         {"Fri, 14 Mar 2008 09:05:01 +0900", "Fri Mar 14 00:05:01 2008"},
         {"14 Mar 2008 09:05:01 -0530", "Fri Mar 14 14:35:01 2008"},
         {"Thu, 1 Jan 2009 08:30 +0900 (JST)", "Wed Dec 31 23:30:00 2008"},  // no seconds, a comment
@@ -127,10 +121,7 @@ TEST(Mboxrd, MessageTimeFromDateElseReceived) {
 }
 
 TEST(Mboxrd, FromLineSender) {
-    const struct {
-        const char* headers;
-        const char* line;
-    } rows[] = {
+    const struct { const char* headers; const char* line; } rows[] = {
         {"Return-Path: <bounce@x.jp>\r\nFrom: a@x.jp\r\nDate: Fri, 14 Mar 2008 09:05:01 +0900\r\n\r\nbody",
          "From bounce@x.jp Fri Mar 14 00:05:01 2008\n"},
         {"Return-Path: <>\nFrom: \"Taro <boss>\" <taro@x.jp>\n\n", "From taro@x.jp Thu Jan  1 00:00:00 1970\n"},
@@ -155,11 +146,7 @@ TEST(FileNames, SafeComponent) {
         return s;
     }();
     const NameStyle kPlain = NameStyle::kPlain, kTb = NameStyle::kThunderbird, kMd = NameStyle::kMaildir;
-    const struct {
-        std::string name;
-        NameStyle style;
-        std::string safe;
-    } rows[] = {
+    const struct { std::string name; NameStyle style; std::string safe; } rows[] = {
         {"a/b\\c:d*e?f\"g<h>i|j", kPlain, "a_b_c_d_e_f_g_h_i_j"},
         {"tab\there\x7f\xc2\x85", kPlain, "tab_here__"},  // C0, DEL and C1 controls
         {"CON", kPlain, "CON_"},
@@ -206,10 +193,7 @@ TEST(FileNames, SafeComponent) {
 }
 
 TEST(FileNames, LibraryEscapesUndone) {
-    const struct {
-        const char* name;
-        const char* unescaped;
-    } rows[] = {
+    const struct { const char* name; const char* unescaped; } rows[] = {
         {"家族 %231%2f2", "家族 #1/2"},
         {"個人%232%2f私用%5c家", "個人#2/私用\\家"},
         {"100%", "100%"},
@@ -285,11 +269,7 @@ std::string Digest(const std::string& input, size_t chunk) {
 // FIPS 180's vectors, fed in chunks so that the buffered path runs; SHA-256 with
 // the processor's SHA instructions where it has them, and the portable rounds.
 TEST(Hashes, FipsVectors) {
-    const struct {
-        std::string text;
-        size_t chunk;
-        const char *sha1, *sha256;
-    } rows[] = {
+    const struct { std::string text; size_t chunk; const char *sha1, *sha256; } rows[] = {
         {"", 1, "da39a3ee5e6b4b0d3255bfef95601890afd80709",
          "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
         {"abc", 3, "a9993e364706816aba3e25717850c26c9cd0d89d",

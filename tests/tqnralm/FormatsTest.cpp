@@ -147,10 +147,7 @@ TEST(Sinks, FolderWritesThenRenamesAndNeverOverwrites) {
     ASSERT_TRUE(folder.Commit());
     EXPECT_EQ("abc", qvt::ReadHostFile(root + "/new"));
 
-    const struct {
-        const char* name;
-        bool (*step)(DirectorySink&);
-    } rows[] = {
+    const struct { const char* name; bool (*step)(DirectorySink&); } rows[] = {
         {"growing file", [](DirectorySink& s) { return s.OpenFile("taken"); }},
         {"whole file", [](DirectorySink& s) { return s.WriteWholeFile("taken", "new"); }},
         {"new file", [](DirectorySink& s) { return s.WriteNewFile("t.part", "taken", "new", 3) && s.Commit(); }},

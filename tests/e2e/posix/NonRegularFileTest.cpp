@@ -31,10 +31,7 @@ bool MakeSocket(const std::string& path) {
 }
 
 TEST(SpecialFiles, FifoSocketOrDeviceReadAsAFolder) {
-    const struct {
-        const char* kind;
-        std::function<bool(const std::string&)> make;
-    } kinds[] = {
+    const struct { const char* kind; std::function<bool(const std::string&)> make; } kinds[] = {
         {"fifo", [](const std::string& p) { return mkfifo(p.c_str(), 0600) == 0; }},
         {"socket", MakeSocket},
         {"device", [](const std::string& p) { return symlink("/dev/zero", p.c_str()) == 0; }},

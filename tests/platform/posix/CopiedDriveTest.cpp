@@ -15,25 +15,9 @@ namespace {
 using qvp::Hive;
 using qvt::HiveValue;
 using qvt::RegSz;
+using qvt::ScopedEnv;
 
 const char kKey[] = "Software\\CREAR\\AL-Mail";
-
-// Sets an environment variable for the object's life.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const std::string& value) : name_(name) {
-        const char* old = std::getenv(name);
-        had_ = old != nullptr;
-        if (had_) old_ = old;
-        qvt::machine::SetEnvironment(name, value.c_str());
-    }
-    ~ScopedEnv() { qvt::machine::SetEnvironment(name_, had_ ? old_.c_str() : nullptr); }
-
-private:
-    const char* name_;
-    bool had_ = false;
-    std::string old_;
-};
 
 // A drive in a folder of the prefix, which it hides: the prefix's own files
 // and registry are no longer seen.
@@ -62,10 +46,7 @@ TEST_F(CopiedDrive, DriveLetters) {
     prefix.WriteFile("Z:" + Host("Dir/File.txt"), "x");
     prefix.WriteFile("Z:" + prefix.Root() + "/d/Shared/x.txt", "x");
     ScopedEnv d("TQNRALM_DRIVE_D", prefix.Root() + "/d");
-    const struct {
-        std::string path;
-        bool exists;
-    } cases[] = {
+    const struct { std::string path; bool exists; } cases[] = {
         {"C:\\dir\\FILE.TXT", true},        // C: is the drive's folder, in any case
         {"C:\\prefix.txt", false},          // the prefix is out of the picture
         {"d:\\shared\\X.txt", true},        // D: through TQNRALM_DRIVE_D
@@ -87,13 +68,7 @@ TEST_F(CopiedDrive, ValuesFromTheHives) {
               {"Other", {{"Sz", 1, RegSz("x")}}}});
     User("Users/Taro", true);
     const char kLower[] = "software\\crear\\al-mail";
-    const struct {
-        Hive hive;
-        const char* key;
-        const char* value;
-        uint32_t size;
-        std::string expected;
-    } cases[] = {
+    const struct { Hive hive; const char* key; const char* value; uint32_t size; std::string expected; } cases[] = {
         {Hive::LocalMachine, kKey, "InstallPath", 520, std::string("wow", 4)},  // the 32-bit view first
         {Hive::LocalMachine, kKey, "Only", 520, "<no value>"},                  // and that key alone
         {Hive::LocalMachine, kLower, "SZ", 520, qvt::Cp932("C:\\日本語") + '\0'},

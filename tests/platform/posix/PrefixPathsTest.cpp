@@ -68,7 +68,7 @@ TEST(Paths, TempPathFallsBackToTheHostTmp) {
         const char* expected;
     } cases[] = {{"/var/tmp/", "Z:\\var\\tmp\\"}, {"", "Z:\\tmp\\"}, {"relative", "Z:\\tmp\\"}};
     for (const auto& c : cases) {
-        qvt::ScopedTempDir temp(c.tmpdir);
+        qvt::ScopedEnv temp(qvt::machine::TempVariable(), c.tmpdir);
         EXPECT_EQ(std::strlen(c.expected), qvp::TempPath(sizeof buffer, buffer));
         EXPECT_STREQ(c.expected, buffer);
     }
