@@ -16,15 +16,12 @@ set(QV_LAYER_RULES
     "src/QvV4Value|QvV4Wrapper QvImplCommon mailreader addressreader messagelib"
     "src/platform|QvV4Wrapper QvImplCommon mailreader addressreader messagelib QvV4Value")
 
-# Operating-system headers and platform tests stay in src/platform and in the
-# tests' posix/ and win32/ folders; the host's two halves of its os/ seam,
-# posix.cpp and win32.cpp, take the system's headers as a platform folder
-# does, and the build picks one, so neither asks which platform it is on.
-# The public header picks its calling convention; the migration assistant,
+# Operating-system headers and platform tests stay in src/platform (the
+# host's seam to the system, HostOs.h, among them) and in the tests' posix/
+# and win32/ folders. The public header picks its calling convention; the migration assistant,
 # a Windows program through and through, takes the system's headers in one
 # header (its model, which the tests build everywhere, knows no platform).
 set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm-gui/WindowsApi.h)
-set(QV_OS_HALF "^tools/[^/]+/os/(posix|win32)\\.cpp$")
 set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
 set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")
 
@@ -57,11 +54,7 @@ foreach(f ${files})
   if(NOT seam EQUAL -1)
     continue()
   endif()
-  if(rel MATCHES "${QV_OS_HALF}")
-    file(STRINGS "${f}" hits REGEX "${QV_OS_TEST}")
-  else()
-    file(STRINGS "${f}" hits REGEX "${QV_OS_HEADER}|${QV_OS_TEST}")
-  endif()
+  file(STRINGS "${f}" hits REGEX "${QV_OS_HEADER}|${QV_OS_TEST}")
   foreach(hit ${hits})
     string(APPEND failures "${rel}: knows the platform (move it into src/platform, or a posix/ or win32/ test folder): ${hit}\n")
   endforeach()

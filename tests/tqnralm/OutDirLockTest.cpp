@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "support/WinePrefix.h"
 
 namespace tqnralm {

@@ -11,7 +11,7 @@
 #include "DryRunSink.h"
 #include "Formats.h"
 #include "MailWriter.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 namespace gui {

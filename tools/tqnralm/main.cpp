@@ -8,7 +8,7 @@
 
 #include "Command.h"
 #include "Console.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "WindowsDrive.h"
 #include "support/SampleStore.h"
 

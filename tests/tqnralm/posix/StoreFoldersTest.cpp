@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "platform/posix/PosixText.h"
 #include "support/WinePrefix.h"
 

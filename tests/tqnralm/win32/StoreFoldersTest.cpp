@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "support/WinePrefix.h"
 
 namespace tqnralm {

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "Manifest.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 

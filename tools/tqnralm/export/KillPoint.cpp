@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 namespace {

@@ -18,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "Journal.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "Sink.h"
 
 namespace tqnralm {

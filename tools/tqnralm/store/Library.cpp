@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "Utf.h"
 
 namespace tqnralm {

@@ -7,7 +7,7 @@
 
 #include "Console.h"
 #include "Options.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdarg>
 #include <string>
 
-#include "Os.h"
+#include "platform/HostOs.h"
 
 namespace tqnralm {
 namespace {

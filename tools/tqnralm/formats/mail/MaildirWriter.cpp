@@ -9,7 +9,7 @@
 #include <cstdio>
 
 #include "MailWriter.h"
-#include "Os.h"
+#include "platform/HostOs.h"
 #include "Sha256.h"
 
 namespace tqnralm {

@@ -1,8 +1,8 @@
-// The host's seam to Windows (see Os.h). Paths arrive in UTF-8 and reach the
+// The host's seam to Windows (see HostOs.h). Paths arrive in UTF-8 and reach the
 // wide file functions in the long form of LongPath.h, so that a Japanese
 // name and a path past MAX_PATH both work; arguments come from the UTF-16
 // command line; text for a person goes to a console through WriteConsoleW.
-#include "Os.h"
+#include "platform/HostOs.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -13,7 +13,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "LongPath.h"
+#include "platform/LongPath.h"
 
 namespace tqnralm {
 namespace os {

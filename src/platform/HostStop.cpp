@@ -1,7 +1,7 @@
 // The host's stop request, the one state the two halves of its seam to the
 // operating system share: the signal or console handler of each sets it, the
 // export polls it between messages.
-#include "Os.h"
+#include "platform/HostOs.h"
 
 #include <atomic>
 

@@ -1,7 +1,7 @@
-// The host's seam to a POSIX system (see Os.h; os/win32.cpp is the Windows
+// The host's seam to a POSIX system (see HostOs.h; win32/HostOs.cpp is the Windows
 // one). Names
 // are bytes here, UTF-8 as the tool keeps them.
-#include "Os.h"
+#include "platform/HostOs.h"
 
 #include <cerrno>
 #include <csignal>

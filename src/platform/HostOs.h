@@ -4,7 +4,7 @@
 // library's platform layer reads it and answers for it), and on Windows the
 // UTF-16 command line and console. Paths are UTF-8 with '/' (Windows also
 // takes '\'), converted only here; nothing else in the tool knows the
-// platform. os/posix.cpp is the POSIX side, os/win32.cpp the Windows one.
+// platform. posix/HostOs.cpp is the POSIX side, win32/HostOs.cpp the Windows one.
 #ifndef TQNRALM_TOOL_OS_H
 #define TQNRALM_TOOL_OS_H
 
@@ -61,7 +61,7 @@ public:
     // Cuts the open file to `length` bytes; later writes go to its end.
     bool Truncate(uint64_t length, std::string* error);
     // Lets the system start writing these bytes to the disk now, so that a
-    // later Sync waits less (os/posix.cpp; where there is no such call,
+    // later Sync waits less (posix/HostOs.cpp; where there is no such call,
     // nothing).
     void StartWriteBack(uint64_t offset, uint64_t size);
     bool Write(const char* data, size_t size, std::string* error);
@@ -119,7 +119,7 @@ bool RenameNew(const std::string& from, const std::string& to, std::string* erro
 // Removes a file this run created (the unfinished manifest).
 void RemoveFile(const std::string& path);
 
-// Durability and stopping (each platform's half; the stop flag in os/stop.cpp).
+// Durability and stopping (each platform's half; the stop flag in HostStop.cpp).
 // Renames `from` over `to` in one step (the journal only, never mail).
 bool RenameOver(const std::string& from, const std::string& to, std::string* error);
 // Makes the names made or renamed in a directory last through a power cut.
