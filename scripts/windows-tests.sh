@@ -6,7 +6,8 @@
 # ANSI code page is 932: the 64-bit one under wine64, the 32-bit one under
 # wine32:i386 where its loader runs (where it does not, one line says why,
 # and the x86_64 build, the same code, stands in). Then the differential
-# walks of the sample stores (scripts/differential.sh), tqnralm.exe in a
+# walks of the sample stores (scripts/differential.sh), a copied drive read
+# as the Linux build reads it (scripts/windows-drive.sh), tqnralm.exe in a
 # console (scripts/windows-console.sh), and the release zips
 # (scripts/package-windows.sh), the x86_64 one run under wine64, and the
 # migration assistant walked under wine64 and Xvfb (scripts/gui-check.sh).
@@ -158,6 +159,11 @@ i686=()
 [ -z "$wine32_why" ] && i686=(--i686 "$root/build-win32")
 bash "$src/scripts/differential.sh" "${i686[@]}" --x86_64 "$root/build-win64" "$root/build" || status=$?
 echo "-- differential: $((SECONDS - start)) s"
+
+echo "== a copied Windows drive (XP and Vista) read by tqnralm.exe under wine64 as by the Linux build"
+start=$SECONDS
+bash "$src/scripts/windows-drive.sh" "$root/build-win64" "$root/build" || status=$?
+echo "-- copied drive: $((SECONDS - start)) s"
 
 echo "== tqnralm.exe in a console with code page 932, and piped"
 start=$SECONDS

@@ -1,7 +1,7 @@
 // The host's one seam to the operating system: the terminal test, files
 // created only when new, directories, the rename that never replaces,
-// where the mail client's store lies, a copied Windows drive (Linux only: the
-// library's platform layer reads it and answers for it), and on Windows the
+// where the mail client's store lies, a copied Windows drive (the library's
+// platform layer reads it and answers for it), and on Windows the
 // UTF-16 command line and console. Paths are UTF-8 with '/' (Windows also
 // takes '\'), converted only here; nothing else in the tool knows the
 // platform. posix/HostOs.cpp is the POSIX side, win32/HostOs.cpp the Windows one.
@@ -163,7 +163,7 @@ std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFol
 // any case, short names); nullptr when none does.
 const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const std::string& path);
 
-// A copied Windows system drive (Linux only): the library reads the drive at
+// A copied Windows system drive: the library reads the drive at
 // `root` and the profile `user` (empty: the one that used the client) from
 // the call on; CopiedDrive() is that root, empty for a Wine prefix.
 void ReadCopiedDrive(const std::string& root, const std::string& user);

@@ -14,6 +14,8 @@
 #include <cwchar>
 
 #include "platform/LongPath.h"
+#include "platform/CopiedDrive.h"
+#include "platform/win32/DriveHives.h"
 
 namespace tqnralm {
 namespace os {
@@ -268,7 +270,10 @@ std::string AbsolutePath(const std::string& path) {
     return out;
 }
 
-std::string SourceDescription() { return "this machine"; }
+std::string SourceDescription() {
+    const std::string drive = qvp::WindowsRoot();
+    return drive.empty() ? "this machine" : "copied Windows drive " + AbsolutePath(drive);
+}
 
 namespace {
 
@@ -285,10 +290,22 @@ std::string ClientValue(HKEY root, const wchar_t* name) {
     return std::string();
 }
 
+// On a copied drive the drive holds the whole Windows machine; an account
+// on another drive ("D:\Mail") lies where the library finds that drive.
+std::vector<StoreFolder> DriveStoreFolders(const std::string& drive, const std::vector<std::string>& accountFolders) {
+    std::vector<StoreFolder> out{{std::string(), drive}};
+    for (const std::string& folder : accountFolders) {
+        std::wstring host;
+        if (qvp::win32::DrivePath(WideText(folder), &host)) out.push_back({folder, Utf8Text(host)});
+    }
+    return out;
+}
 
 }  // namespace
 
 std::vector<StoreFolder> StoreFolders(const std::vector<std::string>& accountFolders) {
+    const std::string drive = qvp::WindowsRoot();
+    if (!drive.empty()) return DriveStoreFolders(drive, accountFolders);
     // InstallPath names the program file in the installation folder;
     // MailboxPath holds this Windows user's "Mailbox" folder. Other users'
     // mailbox folders are the account folders' parents that hold Mailbox.ini.
@@ -322,29 +339,42 @@ const StoreFolder* FolderHolding(const std::vector<StoreFolder>& folders, const 
     return nullptr;
 }
 
-namespace {
-std::string g_copiedDrive;
-}  // namespace
+// A copied drive is read by this process (InspectCopiedDrive, ProbeHive)
+// and by the library, which keeps a platform layer of its own inside its
+// DLL: the library learns the drive from the environment it reads.
+void ReadCopiedDrive(const std::string& root, const std::string& user) {
+    const std::string absolute = root.empty() ? root : AbsolutePath(root);
+    qvp::UseCopiedDrive(absolute, user);
+    SetEnvironmentVariableW(L"TQNRALM_WINDOWS_ROOT", absolute.empty() ? nullptr : WideText(absolute).c_str());
+    SetEnvironmentVariableW(L"TQNRALM_WINDOWS_USER", user.empty() ? nullptr : WideText(user).c_str());
+}
 
-// The Windows build reads the running machine's own registry; a copied drive
-// is only looked at far enough to say so.
-void ReadCopiedDrive(const std::string& root, const std::string&) { g_copiedDrive = root; }
-
-std::string CopiedDrive() { return std::string(); }
+std::string CopiedDrive() { return qvp::WindowsRoot(); }
 
 DriveLayout InspectCopiedDrive() {
+    const qvp::DriveFolders folders = qvp::win32::LocateDriveFolders();
     DriveLayout out;
-    const std::string root = g_copiedDrive + "\\";
-    out.software = root + "Windows\\System32\\config\\SOFTWARE";
-    out.users = root + "Users";
-    out.oldUsers = root + "Documents and Settings";
-    out.hasSoftware = Exists(out.software);
+    out.hasSoftware = folders.hasSoftware;
+    out.software = folders.software;
+    out.users = folders.users;
+    out.oldUsers = folders.oldUsers;
+    for (const qvp::DriveProfile& profile : qvp::win32::DriveProfiles())
+        out.profiles.push_back({profile.name, profile.hive});
+    qvp::DriveProfile named;
+    out.hasNamed = qvp::win32::NamedProfile(&named);
+    out.named = {named.name, named.hive};
     return out;
 }
 
-Hive ProbeHive(const std::string&, const std::string&, std::string* error) {
-    *error = "the Windows build reads this machine's registry only; read a copied drive with the Linux build";
-    return Hive::kUnsupported;
+Hive ProbeHive(const std::string& path, const std::string& key, std::string* error) {
+    bool has = false;
+    uint32_t cause = 0;
+    if (qvp::win32::HiveHasKey(path, key, &has, &cause)) return has ? Hive::kHasKey : Hive::kNoKey;
+    SetLastError(cause);
+    *error = Describe(path, cause == ERROR_DIRECTORY    ? "not a file"
+                            : cause == ERROR_BAD_FORMAT ? "not a registry hive (damaged or cut short)"
+                                                        : LastError());
+    return Hive::kUnreadable;
 }
 
 // What a stopped export needs: files reopened and cut back, the journal's
