@@ -92,8 +92,13 @@ void Window::OnCommand(int id, int code) {
 }
 
 void Window::OnNext() {
-    // On the first step Enter, when nothing was found, chooses an old disk.
-    if (step_ == kFound) return found_ ? Show(kWhere) : searched_ ? ChooseDrive() : void();
+    // On the first step, when nothing was found, Enter reads the profile
+    // chosen of a disk, else chooses an old disk.
+    if (step_ == kFound) {
+        if (found_) return Show(kWhere);
+        if (IsWindowVisible(profiles_)) return ReadChosenProfile();
+        return ChooseDrive();
+    }
     if (step_ != kWhere) return;
     const std::wstring outDir = OutDir();
     if (outDir.empty()) {
