@@ -320,30 +320,35 @@ std::string WideToCp932(std::u16string_view text) {
 }
 
 std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
-    if (IsPlainAscii(codePage, bytes)) return std::string(bytes);
-    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
-    if (codePage == qvp::kCp932) return std::string(bytes);
     std::string out;
+    BytesToCp932(codePage, bytes, &out);
+    return out;
+}
+
+void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out) {
+    out->clear();
+    if (IsPlainAscii(codePage, bytes)) return (void)out->assign(bytes);
+    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    if (codePage == qvp::kCp932) return (void)out->assign(bytes);
     // The charsets built on code page 932 go there in one pass.
-    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), &out)) return out;
-    out.reserve(bytes.size());
+    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), out)) return;
+    out->reserve(bytes.size());
     std::u16string wide;
     const auto convert = [&](std::string_view piece) {
         if (piece.empty()) return;
         wide.clear();
         AppendConverted(codePage, piece, &wide);
-        out += WideToCp932(wide);
+        *out += WideToCp932(wide);
     };
     size_t done = 0;  // bytes before this are in out
     for (size_t i = 0; i < bytes.size();) {
         const size_t run = AsciiRunAt(codePage, bytes, &i);
         if (run < kMinAsciiRun) continue;
         convert(bytes.substr(done, i - run - done));
-        out.append(bytes.data() + i - run, run);
+        out->append(bytes.data() + i - run, run);
         done = i;
     }
     convert(bytes.substr(done));
-    return out;
 }
 
 }  // namespace msg

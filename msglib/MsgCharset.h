@@ -57,6 +57,8 @@ std::string WideToCp932(std::u16string_view wide);
 // Bytes in a code page (or kCpGuess) to CP932, as AppendWide and WideToCp932
 // would give, but CP932 input is kept as it is (bodies keep their bytes).
 std::string BytesToCp932(uint32_t codePage, std::string_view bytes);
+// The same into *out, which it replaces (its room is used again).
+void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out);
 
 }  // namespace msg
 

@@ -18,6 +18,11 @@ public:
     // Reads the fields at the start of text up to the first empty line; the
     // body follows that line. Text without an empty line is all header.
     void Parse(std::string_view text);
+    // Forgets the fields; their table keeps its room for the next header.
+    void Clear() noexcept {
+        m_fields.clear();
+        m_bodyOffset = 0;
+    }
 
     // Where the body starts, as an offset into the parsed text (its size when
     // there is no body).

@@ -145,13 +145,13 @@ void MimeStructure::Build(std::string_view text) {
     }
 }
 
-std::string MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf) {
+void MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, std::string* out) {
     std::string_view raw = text.substr(leaf.bodyBegin, leaf.bodyEnd - leaf.bodyBegin);
     const uint32_t codePage = CodePageOfCharset(leaf.charset);
     switch (leaf.encoding) {
-        case MT_ENC_BASE64: return BytesToCp932(codePage, DecodeBase64Body(raw));
-        case MT_ENC_QP: return BytesToCp932(codePage, DecodeQuotedPrintableBody(raw));
-        default: return BytesToCp932(codePage, raw);  // most mail: converted from the message's own bytes
+        case MT_ENC_BASE64: return BytesToCp932(codePage, DecodeBase64Body(raw), out);
+        case MT_ENC_QP: return BytesToCp932(codePage, DecodeQuotedPrintableBody(raw), out);
+        default: return BytesToCp932(codePage, raw, out);  // most mail: converted from the message's own bytes
     }
 }
 

@@ -45,7 +45,7 @@ public:
     const std::vector<std::string>& AttachmentNames() const { return m_attachNames; }
 
     // The body of a part, transfer encoding undone and converted to CP932.
-    static std::string DecodeBody(std::string_view text, const MimeLeaf& leaf);
+    static void DecodeBody(std::string_view text, const MimeLeaf& leaf, std::string* out);
 
 private:
     std::vector<MimeLeaf> m_main;

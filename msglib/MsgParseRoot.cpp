@@ -8,11 +8,17 @@
 #include "MsgParams.h"
 
 namespace msg {
+namespace {
+
+constexpr size_t kKeptBody = 1 << 20;
+
+}  // namespace
 
 void MsgParseRoot::Clear() noexcept {
-    m_header = MsgHeader();
+    m_header.Clear();
     m_mime.Clear();
     m_text.clear();
+    m_body.clear();
 }
 
 void MsgParseRoot::Parse(const char* text, size_t size) {
@@ -57,8 +63,12 @@ bool MsgParseRoot::MessageId(std::string* out) const {
     return true;
 }
 
-std::string MsgParseRoot::MainPartBody(size_t index) const {
-    return MimeStructure::DecodeBody(m_text, m_mime.MainParts().at(index));
+const std::string& MsgParseRoot::MainPartBody(size_t index) const {
+    const MimeLeaf& leaf = m_mime.MainParts().at(index);
+    // A huge body's room is not kept for the small ones after it.
+    if (m_body.capacity() > kKeptBody) std::string().swap(m_body);
+    MimeStructure::DecodeBody(m_text, leaf, &m_body);
+    return m_body;
 }
 
 }  // namespace msg

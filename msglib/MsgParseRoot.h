@@ -31,10 +31,14 @@ public:
     bool MessageId(std::string* out) const;
 
     const MimeStructure& Structure() const { return m_mime; }
-    std::string MainPartBody(size_t index) const;
+    // The part's body, valid until the next call or the next message. Its
+    // room is kept for the next body, so that a folder's walk does not
+    // allocate one per message.
+    const std::string& MainPartBody(size_t index) const;
 
 private:
     std::string m_text;
+    mutable std::string m_body;  // MainPartBody's last answer
     MsgHeader m_header;
     MimeStructure m_mime;
 

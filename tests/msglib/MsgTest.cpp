@@ -55,10 +55,11 @@ struct Parsed {
     Strings names;  // UTF-8, the attachment slots up to the first null one
 };
 
-// Parses on a fresh root, reads and frees everything, ends the root.
-Parsed ParseAll(const std::string& mail) {
+// Parses on a fresh root, reads and frees everything, ends the root; or on
+// the root given, which goes on.
+Parsed ParseAll(const std::string& mail, MT_WORD shared = 0) {
     Parsed r;
-    MT_WORD root = MT_Init();
+    MT_WORD root = shared != 0 ? shared : MT_Init();
     EXPECT_EQ(MT_ParseMailText(root, mail.data(), static_cast<MT_WORD>(mail.size())), 1);
     r.subject = Handed(MT_GetSubjectD, root);
     r.id = Handed(MT_GetMessageIDD, root);
@@ -79,7 +80,7 @@ Parsed ParseAll(const std::string& mail) {
     EXPECT_TRUE(std::is_partitioned(a, a + 10, [](MT_WORD x) { return x != 0; })) << "a null slot before a filled one";
     for (MT_WORD x : a)
         if (x) r.names.push_back(Utf8(Take(x)));
-    MT_Term(root);
+    if (shared == 0) MT_Term(root);
     return r;
 }
 
@@ -231,6 +232,18 @@ TEST(MsgMime, PartsAndAttachments) {
         EXPECT_EQ(p.names, c.names);
         EXPECT_EQ(p.attachResult, static_cast<MT_WORD>(c.names.size()));
     }
+    // One root for all, as a folder's walk keeps it: nothing of one message
+    // stays in the next, in either order.
+    MT_WORD root = MT_Init();
+    const size_t n = sizeof cases / sizeof cases[0];
+    for (size_t k = 0; k < 2 * n; ++k) {
+        const auto& c = cases[k < n ? k : 2 * n - 1 - k];
+        SCOPED_TRACE(std::string("on one root: ") + c.name);
+        Parsed p = ParseAll(c.mail, root);
+        EXPECT_EQ(p.bodies, c.bodies);
+        EXPECT_EQ(p.names, c.names);
+    }
+    MT_Term(root);
 }
 
 TEST(MsgMime, PartWordsAndLimits) {
