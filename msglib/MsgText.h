@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/HexDigit.h"
+
 namespace msg {
 
 inline char AsciiLower(char c) {
@@ -40,13 +42,8 @@ inline std::string_view TrimSpace(std::string_view s) {
     return s.substr(b, e - b);
 }
 
-// -1 for a byte that is no hexadecimal digit.
-inline int HexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
+// A hexadecimal digit's value, -1 for any other byte (the platform layer's).
+using qvp::HexDigit;
 
 }  // namespace msg
 

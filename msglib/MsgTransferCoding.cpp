@@ -62,8 +62,8 @@ std::string DecodeQuotedPrintableBody(std::string_view in) {
             ++i;
             continue;
         }
-        if (i + 2 < n && HexValue(in[i + 1]) >= 0 && HexValue(in[i + 2]) >= 0) {
-            out.push_back(static_cast<char>(HexValue(in[i + 1]) * 16 + HexValue(in[i + 2])));
+        if (i + 2 < n && HexDigit(in[i + 1]) >= 0 && HexDigit(in[i + 2]) >= 0) {
+            out.push_back(static_cast<char>(HexDigit(in[i + 1]) * 16 + HexDigit(in[i + 2])));
             i += 3;
             continue;
         }
@@ -112,8 +112,8 @@ bool DecodeQWord(std::string_view in, std::string* out) {
             out->push_back(' ');
         } else if (c == '=') {
             if (i + 2 >= in.size()) return false;
-            int hi = HexValue(in[i + 1]);
-            int lo = HexValue(in[i + 2]);
+            int hi = HexDigit(in[i + 1]);
+            int lo = HexDigit(in[i + 2]);
             if (hi < 0 || lo < 0) return false;
             out->push_back(static_cast<char>(hi * 16 + lo));
             i += 2;

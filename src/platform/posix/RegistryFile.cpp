@@ -17,6 +17,7 @@
 // themselves. Raw bytes 0x80 and above are UTF-8.
 #include "platform/posix/RegistryFile.h"
 
+#include "platform/HexDigit.h"
 #include "platform/posix/PosixText.h"
 
 #include <cstring>
@@ -24,13 +25,6 @@
 namespace qvp {
 namespace posix {
 namespace {
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
 
 // The next line from `p`: its length without the line end (and a trailing
 // CR), and where the line after it starts.

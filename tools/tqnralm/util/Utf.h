@@ -6,12 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/Utf8.h"
 #include "tqnralm.h"
 
 namespace tqnralm {
 
-// Appends one code point as UTF-8.
-void AppendUtf8(std::string& out, uint32_t cp);
+// Appends one code point as UTF-8 (the platform layer's encoder).
+using qvp::AppendUtf8;
 
 // A NUL-terminated 16-bit text as UTF-8. A lone surrogate becomes U+FFFD, so
 // the result is always valid UTF-8; NULL gives "".

@@ -3,16 +3,12 @@
 #include "NameUuid.h"
 
 #include "Sha1.h"
+#include "platform/HexDigit.h"
 
 namespace tqnralm {
 namespace {
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
+using qvp::HexDigit;
 
 // The bytes of hexadecimal digits; anything else (the hyphens) is passed over.
 std::string Bytes(const std::string& hex) {
