@@ -299,7 +299,6 @@ def exits(work):
     check(tqnralm(prefix, "export", os.path.join(blocked, "out")).returncode == 4, "OUTDIR below a file: exit 4")
     inside = os.path.join(prefix, "drive_c", "export")
     check(tqnralm(prefix, "export", inside).returncode == 4 and not os.path.exists(inside), "OUTDIR in the store")
-    check(tqnralm(prefix, "export", os.path.join(work, "u"), "--user", "9").returncode == 2, "no such user: exit 2")
     check(tqnralm(prefix, "export", os.path.join(work, "u"), "--format", "pst").returncode == 2, "bad format: exit 2")
     empty = os.path.join(work, "no-wine")
     os.mkdir(empty)

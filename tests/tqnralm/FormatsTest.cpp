@@ -1,5 +1,5 @@
-// The table of forms and the sinks: each row makes a writer of its kind,
-// the --addresses list parses as the help says, an address form names its
+// The table of forms and the sinks: the --addresses list parses as the help
+// says, an address form names its
 // files and manifest forms from its row (and declares each extension, by
 // which book names are cut), and a dry run counts exactly what the folder
 // export writes.
@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -27,23 +26,6 @@ std::string Names(const std::vector<const Format*>& formats) {
     std::string out;
     for (const Format* f : formats) out += (out.empty() ? "" : " ") + std::string(f->name);
     return out;
-}
-
-TEST(Formats, EachRowMakesAWriterOfItsKind) {
-    for (FormatKind kind : {FormatKind::kMail, FormatKind::kAddress}) {
-        std::set<std::string> names;
-        for (const Format* f : FormatsOf(kind)) {
-            EXPECT_TRUE(names.insert(f->name).second) << f->name;
-            EXPECT_EQ(f, FindFormat(kind, f->name));
-            EXPECT_EQ(kind == FormatKind::kMail, f->mail != nullptr) << f->name;
-            EXPECT_EQ(kind == FormatKind::kAddress, f->address != nullptr) << f->name;
-            const bool made =
-                kind == FormatKind::kMail ? MakeMailWriter(*f) != nullptr : MakeAddressWriter(*f) != nullptr;
-            EXPECT_TRUE(made) << f->name;
-        }
-    }
-    EXPECT_EQ(std::string("mbox"), DefaultMailFormat().name);
-    EXPECT_EQ(nullptr, FindFormat(FormatKind::kAddress, "mbox"));
 }
 
 TEST(Formats, AddressListInTableOrder) {

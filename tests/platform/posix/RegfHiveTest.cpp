@@ -10,7 +10,6 @@
 
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 
 namespace {
@@ -25,19 +24,8 @@ std::u16string Folded(const std::string& utf8) {
     return qvp::Fold(wide);
 }
 
-std::string Bytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void Put(std::string& bytes, size_t at, uint32_t value) {
-    for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<char>((value >> (8 * i)) & 0xFF);
-}
-uint32_t Get(const std::string& bytes, size_t at) {
-    uint32_t v = 0;
-    for (int i = 3; i >= 0; --i) v = v << 8 | static_cast<unsigned char>(bytes[at + i]);
-    return v;
-}
+using qvt::Get;
+using qvt::Put;
 
 // Appends a bin of cells to a hive (each cell's data, in use), returning
 // the cells' offsets from the first bin.
@@ -99,7 +87,7 @@ protected:
         path = prefix.Root() + "/hive";
         qvt::WriteHive(path, kKeys);
         ASSERT_TRUE(hivex.Open(path));
-        ASSERT_TRUE(regf.Load(Bytes(path)));
+        ASSERT_TRUE(regf.Load(qvt::ReadHostFile(path)));
     }
     qvt::WinePrefix prefix;
     std::string path;
@@ -155,7 +143,7 @@ TEST_F(RegfHiveTest, AnswersMissingKeysAndValuesAsHivexDoes) {
 
 // Big data kept as Windows keeps it: a "db" cell and segments of 16344 bytes.
 TEST_F(RegfHiveTest, ReadsBigDataInSegments) {
-    std::string hive = Bytes(path);
+    std::string hive = qvt::ReadHostFile(path);
     std::string data;
     for (size_t i = 0; i < 40000; ++i) data += static_cast<char>('a' + i % 26);
     std::string seg1 = data.substr(0, 16344) + "PAD!", seg2 = data.substr(16344, 16344) + "PAD!",
@@ -207,7 +195,7 @@ TEST_F(RegfHiveTest, ReadsBigDataInSegments) {
 }
 
 TEST_F(RegfHiveTest, RefusesOrContainsDamage) {
-    const std::string hive = Bytes(path);
+    const std::string hive = qvt::ReadHostFile(path);
     const size_t mail = 0x1000 + KeyCell(hive, "AL-Mail") + 4, software = 0x1000 + KeyCell(hive, "Software") + 4;
     const size_t root = 0x1000 + Get(hive, 0x24) + 4;
     enum Expect { kNoHive, kNoKey, kNoValue, kReads };

@@ -16,11 +16,18 @@
 #include <stdexcept>
 
 namespace qvt {
-namespace {
 
-void Put(std::string& bytes, size_t at, uint32_t value, int width = 4) {
+void Put(std::string& bytes, size_t at, uint32_t value, int width) {
     for (int i = 0; i < width; ++i) bytes[at + i] = static_cast<char>((value >> (8 * i)) & 0xFF);
 }
+
+uint32_t Get(const std::string& bytes, size_t at) {
+    uint32_t v = 0;
+    for (int i = 3; i >= 0; --i) v = v << 8 | static_cast<unsigned char>(bytes[at + i]);
+    return v;
+}
+
+namespace {
 
 void Fail(const std::string& what) { throw std::runtime_error("hive: " + what); }
 

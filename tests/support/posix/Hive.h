@@ -24,6 +24,9 @@ using HiveKeys = std::vector<std::pair<std::string, std::vector<HiveValue>>>;
 // A REG_SZ value's data: UTF-16LE with its terminator.
 std::string RegSz(const std::string& utf8);
 
+// A little-endian number of width bytes written at, and read from, a byte offset.
+void Put(std::string& bytes, size_t at, uint32_t value, int width = 4);
+uint32_t Get(const std::string& bytes, size_t at);
 // The XOR of the base block's first 127 words, at 508.
 void FixHiveChecksum(std::string& hive);
 // The empty hive's bytes.
