@@ -16,7 +16,15 @@ int32_t CQvV4Analyzer::InitLibrary() {
     CQvIAnalyzer::InitLibrary();
     int32_t result = MailReader_Open(&m_hMailReader);
     if (result != 0) return QvV4MapError(result);
-    result = AddrReader_Open(&m_hAddrReader);
+    try {
+        result = AddrReader_Open(&m_hAddrReader);
+    } catch (...) {
+        // Its failure goes on to the call frame's barrier; the mail handle is
+        // clear after a failed open, as after a failing result.
+        MailReader_Close(m_hMailReader);
+        m_hMailReader = nullptr;
+        throw;
+    }
     if (result != 0) {
         // The address reader may be alive in its output; QV_ExitLibrary closes it.
         MailReader_Close(m_hMailReader);

@@ -27,6 +27,8 @@
 typedef void* ADDRREADER_HANDLE;
 typedef void* ADDROBJECT_HANDLE;
 
+// 0, -1 (no reader could be made) or -3; what fails in the discovery is
+// thrown on to the caller's barrier.
 int32_t AddrReader_Open(ADDRREADER_HANDLE* phReader);
 int32_t AddrReader_Close(ADDRREADER_HANDLE hReader);
 int32_t AddrReader_GetName(ADDRREADER_HANDLE hReader, ADDROBJECT_HANDLE hObject, QvV4Value* pValue);

@@ -60,23 +60,22 @@ bool KeyEquals(const char* pszRowKey, const char16_t* pszKey) {
 
 }  // namespace
 
+// The open has no barrier: a reader that cannot be made is -1, and whatever
+// fails in its discovery (no memory, a file) goes up to the caller's
+// barrier, the half-made reader given back on the way.
 int32_t AddrReader_Open(ADDRREADER_HANDLE* phReader) {
     if (phReader == nullptr) return -3;
     std::unique_ptr<CAddrReader> reader;
-    int32_t nDiscovery = 0;
     try {
         reader.reset(new CAddrReader());
-        nDiscovery = reader->Discover();
     } catch (const std::bad_alloc&) {
         *phReader = nullptr;
         return -1;
     } catch (const CMemoryException&) {
         *phReader = nullptr;
         return -1;
-    } catch (...) {
-        *phReader = nullptr;
-        return -2;
     }
+    const int32_t nDiscovery = reader->Discover();
     // No InstallPath or no user: nothing to read, and no reader handed out.
     if (nDiscovery < 0) {
         *phReader = nullptr;

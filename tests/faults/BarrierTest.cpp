@@ -2,14 +2,18 @@
 // inside them fails, for each allocation they make in turn: the barrier
 // answers -2 whatever it catches, running out of memory included (-1 is a
 // reader or a text that could not be allocated, which these calls make none
-// of).
+// of). The open has no barrier: what fails in its discovery reaches the
+// caller's.
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
 #include <set>
 #include <string>
 
+#include "QvV4Value/QvExceptions.h"
 #include "addressreader/AddrReader.h"
+#include "faults/AllocSeam.h"
 #include "platform/Faults.h"
 #include "support/SampleStore.h"
 
@@ -59,6 +63,45 @@ TEST(Barrier, AddressCallsOutOfMemoryAnswerTheBarriersCode) {
     }
     EXPECT_EQ(0, AddrReader_CloseBook(hReader, hUser, 0, hBook));
     EXPECT_EQ(0, AddrReader_Close(hReader));
+}
+
+TEST(Barrier, AddressOpenLetsOutOfMemoryReachTheCaller) {
+    qvt::WinePrefix prefix;
+    qvt::BuildSampleStore(prefix);
+    // A first open fills what the platform layer keeps for the process once
+    // asked, which the count of live blocks leaves out.
+    ADDRREADER_HANDLE hFirst = nullptr;
+    ASSERT_EQ(0, AddrReader_Open(&hFirst));
+    ASSERT_EQ(0, AddrReader_Close(hFirst));
+    qvt::machine::ForgetFolders();
+    const long live = qvt::LiveBlocks();
+    long thrown = 0;
+    for (long n = 1;; ++n) {
+        ADDRREADER_HANDLE hReader = &thrown;  // anything but what the open writes
+        int32_t r = 1;
+        faults::ArmAllocation(n);
+        try {
+            r = AddrReader_Open(&hReader);
+        } catch (const std::bad_alloc&) {
+            ++thrown;
+        } catch (const CMemoryException&) {
+            ++thrown;
+        }
+        const bool hit = faults::AllocationFired();
+        faults::ArmAllocation(0);
+        if (!hit) {
+            EXPECT_EQ(0, r);
+            EXPECT_EQ(0, AddrReader_Close(hReader));
+            break;
+        }
+        // -1 only while the reader itself is being made, before any discovery.
+        if (r != 1) {
+            EXPECT_TRUE(r == -1 && hReader == nullptr && thrown == 0) << "allocation " << n << ": " << r;
+        }
+        qvt::machine::ForgetFolders();
+        EXPECT_EQ(live, qvt::LiveBlocks()) << "allocation " << n << ": blocks left behind";
+    }
+    EXPECT_GT(thrown, 0) << "no failure of the discovery reached the caller";
 }
 
 }  // namespace
