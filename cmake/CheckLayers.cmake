@@ -18,11 +18,23 @@ set(QV_LAYER_RULES
 
 # Operating-system headers and platform tests stay in src/platform (the
 # host's seam to the system, HostOs.h, among them) and in the tests' posix/
-# and win32/ folders. The public header picks its calling convention; the migration assistant,
-# a Windows program through and through, takes the system's headers in one
-# header (its model, which the tests build everywhere, knows no platform).
-set(QV_OS_SEAMS include/tqnralm.h tools/tqnralm-gui/WindowsApi.h)
-set(QV_OS_HEADER "^[ \t]*#[ \t]*include[ \t]*<(win[a-z0-9]*|shlobj|shellapi|shlwapi|objbase|ole2|io|direct|process|unistd|dlfcn|iconv|dirent|fcntl|pwd|pthread|hivex|sys/[a-z_/]*)\\.h>")
+# and win32/ folders. Elsewhere an include in angle brackets names the C or
+# C++ standard library, the compiler's intrinsics for the processor (alike
+# on every operating system), or a Debian library that the tools and tests
+# build on (GoogleTest, CLI11, nlohmann-json, Google Benchmark): anything
+# else is a system header. One header is the exception: the migration
+# assistant, a Windows program through and through, takes the system's
+# headers in WindowsApi.h (its model, which the tests build everywhere, knows
+# no platform). The public header asks which platform it is on, to pick its
+# calling convention, and includes no system header.
+set(QV_SYSTEM_HEADER_SEAM tools/tqnralm-gui/WindowsApi.h)
+set(QV_PLATFORM_TEST_SEAM include/tqnralm.h)
+set(QV_C_HEADERS assert complex ctype errno fenv float inttypes iso646 limits locale math setjmp signal stdalign
+    stdarg stdatomic stdbool stddef stdint stdio stdlib stdnoreturn string tgmath threads time uchar wchar wctype)
+string(REPLACE ";" "|" QV_C_HEADERS "${QV_C_HEADERS}")
+set(QV_ANGLE_INCLUDE "^[ \t]*#[ \t]*include[ \t]*<")
+set(QV_PORTABLE_INCLUDE
+    "${QV_ANGLE_INCLUDE}([a-z_]+|(${QV_C_HEADERS})\\.h|(cpuid|[a-z0-9]*intrin)\\.h|(gtest|gmock|CLI|nlohmann|benchmark)/[^>]+)>")
 set(QV_OS_TEST "^[ \t]*#[ \t]*(if|ifdef|ifndef|elif).*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__)")
 
 set(failures "")
@@ -50,11 +62,19 @@ foreach(f ${files})
      OR rel MATCHES "^tests/(.*/)?(posix|win32)/")
     continue()
   endif()
-  list(FIND QV_OS_SEAMS "${rel}" seam)
-  if(NOT seam EQUAL -1)
-    continue()
+  set(hits "")
+  if(NOT rel STREQUAL QV_SYSTEM_HEADER_SEAM)
+    file(STRINGS "${f}" includes REGEX "${QV_ANGLE_INCLUDE}")
+    foreach(line ${includes})
+      if(NOT line MATCHES "${QV_PORTABLE_INCLUDE}")
+        list(APPEND hits "${line}")
+      endif()
+    endforeach()
   endif()
-  file(STRINGS "${f}" hits REGEX "${QV_OS_HEADER}|${QV_OS_TEST}")
+  if(NOT rel STREQUAL QV_PLATFORM_TEST_SEAM)
+    file(STRINGS "${f}" tests REGEX "${QV_OS_TEST}")
+    list(APPEND hits ${tests})
+  endif()
   foreach(hit ${hits})
     string(APPEND failures "${rel}: knows the platform (move it into src/platform, or a posix/ or win32/ test folder): ${hit}\n")
   endforeach()
