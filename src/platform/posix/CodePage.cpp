@@ -17,6 +17,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cstring>
@@ -285,6 +286,12 @@ std::string Utf16ToUtf8(const char16_t* units, size_t count) {
 }
 
 bool Cp932ToUtf8(const std::string& cp932, std::string* utf8) {
+    // ASCII reads the same in both, and most paths (every message's) are ASCII.
+    const auto ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::all_of(cp932.begin(), cp932.end(), ascii)) {
+        *utf8 = cp932;
+        return true;
+    }
     std::u16string wide;
     if (!Cp932ToUtf16(cp932.data(), cp932.size(), true, &wide)) return false;
     *utf8 = Utf16ToUtf8(wide.data(), wide.size());
