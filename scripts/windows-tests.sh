@@ -7,8 +7,10 @@
 # wine32:i386 where its loader runs (where it does not, one line says why,
 # and the x86_64 build, the same code, stands in). Then the differential
 # walks of the sample stores (scripts/differential.sh), a copied drive read
-# as the Linux build reads it (scripts/windows-drive.sh), tqnralm.exe in a
-# console (scripts/windows-console.sh), and the release zips
+# as the Linux build reads it (scripts/windows-drive.sh), the sample store
+# read under an English locale as under a Japanese one and as the Linux build
+# reads it (scripts/windows-locale.sh), tqnralm.exe in a console
+# (scripts/windows-console.sh), and the release zips
 # (scripts/package-windows.sh), the x86_64 one run under wine64, and the
 # migration assistant walked under wine64 and Xvfb (scripts/gui-check.sh).
 #
@@ -164,6 +166,11 @@ echo "== a copied Windows drive (XP and Vista) read by tqnralm.exe under wine64 
 start=$SECONDS
 bash "$src/scripts/windows-drive.sh" "$root/build-win64" "$root/build" || status=$?
 echo "-- copied drive: $((SECONDS - start)) s"
+
+echo "== the sample store read by tqnralm.exe under wine64 with an English and a Japanese locale as by the Linux build"
+start=$SECONDS
+bash "$src/scripts/windows-locale.sh" "$root/build-win64" "$root/build" || status=$?
+echo "-- locales: $((SECONDS - start)) s"
 
 echo "== tqnralm.exe in a console with code page 932, and piped"
 start=$SECONDS

@@ -72,8 +72,8 @@ enum : uint32_t { kMbErrInvalidChars = 0x8 };
 // MultiByteToWideChar: cbMulti -1 converts up to and including the NUL.
 // cchWide 0 asks for the size. Returns the number of 16-bit units written
 // (or needed), 0 on failure (invalid sequence with the flag, buffer too
-// small, a code page without a converter). kCpAcp is the process's default
-// ANSI code page (932 on Linux). Without the flag an invalid sequence becomes
+// small, a code page without a converter). kCpAcp is the readers' ANSI code
+// page, the mail client's 932 on every system. Without the flag an invalid sequence becomes
 // the code page's replacement character (U+30FB in the Japanese ones, U+FFFD
 // in UTF-8 and UTF-16, '?' in most others).
 int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi,
@@ -91,8 +91,8 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide,
 // between, appended to *out. False, with nothing appended, for another code page.
 bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, std::string* out);
 
-// The C runtime's multibyte table: is this byte a lead byte of a double-byte
-// character in the process's ANSI code page?
+// Is this byte a lead byte of a double-byte character in the readers' ANSI
+// code page (932)?
 bool IsDBCSLeadByte(unsigned char byte);
 
 // ---------------------------------------------------------------- time ----

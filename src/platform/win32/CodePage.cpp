@@ -1,6 +1,7 @@
 // CodePage.cpp - code page conversion on Windows.
 //
-// Every code page is the system's own conversion but these: ISO-2022-JP
+// Every code page is the system's own conversion but these, and the ANSI
+// code page is 932 whatever the system's is: ISO-2022-JP
 // (50220) and EUC-JP (51932) are not offered by MultiByteToWideChar
 // everywhere; they go through the shared JIS codecs, with the system's code
 // page 932 as the table. UTF-16 as bytes (1200, 1201), which only managed
@@ -64,6 +65,9 @@ uint32_t EncodeUnit(char16_t unit) {
 
 namespace {
 
+// The readers' ANSI code page is the mail client's, not this machine's.
+uint32_t Actual(uint32_t codePage) { return codePage == kCpAcp ? kCp932 : codePage; }
+
 bool Native(uint32_t codePage) {
     return codePage == kCpAcp || codePage == kCp932 || codePage == kCpUtf8 || codePage == kCpLatin1 ||
            codePage == kCpAscii;
@@ -74,6 +78,7 @@ bool Native(uint32_t codePage) {
 int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, int cbMulti,
                         char16_t* wide, int cchWide) {
     if (multi == nullptr || cbMulti == 0 || cbMulti < -1 || cchWide < 0) return 0;
+    codePage = Actual(codePage);
     if (cchWide > 0 && wide == nullptr) return 0;
     const bool strict = (flags & kMbErrInvalidChars) != 0;
     const bool shared = codePage == kCpIso2022Jp || codePage == kCpEucJp || codePage == kCpUtf16Le ||
@@ -103,6 +108,7 @@ int MultiByteToWideChar(uint32_t codePage, uint32_t flags, const char* multi, in
 int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, char* multi,
                         int cbMulti) {
     if (wide == nullptr || cchWide == 0 || cchWide < -1 || cbMulti < 0) return 0;
+    codePage = Actual(codePage);
     if (cbMulti > 0 && multi == nullptr) return 0;
     if (Native(codePage)) {
         return ::WideCharToMultiByte(codePage, 0, reinterpret_cast<const wchar_t*>(wide), cchWide, multi,
@@ -113,6 +119,6 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide, ch
                                 cbMulti);
 }
 
-bool IsDBCSLeadByte(unsigned char byte) { return ::IsDBCSLeadByte(byte) != 0; }
+bool IsDBCSLeadByte(unsigned char byte) { return ::IsDBCSLeadByteEx(kCp932, byte) != 0; }
 
 }  // namespace qvp

@@ -45,17 +45,46 @@ uint32_t CopyOut(const std::string& text, char* buffer, uint32_t size) {
     return static_cast<uint32_t>(text.size());
 }
 
+// A folder from a wide system call in the readers' ANSI code page, copied
+// out as the folder calls do; 0 when the call fails.
+uint32_t CopyOutWide(const wchar_t* wide, DWORD length, char* buffer, uint32_t size) {
+    if (length == 0) return 0;
+    const int n = ::WideCharToMultiByte(win32::kAnsiCodePage, 0, wide, static_cast<int>(length), nullptr, 0,
+                                        "?", nullptr);
+    if (n <= 0) return 0;
+    std::string ansi(static_cast<size_t>(n), '\0');
+    ::WideCharToMultiByte(win32::kAnsiCodePage, 0, wide, static_cast<int>(length), &ansi[0], n, "?", nullptr);
+    return CopyOut(ansi, buffer, size);
+}
+
 }  // namespace
 
 // A copied drive's Windows folder is the one its registry names.
 uint32_t WindowsDirectory(char* buffer, uint32_t size) {
     if (!WindowsRoot().empty()) return CopyOut(RegistryWindowsDirectory(), buffer, size);
-    return ::GetWindowsDirectoryA(buffer, size);
+    wchar_t wide[MAX_PATH + 1] = {};
+    const UINT n = ::GetWindowsDirectoryW(wide, MAX_PATH + 1);
+    return n <= MAX_PATH ? CopyOutWide(wide, n, buffer, size) : 0;
 }
 
-uint32_t TempPath(uint32_t size, char* buffer) { return ::GetTempPathA(size, buffer); }
+uint32_t TempPath(uint32_t size, char* buffer) {
+    wchar_t wide[MAX_PATH + 1] = {};
+    const DWORD n = ::GetTempPathW(MAX_PATH + 1, wide);
+    return n <= MAX_PATH ? CopyOutWide(wide, n, buffer, size) : 0;
+}
 
-char* GetCwd(char* buffer, int size) { return ::_getcwd(buffer, size); }
+char* GetCwd(char* buffer, int size) {
+    if (buffer == nullptr || size <= 0) return nullptr;
+    wchar_t* wide = ::_wgetcwd(nullptr, 0);
+    if (wide == nullptr) return nullptr;
+    const uint32_t n = CopyOutWide(wide, static_cast<DWORD>(std::wcslen(wide)), buffer, static_cast<uint32_t>(size));
+    std::free(wide);
+    if (n == 0 || n >= static_cast<uint32_t>(size)) {
+        errno = ERANGE;
+        return nullptr;
+    }
+    return buffer;
+}
 
 int Access(const char* path) {
     const std::wstring wide = win32::WidePath(path);
@@ -130,7 +159,10 @@ void FileClose(File* file) {
 
 namespace {
 
-std::wstring FromAnsi(const char* text) {
+// The profile calls read a file without a byte-order mark in this machine's
+// own ANSI code page, whatever the file is; the readers' bytes go in and come
+// back through that same code page, so that they pass unchanged.
+std::wstring SystemWide(const char* text) {
     const int n = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
     std::wstring out(n > 0 ? static_cast<size_t>(n) : 1, L'\0');
     if (n > 0) ::MultiByteToWideChar(CP_ACP, 0, text, -1, &out[0], n);
@@ -138,26 +170,39 @@ std::wstring FromAnsi(const char* text) {
     return out;
 }
 
+void SystemAnsi(const std::wstring& wide, char* out, uint32_t size) {
+    const int n = ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, out, static_cast<int>(size), nullptr, nullptr);
+    if (n <= 0) {
+        // Longer than the buffer: the part that fits, cut at a whole character.
+        out[0] = 0;
+        std::wstring part = wide;
+        while (!part.empty() &&
+               ::WideCharToMultiByte(CP_ACP, 0, part.c_str(), -1, out, static_cast<int>(size), nullptr, nullptr) <= 0)
+            part.pop_back();
+    }
+    out[size - 1] = 0;
+}
+
 }  // namespace
 
-// GetPrivateProfileStringA; a file whose path is long, or that lies on a
-// copied drive, is read by the wide call, and the value given back in ANSI,
-// cut as the ANSI call cuts it.
+// GetPrivateProfileStringA, but with the file named by the wide call: its
+// path is code page 932 text (WidePath.h), which the ANSI call would read in
+// this machine's code page; the value is cut as the ANSI call cuts it.
 uint32_t ProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                        uint32_t size, const char* fileName) {
+    if (buffer == nullptr || size == 0) return 0;
     const std::wstring file = win32::WidePath(fileName);
-    const bool wide = file.compare(0, 4, L"\\\\?\\") == 0 || !WindowsRoot().empty();
-    if (!wide || buffer == nullptr || size == 0) {
-        ::SetLastError(ERROR_SUCCESS);
-        const DWORD n = ::GetPrivateProfileStringA(section, key, defaultValue, buffer, size, fileName);
-        if (n == 0) win32::ThrowIfNoMemory(::GetLastError());
-        return n;
+    if (file.empty()) {
+        SystemAnsi(SystemWide(defaultValue), buffer, size);
+        return static_cast<uint32_t>(std::strlen(buffer));
     }
     std::wstring value(size, L'\0');
-    const DWORD n = ::GetPrivateProfileStringW(FromAnsi(section).c_str(), FromAnsi(key).c_str(),
-                                               FromAnsi(defaultValue).c_str(), &value[0], size, file.c_str());
+    ::SetLastError(ERROR_SUCCESS);
+    const DWORD n = ::GetPrivateProfileStringW(SystemWide(section).c_str(), SystemWide(key).c_str(),
+                                               SystemWide(defaultValue).c_str(), &value[0], size, file.c_str());
+    if (n == 0) win32::ThrowIfNoMemory(::GetLastError());
     value.resize(n);
-    win32::AnsiName(value.c_str(), buffer, static_cast<int>(size));
+    SystemAnsi(value, buffer, size);
     return static_cast<uint32_t>(std::strlen(buffer));
 }
 

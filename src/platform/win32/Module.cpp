@@ -1,10 +1,12 @@
 // Module.cpp - dynamic libraries and the critical section on Windows.
 #include "platform/platform.h"
 #include "platform/win32/Causes.h"
+#include "platform/win32/WidePath.h"
 
 #include <windows.h>
 
 #include <new>
+#include <string>
 
 namespace qvp {
 
@@ -24,7 +26,9 @@ struct CriticalSection {
 // FreeLibrary leaves it in place and every later load finds it there.
 Module* ModuleLoad(const char* fileName) {
     if (fileName == nullptr || *fileName == 0) return nullptr;
-    const HMODULE handle = ::LoadLibraryA(fileName);
+    // The name is code page 932 text, as every path of the readers.
+    const std::wstring wide = win32::AnsiToWide(fileName);
+    const HMODULE handle = wide.empty() ? nullptr : ::LoadLibraryW(wide.c_str());
     if (handle == nullptr) {
         win32::ThrowIfNoMemory(::GetLastError());
         return nullptr;

@@ -1,5 +1,7 @@
 // Registry.cpp - RegOpenKeyExA and RegQueryValueExA on Windows: the running
-// machine's registry, or the hives of a copied drive (DriveHives.h).
+// machine's registry, or the hives of a copied drive (DriveHives.h). Names
+// and strings are code page 932 text (WidePath.h), so the wide calls are
+// used and the text converted here.
 //
 // The mail client is a 32-bit program: its HKLM\Software keys lie in the
 // 32-bit view, which a 64-bit build asks for first, then the native view; a
@@ -9,6 +11,7 @@
 #include "platform/KeyPaths.h"
 #include "platform/win32/Causes.h"
 #include "platform/win32/DriveHives.h"
+#include "platform/win32/WidePath.h"
 
 #include <windows.h>
 
@@ -29,12 +32,18 @@ struct RegKey {
 namespace {
 
 std::u16string FoldedAnsi(const char* ansi) {
-    if (ansi == nullptr || *ansi == 0) return std::u16string();
-    const int n = ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, nullptr, 0);
-    std::wstring wide(static_cast<size_t>(n > 0 ? n : 1), L'\0');
-    if (n > 0) ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, &wide[0], n);
-    wide.resize(wide.size() - 1);
+    const std::wstring wide = win32::AnsiToWide(ansi);
     return Fold(std::u16string(wide.begin(), wide.end()));
+}
+
+// Wide text with its NUL as ANSI text with its NUL; false when it has none.
+bool WideToAnsi(const std::wstring& text, std::string* ansi) {
+    const int n =
+        ::WideCharToMultiByte(win32::kAnsiCodePage, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    if (n <= 0) return false;
+    ansi->assign(static_cast<size_t>(n), '\0');
+    ::WideCharToMultiByte(win32::kAnsiCodePage, 0, text.c_str(), -1, &(*ansi)[0], n, nullptr, nullptr);
+    return true;
 }
 
 bool OpenDriveKey(Hive hive, const char* subKey, RegKey* key) {
@@ -50,10 +59,12 @@ bool OpenDriveKey(Hive hive, const char* subKey, RegKey* key) {
 bool OpenMachineKey(Hive hive, const char* subKey, RegKey* key) {
     const HKEY root = hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
     // A key that could not be looked for is no missing key.
-    LONG error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key->key);
+    const std::wstring path = win32::AnsiToWide(subKey);
+    if (path.empty() && *subKey != 0) return false;
+    LONG error = ::RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key->key);
     win32::ThrowIfNoMemory(static_cast<DWORD>(error));
     if (error != ERROR_SUCCESS) {
-        error = ::RegOpenKeyExA(root, subKey, 0, KEY_QUERY_VALUE, &key->key);
+        error = ::RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE, &key->key);
         win32::ThrowIfNoMemory(static_cast<DWORD>(error));
     }
     if (error != ERROR_SUCCESS) key->key = nullptr;
@@ -74,12 +85,29 @@ bool QueryDrive(const RegKey& key, const char* valueName, std::string* ansi) {
         *ansi = value.bytes + '\0';
         return true;
     }
-    const std::wstring text(value.text.begin(), value.text.end());
-    const int n = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-    if (n <= 0) return false;
-    ansi->assign(static_cast<size_t>(n), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, &(*ansi)[0], n, nullptr, nullptr);
-    return true;
+    return WideToAnsi(std::wstring(value.text.begin(), value.text.end()), ansi);
+}
+
+// The running machine's value as RegQueryValueExA gives it.
+bool QueryMachine(const RegKey& key, const char* valueName, std::string* ansi) {
+    const std::wstring name = win32::AnsiToWide(valueName);
+    DWORD type = 0;
+    DWORD size = 0;
+    LONG error = ::RegQueryValueExW(key.key, name.c_str(), nullptr, &type, nullptr, &size);
+    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    if (error != ERROR_SUCCESS) return false;
+    std::string bytes(size + 2 * sizeof(wchar_t), '\0');
+    error = ::RegQueryValueExW(key.key, name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&bytes[0]), &size);
+    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
+    if (error != ERROR_SUCCESS) return false;
+    if (type != REG_SZ && type != REG_EXPAND_SZ) {
+        ansi->assign(bytes, 0, size);
+        return true;
+    }
+    std::wstring text(size / sizeof(wchar_t), L'\0');
+    std::memcpy(&text[0], bytes.data(), text.size() * sizeof(wchar_t));
+    text.resize(std::wcslen(text.c_str()));
+    return WideToAnsi(text, ansi);
 }
 
 }  // namespace
@@ -96,24 +124,16 @@ bool RegOpen(Hive hive, const char* subKey, RegKey** out) {
 
 bool RegQueryString(RegKey* key, const char* valueName, char* data, uint32_t* pcbData) {
     if (key == nullptr || data == nullptr || pcbData == nullptr) return false;
-    if (key->hive != nullptr) {
-        std::string ansi;
-        if (!QueryDrive(*key, valueName, &ansi) || ansi.size() > UINT32_MAX) return false;
-        const uint32_t needed = static_cast<uint32_t>(ansi.size());
-        if (*pcbData < needed) {
-            *pcbData = needed;
-            return false;
-        }
-        std::memcpy(data, ansi.data(), ansi.size());
+    std::string ansi;
+    const bool found = key->hive != nullptr ? QueryDrive(*key, valueName, &ansi) : QueryMachine(*key, valueName, &ansi);
+    if (!found || ansi.size() > UINT32_MAX) return false;
+    const uint32_t needed = static_cast<uint32_t>(ansi.size());
+    if (*pcbData < needed) {
         *pcbData = needed;
-        return true;
+        return false;
     }
-    DWORD size = *pcbData;
-    const LONG error =
-        ::RegQueryValueExA(key->key, valueName, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size);
-    win32::ThrowIfNoMemory(static_cast<DWORD>(error));
-    if (error != ERROR_SUCCESS) return false;
-    *pcbData = size;
+    std::memcpy(data, ansi.data(), ansi.size());
+    *pcbData = needed;
     return true;
 }
 

@@ -9,12 +9,14 @@
 #include <shlguid.h>
 #include <shobjidl.h>
 
+#include <cwchar>
 #include <new>
+#include <string>
 
 namespace qvp {
 
 struct ShellLink {
-    IShellLinkA* link;
+    IShellLinkW* link;
 };
 
 int32_t CoInitialize() { return static_cast<int32_t>(::CoInitialize(nullptr)); }
@@ -22,8 +24,8 @@ int32_t CoInitialize() { return static_cast<int32_t>(::CoInitialize(nullptr)); }
 void CoUninitialize() { ::CoUninitialize(); }
 
 ShellLink* ShellLinkCreate() {
-    IShellLinkA* link = nullptr;
-    const HRESULT created = ::CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
+    IShellLinkW* link = nullptr;
+    const HRESULT created = ::CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
                                                reinterpret_cast<void**>(&link));
     win32::ThrowIfComNoMemory(created);
     if (FAILED(created) || link == nullptr) return nullptr;
@@ -58,9 +60,14 @@ bool ShellLinkLoad(ShellLink* link, const char* path) {
 
 bool ShellLinkGetArguments(ShellLink* link, char* buffer, int size) {
     if (link == nullptr || buffer == nullptr || size <= 0) return false;
-    const HRESULT result = link->link->GetArguments(buffer, size);
+    // The arguments as code page 932 text, as the readers take every path.
+    std::wstring wide(static_cast<size_t>(size), L'\0');
+    const HRESULT result = link->link->GetArguments(&wide[0], size);
     win32::ThrowIfComNoMemory(result);
-    return SUCCEEDED(result);
+    if (FAILED(result)) return false;
+    wide.resize(std::wcslen(wide.c_str()));
+    win32::AnsiName(wide.c_str(), buffer, size);
+    return true;
 }
 
 void ShellLinkRelease(ShellLink* link) {

@@ -35,13 +35,19 @@ bool InTempFolder(const std::wstring& path) {
 
 }  // namespace
 
-std::wstring WidePath(const char* ansi) {
+std::wstring AnsiToWide(const char* ansi) {
     if (ansi == nullptr || *ansi == 0) return std::wstring();
-    const int n = ::MultiByteToWideChar(CP_ACP, 0, ansi, -1, nullptr, 0);
+    const int n = ::MultiByteToWideChar(kAnsiCodePage, 0, ansi, -1, nullptr, 0);
     if (n <= 0) return std::wstring();
     std::wstring wide(static_cast<size_t>(n), L'\0');
-    if (::MultiByteToWideChar(CP_ACP, 0, ansi, -1, &wide[0], n) <= 0) return std::wstring();
+    if (::MultiByteToWideChar(kAnsiCodePage, 0, ansi, -1, &wide[0], n) <= 0) return std::wstring();
     wide.pop_back();  // the NUL
+    return wide;
+}
+
+std::wstring WidePath(const char* ansi) {
+    std::wstring wide = AnsiToWide(ansi);
+    if (wide.empty()) return wide;
     // On a copied drive the store's paths name the drive's files; the temp
     // folder (TempPath) stays this machine's.
     std::wstring host;
@@ -54,12 +60,12 @@ std::wstring WidePath(const char* ansi) {
 
 void AnsiName(const wchar_t* wide, char* out, int size) {
     if (size <= 0) return;
-    const int n = ::WideCharToMultiByte(CP_ACP, 0, wide, -1, out, size, "?", nullptr);
+    const int n = ::WideCharToMultiByte(kAnsiCodePage, 0, wide, -1, out, size, "?", nullptr);
     if (n <= 0) {
         // Longer than the buffer: the part that fits, cut at a whole character.
         out[0] = 0;
         std::wstring part = wide;
-        while (!part.empty() && ::WideCharToMultiByte(CP_ACP, 0, part.c_str(), -1, out, size, "?", nullptr) <= 0)
+        while (!part.empty() && ::WideCharToMultiByte(kAnsiCodePage, 0, part.c_str(), -1, out, size, "?", nullptr) <= 0)
             part.pop_back();
     }
     out[size - 1] = 0;

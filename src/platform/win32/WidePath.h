@@ -1,5 +1,5 @@
 // WidePath.h - an ANSI path of the readers as the wide file functions take
-// it: converted from the process's code page, absolute, and in the "\\?\"
+// it: converted from code page 932, absolute, and in the "\\?\"
 // form when long (LongPath.h), so that a store whose path passes MAX_PATH is
 // read like any other. On a copied drive an ANSI path names the drive's file
 // (DriveHives.h), except in this machine's temp folder.
@@ -10,6 +10,14 @@
 
 namespace qvp {
 namespace win32 {
+
+// The readers' ANSI text is the mail client's, a Japanese program's: code
+// page 932 whatever this machine's own ANSI code page is (1252 on an English
+// Windows reading a copied Japanese drive). Never CP_ACP or an A call.
+constexpr unsigned kAnsiCodePage = 932;
+
+// ANSI text as UTF-16; NULL and text that does not convert give "".
+std::wstring AnsiToWide(const char* ansi);
 
 // Empty when the text is no path in the ANSI code page.
 std::wstring WidePath(const char* ansi);
