@@ -58,15 +58,17 @@ check_imports() {  # objdump binary...
 
 # The whole test suite of a build under Wine: a throw-away prefix of the
 # build's own, made by the build's loader (/usr/bin/wine would pick the
-# 32-bit one wherever it is installed), the Japanese locale.
-run_suite() {  # build winearch loader
-  local env_dir="$1/wine" rc=0
+# 32-bit one wherever it is installed), the Japanese locale or the one given.
+# The readers' ANSI text is code page 932 whatever the system's, so the
+# suite also passes with an English locale (code page 1252).
+run_suite() {  # build winearch loader [locale]
+  local env_dir="$1/wine" lang="${4:-ja_JP}" rc=0
   mkdir -p "$env_dir/locale"
-  [ -d "$env_dir/locale/ja_JP.UTF-8" ] || localedef -i ja_JP -f UTF-8 "$env_dir/locale/ja_JP.UTF-8"
+  [ -d "$env_dir/locale/$lang.UTF-8" ] || localedef -i "$lang" -f UTF-8 "$env_dir/locale/$lang.UTF-8"
   rm -rf "$env_dir/prefix"
   (
     export WINEPREFIX="$env_dir/prefix" WINEARCH="$2" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-    export LOCPATH="$env_dir/locale" LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8
+    export LOCPATH="$env_dir/locale" LANG=$lang.UTF-8 LC_ALL=$lang.UTF-8
     "$3" wineboot -i >/dev/null 2>&1 || true
     ctest --test-dir "$1" --output-on-failure || rc=$?
     wineserver -k || true
@@ -150,6 +152,8 @@ cmake --build "$root/build-win64" -j"$jobs"
 check_exports x86_64-w64-mingw32-objdump "$root/build-win64/bin/TQNRALM.dll"
 check_imports x86_64-w64-mingw32-objdump "$root/build-win64"/bin/*.exe "$root/build-win64"/bin/*.dll || status=1
 run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 || status=$?
+echo "-- the x86_64 tests again with an English locale"
+run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 en_US || status=$?
 echo "-- x86_64: $((SECONDS - start)) s"
 
 echo "== differential: the sample stores walked by the Linux build and under Wine"

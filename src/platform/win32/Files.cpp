@@ -160,26 +160,35 @@ void FileClose(File* file) {
 namespace {
 
 // The profile calls read a file without a byte-order mark in this machine's
-// own ANSI code page, whatever the file is; the readers' bytes go in and come
-// back through that same code page, so that they pass unchanged.
-std::wstring SystemWide(const char* text) {
-    const int n = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+// own ANSI code page, whatever the file is: the readers' bytes go in and come
+// back through that same code page, so that they pass unchanged. A file with
+// a mark is Unicode, and its text is given in code page 932.
+UINT ProfileCodePage(const std::wstring& file) {
+    unsigned char mark[3] = {};
+    FILE* stream = ::_wfopen(file.c_str(), L"rb");
+    if (stream == nullptr) return CP_ACP;
+    const size_t n = std::fread(mark, 1, sizeof mark, stream);
+    std::fclose(stream);
+    const bool utf8 = n == 3 && mark[0] == 0xEF && mark[1] == 0xBB && mark[2] == 0xBF;
+    const bool utf16 = n >= 2 && ((mark[0] == 0xFF && mark[1] == 0xFE) || (mark[0] == 0xFE && mark[1] == 0xFF));
+    return utf8 || utf16 ? win32::kAnsiCodePage : CP_ACP;
+}
+
+std::wstring Wide(UINT codePage, const char* text) {
+    const int n = ::MultiByteToWideChar(codePage, 0, text, -1, nullptr, 0);
     std::wstring out(n > 0 ? static_cast<size_t>(n) : 1, L'\0');
-    if (n > 0) ::MultiByteToWideChar(CP_ACP, 0, text, -1, &out[0], n);
+    if (n > 0) ::MultiByteToWideChar(codePage, 0, text, -1, &out[0], n);
     out.resize(std::wcslen(out.c_str()));
     return out;
 }
 
-void SystemAnsi(const std::wstring& wide, char* out, uint32_t size) {
-    const int n = ::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, out, static_cast<int>(size), nullptr, nullptr);
-    if (n <= 0) {
-        // Longer than the buffer: the part that fits, cut at a whole character.
-        out[0] = 0;
-        std::wstring part = wide;
-        while (!part.empty() &&
-               ::WideCharToMultiByte(CP_ACP, 0, part.c_str(), -1, out, static_cast<int>(size), nullptr, nullptr) <= 0)
-            part.pop_back();
-    }
+// Cut at a whole character when longer than the buffer, as the ANSI call cuts.
+void Narrow(UINT codePage, const std::wstring& wide, char* out, uint32_t size) {
+    const int room = static_cast<int>(size);
+    out[0] = 0;
+    std::wstring part = wide;
+    while (::WideCharToMultiByte(codePage, 0, part.c_str(), -1, out, room, "?", nullptr) <= 0 && !part.empty())
+        part.pop_back();
     out[size - 1] = 0;
 }
 
@@ -187,22 +196,23 @@ void SystemAnsi(const std::wstring& wide, char* out, uint32_t size) {
 
 // GetPrivateProfileStringA, but with the file named by the wide call: its
 // path is code page 932 text (WidePath.h), which the ANSI call would read in
-// this machine's code page; the value is cut as the ANSI call cuts it.
+// this machine's code page.
 uint32_t ProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                        uint32_t size, const char* fileName) {
     if (buffer == nullptr || size == 0) return 0;
     const std::wstring file = win32::WidePath(fileName);
     if (file.empty()) {
-        SystemAnsi(SystemWide(defaultValue), buffer, size);
+        Narrow(win32::kAnsiCodePage, win32::AnsiToWide(defaultValue), buffer, size);
         return static_cast<uint32_t>(std::strlen(buffer));
     }
+    const UINT codePage = ProfileCodePage(file);
     std::wstring value(size, L'\0');
     ::SetLastError(ERROR_SUCCESS);
-    const DWORD n = ::GetPrivateProfileStringW(SystemWide(section).c_str(), SystemWide(key).c_str(),
-                                               SystemWide(defaultValue).c_str(), &value[0], size, file.c_str());
+    const DWORD n = ::GetPrivateProfileStringW(Wide(codePage, section).c_str(), Wide(codePage, key).c_str(),
+                                               Wide(codePage, defaultValue).c_str(), &value[0], size, file.c_str());
     if (n == 0) win32::ThrowIfNoMemory(::GetLastError());
     value.resize(n);
-    SystemAnsi(value, buffer, size);
+    Narrow(codePage, value, buffer, size);
     return static_cast<uint32_t>(std::strlen(buffer));
 }
 

@@ -9,6 +9,7 @@
 #include <shlguid.h>
 #include <shobjidl.h>
 
+#include <cstdio>
 #include <cwchar>
 #include <new>
 #include <string>
@@ -17,6 +18,7 @@ namespace qvp {
 
 struct ShellLink {
     IShellLinkW* link;
+    bool unicode;  // the loaded file's strings are UTF-16
 };
 
 int32_t CoInitialize() { return static_cast<int32_t>(::CoInitialize(nullptr)); }
@@ -29,13 +31,29 @@ ShellLink* ShellLinkCreate() {
                                                reinterpret_cast<void**>(&link));
     win32::ThrowIfComNoMemory(created);
     if (FAILED(created) || link == nullptr) return nullptr;
-    ShellLink* result = new (std::nothrow) ShellLink{link};
+    ShellLink* result = new (std::nothrow) ShellLink{link, true};
     if (result == nullptr) {
         link->Release();
         throw std::bad_alloc();
     }
     return result;
 }
+
+namespace {
+
+// Whether the shortcut file holds its strings in UTF-16 (the IsUnicode bit of
+// the header's link flags at offset 20); an old one holds them in the ANSI
+// code page of the machine that made it.
+bool UnicodeLink(const std::wstring& path) {
+    unsigned char header[24] = {};
+    FILE* stream = ::_wfopen(path.c_str(), L"rb");
+    if (stream == nullptr) return true;
+    const size_t n = std::fread(header, 1, sizeof header, stream);
+    std::fclose(stream);
+    return n < sizeof header || (header[20] & 0x80) != 0;
+}
+
+}  // namespace
 
 bool ShellLinkLoad(ShellLink* link, const char* path) {
     if (link == nullptr || path == nullptr) return false;
@@ -47,6 +65,7 @@ bool ShellLinkLoad(ShellLink* link, const char* path) {
     try {
         const std::wstring wide = win32::WidePath(path);
         if (!wide.empty()) loaded = file->Load(wide.c_str(), STGM_WRITE);
+        if (SUCCEEDED(loaded)) link->unicode = UnicodeLink(wide);
     } catch (...) {
         file->Release();
         throw;
@@ -58,15 +77,22 @@ bool ShellLinkLoad(ShellLink* link, const char* path) {
     return SUCCEEDED(loaded);
 }
 
+// The arguments as code page 932 text, as the readers take every path. The
+// shell reads an ANSI shortcut's bytes in this machine's code page: back
+// through that code page they are the bytes the shortcut holds.
 bool ShellLinkGetArguments(ShellLink* link, char* buffer, int size) {
     if (link == nullptr || buffer == nullptr || size <= 0) return false;
-    // The arguments as code page 932 text, as the readers take every path.
     std::wstring wide(static_cast<size_t>(size), L'\0');
     const HRESULT result = link->link->GetArguments(&wide[0], size);
     win32::ThrowIfComNoMemory(result);
     if (FAILED(result)) return false;
     wide.resize(std::wcslen(wide.c_str()));
-    win32::AnsiName(wide.c_str(), buffer, size);
+    if (link->unicode) {
+        win32::AnsiName(wide.c_str(), buffer, size);
+    } else if (::WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, buffer, size, nullptr, nullptr) <= 0) {
+        buffer[0] = 0;
+    }
+    buffer[size - 1] = 0;
     return true;
 }
 
