@@ -165,10 +165,8 @@ namespace {
 // a mark is Unicode, and its text is given in code page 932.
 UINT ProfileCodePage(const std::wstring& file) {
     unsigned char mark[3] = {};
-    FILE* stream = ::_wfopen(file.c_str(), L"rb");
-    if (stream == nullptr) return CP_ACP;
-    const size_t n = std::fread(mark, 1, sizeof mark, stream);
-    std::fclose(stream);
+    const long n = win32::ReadHead(file, mark, sizeof mark);
+    if (n < 0) return CP_ACP;
     const bool utf8 = n == 3 && mark[0] == 0xEF && mark[1] == 0xBB && mark[2] == 0xBF;
     const bool utf16 = n >= 2 && ((mark[0] == 0xFF && mark[1] == 0xFE) || (mark[0] == 0xFE && mark[1] == 0xFF));
     return utf8 || utf16 ? win32::kAnsiCodePage : CP_ACP;

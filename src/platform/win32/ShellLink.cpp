@@ -9,7 +9,6 @@
 #include <shlguid.h>
 #include <shobjidl.h>
 
-#include <cstdio>
 #include <cwchar>
 #include <new>
 #include <string>
@@ -46,11 +45,9 @@ namespace {
 // code page of the machine that made it.
 bool UnicodeLink(const std::wstring& path) {
     unsigned char header[24] = {};
-    FILE* stream = ::_wfopen(path.c_str(), L"rb");
-    if (stream == nullptr) return true;
-    const size_t n = std::fread(header, 1, sizeof header, stream);
-    std::fclose(stream);
-    return n < sizeof header || (header[20] & 0x80) != 0;
+    const long n = win32::ReadHead(path, header, sizeof header);
+    if (n < 0) return true;
+    return static_cast<size_t>(n) < sizeof header || (header[20] & 0x80) != 0;
 }
 
 }  // namespace

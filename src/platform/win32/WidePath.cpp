@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <cstdio>
+
 #include "platform/LongPath.h"
 #include "platform/win32/DriveHives.h"
 
@@ -69,6 +71,14 @@ void AnsiName(const wchar_t* wide, char* out, int size) {
             part.pop_back();
     }
     out[size - 1] = 0;
+}
+
+long ReadHead(const std::wstring& path, unsigned char* out, size_t size) {
+    FILE* stream = ::_wfopen(path.c_str(), L"rb");
+    if (stream == nullptr) return -1;
+    const size_t n = std::fread(out, 1, size, stream);
+    std::fclose(stream);
+    return static_cast<long>(n);
 }
 
 }  // namespace win32

@@ -6,6 +6,7 @@
 #ifndef QV_PLATFORM_WIN32_WIDEPATH_H
 #define QV_PLATFORM_WIN32_WIDEPATH_H
 
+#include <cstddef>
 #include <string>
 
 namespace qvp {
@@ -26,6 +27,10 @@ std::wstring WidePath(const wchar_t* wide);
 // A wide name as ANSI text into `out` (at most `size` bytes with the NUL);
 // a character without an ANSI form becomes '?', as the ANSI calls give it.
 void AnsiName(const wchar_t* wide, char* out, int size);
+
+// The first bytes of a file (its mark or header) into `out`: how many were
+// read, or -1 when the file cannot be opened.
+long ReadHead(const std::wstring& path, unsigned char* out, size_t size);
 
 }  // namespace win32
 }  // namespace qvp
