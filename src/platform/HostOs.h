@@ -185,8 +185,8 @@ DriveLayout InspectCopiedDrive();
 
 // Whether a registry hive file holds a key (a path of names separated by
 // backslashes, matched in any case). kUnreadable: the file cannot be read or
-// is no hive, `error` says why; kUnsupported: this build reads no hive files.
-enum class Hive { kHasKey, kNoKey, kUnreadable, kUnsupported };
+// is no hive, `error` says why.
+enum class Hive { kHasKey, kNoKey, kUnreadable };
 Hive ProbeHive(const std::string& path, const std::string& key, std::string* error);
 
 }  // namespace os

@@ -31,7 +31,6 @@ DriveProblemText DriveProblem(const DriveCheck& check, const std::string& root, 
     switch (check.problem) {
     case DriveCheck::kReadable: return {};
     case DriveCheck::kNotADrive: return {Format(Text::kDriveNotADrive, {root}), Str(Text::kDriveHintRoot)};
-    case DriveCheck::kNoHiveReader: return {Str(Text::kDriveNoHiveReader), std::string()};
     case DriveCheck::kNoSuchUser: return {Format(Text::kDriveNoSuchUser, {user}), Str(Text::kDriveHintUser)};
     case DriveCheck::kSeveralUsers: return {Str(Text::kDriveSeveral), Str(Text::kDriveHintSeveral)};
     case DriveCheck::kNoUser: return {Str(Text::kDriveNoUser), Str(Text::kDriveHintOtherDisk)};

@@ -120,8 +120,6 @@ const Row kRows[] = {
      "を選んでください。",
      "Choose the disk's top folder: the one that holds the folders \"Windows\" and \"Users\" "
      "(or \"Documents and Settings\")."},
-    {Text::kDriveNoHiveReader, "この版の移行アシスタントは、古いディスクのレジストリを読めません。",
-     "This version of the assistant cannot read an old disk's registry."},
     {Text::kDriveNoSuchUser, "このディスクには Windows ユーザー「%1」がいません。",
      "There is no Windows user \"%1\" on this disk."},
     {Text::kDriveHintUser, "ほかのユーザーか、ほかのディスクを選んでください。", "Choose another user or another disk."},

@@ -63,7 +63,6 @@ enum class Text {
     kDriveReading,      // %1 the disk's folder, %2 the Windows user
     kDriveNotADrive,    // %1 the folder
     kDriveHintRoot,
-    kDriveNoHiveReader,
     kDriveNoSuchUser,   // %1 the Windows user
     kDriveHintUser,
     kDriveSeveral,

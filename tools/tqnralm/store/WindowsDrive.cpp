@@ -82,8 +82,6 @@ DriveCheck CheckWindowsDrive(const std::string& root, const std::string& user) {
                     "'" + root + "' is not a Windows system drive: there is no " + drive.software +
                         " (nor profiles in " + drive.users + " or " + drive.oldUsers + ")");
     }
-    if (os::ProbeHive(drive.software, kClientKey, &error) == os::Hive::kUnsupported)
-        return Fail(DriveCheck::kNoHiveReader, kExitUsage, error);
     DriveCheck check = ChooseProfile(root, user, drive);
     if (check.problem != DriveCheck::kReadable) return check;
     if (os::ProbeHive(drive.software, kClientKey, &error) == os::Hive::kUnreadable)

@@ -15,7 +15,6 @@ struct DriveCheck {
     enum Problem {
         kReadable,          // the drive is named as the machine the library reads
         kNotADrive,         // no SOFTWARE hive where a Windows drive keeps it
-        kNoHiveReader,      // this build reads no hive files
         kNoSuchUser,        // the user named has no profile with an NTUSER.DAT
         kUserUnreadable,    // that user's NTUSER.DAT cannot be read
         kSeveralUsers,      // several profiles used the mail client: `users`
@@ -34,7 +33,7 @@ struct DriveCheck {
 // (os::ReadCopiedDrive). Without a user named, the profile is the one whose
 // NTUSER.DAT holds the mail client's keys. kNotADrive, kUserUnreadable,
 // kNoSuchUser, kNoUser and kMachineUnreadable exit kExitNotInstalled;
-// kSeveralUsers and kNoHiveReader kExitUsage.
+// kSeveralUsers kExitUsage.
 DriveCheck CheckWindowsDrive(const std::string& root, const std::string& user);
 
 // CheckWindowsDrive with its message printed: the command line's.
