@@ -72,7 +72,10 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText) {
 }
 
 int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
-    const size_t nLength = str.size();
+    return QvV4Value_FromBytes(str.c_str(), str.size(), pValue);
+}
+
+int32_t QvV4Value_FromBytes(const char* pText, size_t nLength, QvV4Value* pValue) {
     if (nLength == 0) {
         void* p = qvp::Calloc(2, 1);
         if (p == nullptr) return -1;
@@ -87,7 +90,7 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
         if (p == nullptr) return -1;
         // Strict: an invalid sequence fails the whole text. The source is
         // read up to its first zero byte.
-        int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, str.c_str(), -1, p,
+        int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText, -1, p,
                                              static_cast<int>(nLength + 1));
         if (nDone == 0) return -3;
         pValue->pfnFree = FreeText;
@@ -95,10 +98,11 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
         pValue->pData = text.Keep();
         return 0;
     }
-    // Kind 1, and any other kind alike.
-    char* p = static_cast<char*>(qvp::Calloc(nLength + 2, 1));
+    // Kind 1, and any other kind alike: the bytes and two zero bytes.
+    char* p = static_cast<char*>(qvp::Malloc(nLength + 2));
     if (p == nullptr) return -1;
-    std::memcpy(p, str.data(), nLength);
+    std::memcpy(p, pText, nLength);
+    p[nLength] = p[nLength + 1] = '\0';
     pValue->pfnFree = FreeText;
     pValue->nSize = static_cast<uint32_t>(nLength);
     pValue->pData = p;

@@ -6,6 +6,7 @@
 #ifndef QV_QVV4VALUE_H
 #define QV_QVV4VALUE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -31,5 +32,8 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText);
 // The mail side's fill: from an 8-bit string of known length; kind 2
 // converts strictly from code page 932. Result 0, -1 or -3.
 int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue);
+// The same from nLength bytes followed by a zero byte (a message's whole
+// text, handed on without a string of its own).
+int32_t QvV4Value_FromBytes(const char* pText, size_t nLength, QvV4Value* pValue);
 
 #endif  // QV_QVV4VALUE_H

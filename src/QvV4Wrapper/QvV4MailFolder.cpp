@@ -183,7 +183,9 @@ int32_t CQvV4MailMessage::GetData(QV_MAIL_DATA* pMailData) {
     }
     char* pszText = static_cast<char*>(val.pData);
     pMailData->pszMailText = pszText;
-    pMailData->nMailTextLen = static_cast<uint32_t>(std::strlen(pszText));
+    // The reader's whole text holds no zero byte: its size is its length,
+    // but for the empty text, whose record is two zero bytes.
+    pMailData->nMailTextLen = pszText[0] == '\0' ? 0 : val.nSize;
     pMailData->pfnFree = QvV4FreeMailText;
     // The text belongs to the host now.
     val.pData = nullptr;

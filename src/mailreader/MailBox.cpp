@@ -15,6 +15,9 @@
 
 namespace {
 
+// The capacity a folder's text buffer keeps whatever the next message's size.
+constexpr size_t kKeptText = 1 << 20;
+
 // Built-in titles of a folder whose "Entry.ini" names none, in Shift-JIS.
 const char kInboxTitle[] = "\x97\x58\x95\xD6\x8E\xF3\x82\xAF";  // 郵便受け
 const char kOutboxTitle[] = "\x91\x97\x90\x4D\x94\xA0";         // 送信箱
@@ -46,7 +49,8 @@ void CopyField(char* pField, size_t cbField, const char* pszText) {
 }
 
 CMailBox::CMailBox()
-    : CMailNamed{}, m_szPath{}, m_aMainParts{}, m_aAttach{}, m_pText(nullptr), m_nTextSize(0), m_pParse(0),
+    : CMailNamed{}, m_szPath{}, m_aMainParts{}, m_aAttach{}, m_pText(nullptr), m_nTextSize(0), m_nTextCapacity(0),
+      m_pParse(0),
       m_nMainParts(0), m_nAttachResult(0), m_bMessagesOpen(0), m_nCurrent(-1) {}
 
 CMailBox::~CMailBox() {
@@ -168,6 +172,24 @@ void CMailBox::ReleaseAttachments() {
     }
 }
 
+// Into the kept buffer when the file fits; a buffer far larger than the
+// file (after a huge message) is given back for one of the file's size.
+void CMailBox::ReadText(qvp::File* file, size_t nSize) {
+    m_nTextSize = 0;
+    if (nSize + 1 > m_nTextCapacity || (m_nTextCapacity > kKeptText && nSize + 1 < m_nTextCapacity / 2)) {
+        std::unique_ptr<char[]> text(new char[nSize + 1]);
+        delete[] m_pText;
+        m_pText = text.release();
+        m_nTextCapacity = nSize + 1;
+    }
+    size_t nRead = qvp::FileRead(m_pText, nSize, file);
+    // A read that failed gives nothing: half a message is not the message.
+    if (qvp::FileError(file)) throw CFileException(qvp::kCauseHardIo);
+    // A file that shrank since its length was taken gives what is there.
+    m_pText[nRead] = '\0';
+    m_nTextSize = static_cast<int32_t>(nRead);
+}
+
 int32_t CMailBox::SelectMessage(int32_t nIndex) {
     if (nIndex < 0 || nIndex >= m_Messages.Count()) return -1;
     // Until the new message stands, nothing is held: a failed load must not
@@ -181,18 +203,9 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     if (static_cast<unsigned long>(nLength) >= static_cast<unsigned long>(std::numeric_limits<int32_t>::max())) {
         throw CMemoryException();
     }
-    size_t nSize = static_cast<size_t>(nLength);
-    std::unique_ptr<char[]> text(new char[nSize + 1]);
-    size_t nRead = qvp::FileRead(text.get(), nSize, file.handle);
-    // A read that failed gives nothing: half a message is not the message.
-    if (qvp::FileError(file.handle)) throw CFileException(qvp::kCauseHardIo);
-    // A file that shrank since its length was taken gives what is there.
-    text[nRead] = '\0';
+    ReadText(file.handle, static_cast<size_t>(nLength));
     qvp::FileClose(file.handle);
     file.handle = nullptr;
-    delete[] m_pText;
-    m_pText = text.release();
-    m_nTextSize = static_cast<int32_t>(nRead);
 
     ReleaseMainParts();
     g_MessageLib.MT_ParseMailText(m_pParse, m_pText, m_nTextSize);
@@ -212,11 +225,16 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     return 0;
 }
 
+// 0 once the message of that index is held, else kUnreadable or -3.
+int32_t CMailBox::Selected(int32_t nIndex) {
+    if (nIndex == m_nCurrent && m_nCurrent >= 0) return 0;
+    const int32_t nSelected = SelectMessage(nIndex);
+    return nSelected == 0 ? 0 : nSelected == kUnreadable ? kUnreadable : -3;
+}
+
 int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& text) {
-    if (nIndex != m_nCurrent || m_nCurrent < 0) {
-        const int32_t nSelected = SelectMessage(nIndex);
-        if (nSelected != 0) return nSelected == kUnreadable ? kUnreadable : -3;
-    }
+    const int32_t nSelected = Selected(nIndex);
+    if (nSelected != 0) return nSelected;
     char* pText = nullptr;
     MT_WORD nLength = 0;
     MT_WORD ok = bSubject ? g_MessageLib.MT_GetSubjectD(m_pParse, &pText, &nLength)
@@ -247,12 +265,11 @@ int32_t CMailBox::GetMessageId(int32_t nIndex, std::string& text) {
     return GetLibraryText(nIndex, false, text);
 }
 
-int32_t CMailBox::GetWholeText(int32_t nIndex, std::string& text) {
-    if (nIndex != m_nCurrent || m_nCurrent < 0) {
-        const int32_t nSelected = SelectMessage(nIndex);
-        if (nSelected != 0) return nSelected == kUnreadable ? kUnreadable : -3;
-    }
-    text.assign(m_pText, std::strlen(m_pText));
+int32_t CMailBox::GetWholeText(int32_t nIndex, const char** ppText, size_t* pnLength) {
+    const int32_t nSelected = Selected(nIndex);
+    if (nSelected != 0) return nSelected;
+    *ppText = m_pText;
+    *pnLength = std::strlen(m_pText);
     return 0;
 }
 
@@ -262,6 +279,7 @@ void CMailBox::ReleaseBox() {
     delete[] m_pText;
     m_pText = nullptr;
     m_nTextSize = 0;
+    m_nTextCapacity = 0;
     m_nCurrent = -1;
     if (m_pParse != 0) {
         g_MessageLib.MT_Term(m_pParse);

@@ -7,7 +7,9 @@
 // index file), each a CMailList in file or listing order.
 //
 // A folder holds at most one message at a time: the whole file, parsed by
-// the message library on the folder's parse root.
+// the message library on the folder's parse root. The file's buffer is kept
+// from message to message (a walk reads every message of a folder in turn)
+// and given back when the folder closes.
 #ifndef QV_MAILREADER_MAILBOX_H
 #define QV_MAILREADER_MAILBOX_H
 
@@ -18,6 +20,9 @@
 #include "sNqxMsgNet.h"
 
 class CMailFolder;
+namespace qvp {
+struct File;
+}
 
 // What every record handle points at: the reader's name functions read these
 // two fields of a user, an account or a folder alike.
@@ -66,7 +71,9 @@ public:
     // the library gives no text.
     int32_t GetSubject(int32_t nIndex, std::string& text);
     int32_t GetMessageId(int32_t nIndex, std::string& text);
-    int32_t GetWholeText(int32_t nIndex, std::string& text);
+    // The held text up to its first zero byte, which follows it; valid until
+    // the next message is selected.
+    int32_t GetWholeText(int32_t nIndex, const char** ppText, size_t* pnLength);
     // Frees what the box holds: library texts, the parse root, the message,
     // the entries. The folders the entries point at are not touched.
     void ReleaseBox();
@@ -82,6 +89,7 @@ public:
     MT_WORD m_aAttach[kAttachSlots];
     char* m_pText;
     int32_t m_nTextSize;
+    size_t m_nTextCapacity;
     MT_WORD m_pParse;
     int32_t m_nMainParts;
     int32_t m_nAttachResult;
@@ -89,6 +97,8 @@ public:
     int32_t m_nCurrent;
 
 private:
+    int32_t Selected(int32_t nIndex);
+    void ReadText(qvp::File* file, size_t nSize);
     int32_t GetLibraryText(int32_t nIndex, bool bSubject, std::string& text);
     void ReleaseMainParts();
     void ReleaseAttachments();
