@@ -57,6 +57,18 @@ bool DirCache::FindLast(const std::string& spelling, std::u16string* key, std::s
     return true;
 }
 
+bool DirCache::FindSpelled(const std::string& spelled, std::string* host) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_lastSpelled.empty() || m_lastSpelled != spelled) return false;
+    *host = m_last.host;
+    return true;
+}
+
+void DirCache::NoteSpelled(const std::string& spelled, const std::string& host) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_last.spelling.empty() && m_last.host == host) m_lastSpelled = spelled;
+}
+
 // Under the lock. The strings give their memory back: the tests count the
 // blocks the library holds once its folders are forgotten.
 void DirCache::ForgetLast() {
@@ -65,6 +77,7 @@ void DirCache::ForgetLast() {
     std::string().swap(m_last.spelling);
     std::string().swap(m_last.host);
     std::u16string().swap(m_lastKey);
+    std::string().swap(m_lastSpelled);
 }
 
 int DirCache::OpenInLast(const std::string& dir, const std::string& name,

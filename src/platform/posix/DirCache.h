@@ -29,6 +29,11 @@ public:
     // a walk opens every message of a folder, and the folded key of a long
     // path costs more to make than the open.
     bool FindLast(const std::string& spelling, std::u16string* key, std::string* host);
+    // The folder Find gave last, when a path was found in it before by the
+    // same spelling of its folder as given (NoteSpelled): the taking apart
+    // of the path and its folded key are spared.
+    bool FindSpelled(const std::string& spelled, std::string* host);
+    void NoteSpelled(const std::string& spelled, const std::string& host);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
     // Opens `name` in the host folder `dir` through `open`: relative to a
     // handle of the folder when it is the one Find gave last (the handle is
@@ -66,6 +71,7 @@ private:
     Folder m_last;  // Find's last answer, by its spelling; empty when none
     int m_lastHandle = -1;  // of m_last.host, once a file was opened in it
     std::u16string m_lastKey;
+    std::string m_lastSpelled;  // a spelling as given that led to m_last
     std::unordered_map<std::u16string, Folder> m_folders;
     std::unordered_map<std::string, Index> m_indexes;  // by host folder
     size_t m_indexedNames = 0;

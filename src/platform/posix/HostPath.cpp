@@ -310,25 +310,64 @@ int MapPath(const char* windowsCp932, std::string* host) {
     return MapUtf8Path(utf8, host);
 }
 
+namespace {
+
+// A path "X:\...\name" taken apart without a look at the disk: its
+// folder as spelled, after its drive's source, and its last name. False for
+// any other path (a relative one depends on the current directory).
+bool SpelledFolder(const std::string& utf8, std::string* spelled, std::string* name) {
+    if (utf8.size() < 3 || utf8[1] != ':') return false;
+    const unsigned char letter = static_cast<unsigned char>(utf8[0]);
+    if (!((letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z'))) return false;
+    size_t cut = utf8.size() - 1;  // the last separator
+    while (cut > 2 && utf8[cut] != '\\' && utf8[cut] != '/') --cut;
+    if (utf8[cut] != '\\' && utf8[cut] != '/') return false;
+    name->assign(utf8, cut + 1, std::string::npos);
+    if (name->empty() || *name == "." || *name == "..") return false;
+    *spelled = DriveSource(static_cast<char>(letter | 0x20));
+    *spelled += '|';
+    spelled->append(utf8, 0, cut);
+    return true;
+}
+
+}  // namespace
+
 int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
     *mapped = kMapBadPath;
     std::string utf8;
+    if (windowsCp932 == nullptr || !Cp932ToUtf8(windowsCp932, &utf8)) return -1;
+    // A walk asks for every file of a folder by one spelling of the folder:
+    // once that spelling led to the folder last resolved, it leads there
+    // again without the path being taken apart.
+    std::string spelled, name, dir;
+    const bool plain = SpelledFolder(utf8, &spelled, &name);
+    bool cached = plain && DirCache::Instance().FindSpelled(spelled, &dir);
     Split split;
-    if (windowsCp932 == nullptr || !Cp932ToUtf8(windowsCp932, &utf8) || !SplitPath(utf8, &split)) return -1;
-    const size_t n = split.parts.size();
     std::u16string key;
-    std::string dir;
-    if (n >= 2 && CachedFolder(split, n - 1, &key, &dir)) {
+    if (!cached) {
+        if (!SplitPath(utf8, &split)) return -1;
+        const size_t n = split.parts.size();
+        cached = n >= 2 && CachedFolder(split, n - 1, &key, &dir);
+        if (cached) {
+            name = split.parts[n - 1];
+            if (plain) DirCache::Instance().NoteSpelled(spelled, dir);
+        }
+    }
+    if (cached) {
         *mapped = kMapFound;
         errno = 0;
-        const int fd = DirCache::Instance().OpenInLast(dir, split.parts[n - 1], open);
+        const int fd = DirCache::Instance().OpenInLast(dir, name, open);
         if (fd >= 0 || (errno != ENOENT && errno != ENOTDIR)) return fd;
         std::string found;
-        switch (FindInsensitive(dir, split.parts[n - 1], &found)) {
+        switch (FindInsensitive(dir, name, &found)) {
             case DirCache::kNameFound: return open(AT_FDCWD, JoinHost(dir, found));
             case DirCache::kNameMissing: *mapped = kMapMissing; return -1;
-            case DirCache::kFolderGone: DirCache::Instance().Forget(key); break;
+            case DirCache::kFolderGone: break;
         }
+        if (split.parts.empty() && !SplitPath(utf8, &split)) return -1;
+        std::string folder;
+        if (key.empty()) FolderKey(split, split.parts.size() - 1, &key, &folder);
+        DirCache::Instance().Forget(key);
     }
     std::string host;
     *mapped = FullResolve(split, &host);

@@ -61,6 +61,31 @@ TEST(Paths, NamesThatDifferInCaseOnly) {
     EXPECT_EQ((std::vector<std::string>{"X.BOX", "X.box", "x.BOX", "x.box"}), names);
 }
 
+// A folder's files open by the spelling of the folder they were last found
+// through; another prefix, where that spelling names another folder, reads
+// its own file, and so does the first once it is back.
+TEST(Paths, TheSameFolderInAnotherPrefix) {
+    const auto read = [](const char* path) {
+        qvp::File* file = qvp::FileOpen(path, "rb");
+        if (file == nullptr) return std::string("(none)");
+        char buffer[8] = {};
+        const std::string text(buffer, qvp::FileRead(buffer, sizeof buffer, file));
+        qvp::FileClose(file);
+        return text;
+    };
+    qvt::WinePrefix first;
+    first.WriteFile("C:\\Box\\a.alm", "a");
+    first.WriteFile("C:\\Box\\b.alm", "first");
+    EXPECT_EQ("a", read("C:\\Box\\a.alm"));
+    EXPECT_EQ("first", read("C:\\Box\\b.alm"));
+    {
+        qvt::WinePrefix second;
+        second.WriteFile("C:\\Box\\b.alm", "second");
+        EXPECT_EQ("second", read("C:\\Box\\b.alm"));
+    }
+    EXPECT_EQ("first", read("C:\\Box\\b.alm"));
+}
+
 TEST(Paths, TempPathFallsBackToTheHostTmp) {
     char buffer[64];
     const struct {
