@@ -4,7 +4,8 @@
 # side by side in one run:
 #   1. MESSAGES messages in 10 folders: `cat` of all the store's message files
 #      into one file, `tqnralm tree` (the library's walk alone), then the
-#      export as mbox, Maildir and EML; wall time and
+#      export as mbox, Maildir and EML (cat and mbox the best of three
+#      runs, each run's CPU printed); wall time and
 #      peak memory of each, and the export's time over cat's (target: mbox,
 #      journal and syncs on, within 1.0 times cat; peak memory at most
 #      64 MiB in every format).
@@ -39,6 +40,21 @@ measure() {
   echo "$e $m"
 }
 cpu() { echo "   cpu $(cat "$work/cpu") s"; }
+
+# Runs `command... RUN` three times (RUN is 1, 2, 3: each run its own output)
+# and keeps the fastest in $best_s and $best_kb: on a shared machine the
+# fastest run is the least disturbed one. Each run's CPU goes to $cpus.
+best_of_three() {
+  best_s="" best_kb="" cpus=""
+  local run s kb
+  for run in 1 2 3; do
+    read -r s kb < <("$@" "$run")
+    cpus="$cpus $(cat "$work/cpu")"
+    if [ -z "$best_s" ] || awk -v a="$s" -v b="$best_s" 'BEGIN { exit !(a < b) }'; then
+      best_s=$s best_kb=$kb
+    fi
+  done
+}
 load() { echo "load average: $(cut -d' ' -f1-3 /proc/loadavg)"; }
 
 generate() {  # name messages folders
@@ -54,23 +70,30 @@ echo "== $messages messages of about 2 KB in 10 folders"
 generate store "$messages" 10
 store_files() { find "$work/store/drive_c/AL-Mail/Mailbox" -name '*.alm' -print0 | sort -z; }
 store_files | xargs -0 cat >/dev/null  # the same warm cache for every run
-read -r cat_s cat_kb < <(measure bash -c "find '$work/store/drive_c/AL-Mail/Mailbox' -name '*.alm' -print0 |
-                                          sort -z | xargs -0 cat > '$work/cat.out'")
-printf "%-8s %8s s %8s MiB%s\n" cat "$cat_s" "$((cat_kb / 1024))" "$(cpu)"
+cat_all() {  # run
+  measure bash -c "find '$work/store/drive_c/AL-Mail/Mailbox' -name '*.alm' -print0 |
+                   sort -z | xargs -0 cat > '$work/cat-$1.out'"
+}
+best_of_three cat_all
+cat_s=$best_s
+printf "%-8s %8s s %8s MiB   best of 3, cpu%s s\n" cat "$cat_s" "$((best_kb / 1024))" "$cpus"
 read -r cp_s cp_kb < <(measure cp -r "$work/store/drive_c/AL-Mail/Mailbox" "$work/cp.out")
 printf "%-8s %8s s %8s MiB   %s x cat\n" "cp -r" "$cp_s" "$((cp_kb / 1024))" "$(awk -v a="$cp_s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')"
 # The library's own walk (every subject and Message-ID, no message bytes):
 # what any host pays before it writes anything.
 read -r s kb < <(WINEPREFIX="$work/store" measure "$build/bin/tqnralm" tree)
 printf "%-8s %8s s %8s MiB   %s x cat%s\n" tree "$s" "$((kb / 1024))" "$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')" "$(cpu)"
-for format in mbox maildir eml; do
+mbox_run() { export_store store mbox "out-mbox-$1"; }  # run
+best_of_three mbox_run
+printf "%-8s %8s s %8s MiB   %s x cat   best of 3, cpu%s s\n" mbox "$best_s" "$((best_kb / 1024))" \
+  "$(awk -v a="$best_s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')" "$cpus"
+for format in maildir eml; do
   read -r s kb < <(export_store store "$format" "out-$format")
   ratio=$(awk -v a="$s" -v b="$cat_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')
-  files=""
-  [ "$format" = mbox ] || files=$(awk -v a="$s" -v b="$cp_s" 'BEGIN { printf "   %.2f x cp -r", (b > 0 ? a / b : 0) }')
+  files=$(awk -v a="$s" -v b="$cp_s" 'BEGIN { printf "   %.2f x cp -r", (b > 0 ? a / b : 0) }')
   printf "%-8s %8s s %8s MiB   %s x cat%s%s\n" "$format" "$s" "$((kb / 1024))" "$ratio" "$files" "$(cpu)"
 done
-rm -rf "$work/store" "$work/cp.out" "$work"/out-* "$work/cat.out"
+rm -rf "$work/store" "$work/cp.out" "$work"/out-* "$work"/cat-*.out
 
 echo "== one folder, mbox: time per message"
 for n in 1000 10000 "$messages"; do

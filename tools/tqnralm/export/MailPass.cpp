@@ -217,6 +217,15 @@ void Member(std::string* row, const char* key, uint64_t value) {
     *row += std::to_string(value);
 }
 
+// A digest's hexadecimal digits need no escapes.
+void HexMember(std::string* row, const char* key, const std::string& hex) {
+    *row += ",\"";
+    *row += key;
+    *row += "\":\"";
+    *row += hex;
+    *row += '"';
+}
+
 }  // namespace
 
 // The message's manifest row: "index", "message_id", "subject", then where
@@ -236,22 +245,27 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
     Member(&row_, "subject", hasSubject, subject_);
     const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
     const std::string& text = rewritten ? rewritten_ : step.data;
-    WrittenMessage written;
+    WrittenMessage& written = written_;  // its buffers kept from message to message
     written.library = &step.data;
+    written.librarySha256.clear();
+    written.file.clear();
+    written.shared = false;
+    written.offset = written.length = 0;
     const uint64_t before = sink_.bytes();
     if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
-    if (!written.file.empty()) Member(&row_, "file", written.file);
+    if (!written.file.empty()) FileMember(written.file);
     if (written.shared) Member(&row_, "offset", written.offset);
     Member(&row_, "length", written.length);
-    Member(&row_, "sha256", written.sha256);
+    HexMember(&row_, "sha256", written.sha256);
     if (!written.librarySha256.empty()) {
-        Member(&row_, "library_sha256", written.librarySha256);
+        HexMember(&row_, "library_sha256", written.librarySha256);
     } else if (rewritten || written.shared) {
         Sha256 hash;
         hash.Update(step.data.data(), step.data.size());
-        Member(&row_, "library_sha256", hash.HexDigest());
+        hash.HexDigest(&written.librarySha256);
+        HexMember(&row_, "library_sha256", written.librarySha256);
     } else {
-        Member(&row_, "library_sha256", written.sha256);  // the same bytes
+        HexMember(&row_, "library_sha256", written.sha256);  // the same bytes
     }
     row_ += rewritten ? ",\"headers_rewritten\":true" : ",\"headers_rewritten\":false";
     if (step.data.empty()) row_ += ",\"empty\":true";
@@ -260,6 +274,16 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
     totals->bytes += sink_.bytes() - before;
     progress_.Step(sink_.bytes() - before);
     return manifest_ == nullptr || manifest_->AppendEncoded(row_) || sink_.Fail(manifest_->error());
+}
+
+// An mbox folder's messages share their file: its member is encoded once.
+void MailPass::FileMember(const std::string& file) {
+    if (file != file_) {
+        file_ = file;
+        fileMember_.clear();
+        Member(&fileMember_, "file", file);
+    }
+    row_ += fileMember_;
 }
 
 bool MailPass::Commit(const MailTotals& totals) {

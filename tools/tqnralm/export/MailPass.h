@@ -105,6 +105,7 @@ private:
     bool Do(Step& step, MailTotals* totals);
     bool Replay(const Step& step);
     bool Message(Step& step, MailTotals* totals);
+    void FileMember(const std::string& file);
     bool Commit(const MailTotals& totals);
     void GiveBack(Batch batch);
 
@@ -126,6 +127,8 @@ private:
     bool keepRaw_ = false;
     std::string rewritten_;  // the writer's copy of a message whose header it rewrote
     std::string subject_, row_;  // the writer's, their buffers kept from message to message
+    WrittenMessage written_;
+    std::string file_, fileMember_;  // the last message's file and its manifest member
 };
 
 }  // namespace tqnralm

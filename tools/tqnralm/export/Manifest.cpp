@@ -1,6 +1,9 @@
 // OUTDIR/manifest.json (see Manifest.h).
 #include "Manifest.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace tqnralm {
 namespace {
 
@@ -63,13 +66,29 @@ void AppendEscape(std::string* out, unsigned char c) {
     }
 }
 
+// Past the bytes from `i` on, eight at a time, that JSON takes as they are
+// (printable ASCII but '"' and '\\'): most of a manifest's text.
+size_t PlainEnd(std::string_view text, size_t i) {
+    constexpr uint64_t kOnes = 0x0101010101010101u, kHigh = 0x8080808080808080u;
+    const auto hasZero = [](uint64_t v) { return ((v - kOnes) & ~v & kHigh) != 0; };
+    for (; i + 8 <= text.size(); i += 8) {
+        uint64_t w;
+        std::memcpy(&w, text.data() + i, 8);
+        // A byte of 0x80 or more, below 0x20, a '"' or a '\\' ends the run.
+        if ((w & kHigh) != 0 || (((w - 0x20 * kOnes) & ~w & kHigh) != 0) || hasZero(w ^ ('"' * kOnes)) ||
+            hasZero(w ^ ('\\' * kOnes)))
+            break;
+    }
+    return i;
+}
+
 }  // namespace
 
 void AppendJsonString(std::string* out, std::string_view text) {
     const size_t start = out->size();
     out->push_back('"');
     size_t copied = 0;  // text before this is in `out`
-    for (size_t i = 0; i < text.size();) {
+    for (size_t i = PlainEnd(text, 0); i < text.size();) {
         const unsigned char c = static_cast<unsigned char>(text[i]);
         if (c >= 0x80) {
             const size_t end = Utf8End(text, i);
@@ -84,7 +103,7 @@ void AppendJsonString(std::string* out, std::string_view text) {
             AppendEscape(out, c);
             copied = ++i;
         } else {
-            ++i;
+            i = PlainEnd(text, i + 1);
         }
     }
     out->append(text.data() + copied, text.size() - copied);

@@ -32,6 +32,12 @@ void BlockHash::Update(const void* data, size_t size) {
 }
 
 std::string BlockHash::HexDigest() {
+    std::string out;
+    HexDigest(&out);
+    return out;
+}
+
+void BlockHash::HexDigest(std::string* out) {
     // 0x80, zeros up to 56 bytes into a block, then the length in bits.
     const uint64_t bits = length_ * 8;
     unsigned char pad[72] = {0x80};
@@ -39,12 +45,12 @@ std::string BlockHash::HexDigest() {
     for (int i = 0; i < 8; ++i) pad[padLength + i] = static_cast<unsigned char>(bits >> (56 - 8 * i));
     Update(pad, padLength + 8);
     static const char kHex[] = "0123456789abcdef";
-    std::string out;
+    char hex[8 * 8];  // of the longest state, SHA-256's eight words
     for (size_t i = 0; i < words_; ++i) {
-        for (int shift = 28; shift >= 0; shift -= 4) out.push_back(kHex[(state_[i] >> shift) & 0xF]);
+        for (int k = 0; k < 8; ++k) hex[8 * i + k] = kHex[(state_[i] >> (28 - 4 * k)) & 0xF];
     }
+    out->assign(hex, 8 * words_);
     Reset();
-    return out;
 }
 
 }  // namespace tqnralm

@@ -16,6 +16,8 @@ public:
     void Update(const void* data, size_t size);
     // The digest in lower-case hexadecimal; the object starts over.
     std::string HexDigest();
+    // The same into `out`, whose buffer is kept (one digest per message).
+    void HexDigest(std::string* out);
 
 protected:
     // `state` (of `words` words, owned by the hash) starts as `initial`.

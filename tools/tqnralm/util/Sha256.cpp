@@ -149,8 +149,8 @@ void Sha256::Pair(std::string_view a, std::string_view b, std::string* hexA, std
 #endif
     x.Update(a.data(), a.size());
     y.Update(b.data(), b.size());
-    *hexA = x.HexDigest();
-    *hexB = y.HexDigest();
+    x.HexDigest(hexA);
+    y.HexDigest(hexB);
 }
 
 void Sha256::Blocks(const unsigned char* p, size_t n) {

@@ -47,7 +47,7 @@ public:
         written->offset = 0;
         written->length = size;
         hash_.Update(data, size);
-        written->sha256 = hash_.HexDigest();
+        hash_.HexDigest(&written->sha256);
         return sink.WriteNewFile(written->file + ".part", written->file, data, size, TimeOf(data, size));
     }
 

@@ -50,7 +50,7 @@ public:
     bool WriteMessage(Sink& sink, int64_t position, const char* data, size_t size,
                       WrittenMessage* written) override {
         hash_.Update(data, size);
-        written->sha256 = hash_.HexDigest();
+        hash_.HexDigest(&written->sha256);
         // Written in tmp/ and moved into cur/ when whole, as Maildir wants.
         char name[64];
         const int unique = std::snprintf(name, sizeof name, "%06lld.%.16s", static_cast<long long>(position + 1),

@@ -22,6 +22,17 @@ bool EqualNoCase(const char* a, size_t n, const char* b) {
     return true;
 }
 
+// ASCII case only, as header field names are ASCII; faster than tolower,
+// which every header line of every message would pass through.
+inline char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+bool SameNoCase(const char* a, const char* b, size_t n) {
+    for (size_t i = 0; i < n; ++i) {
+        if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+    }
+    return true;
+}
+
 // Days from 1970-01-01 of a date of the proleptic Gregorian calendar.
 int64_t DaysFromCivil(int64_t y, int m, int d) {
     y -= m <= 2;
@@ -86,6 +97,8 @@ bool ZoneOffset(const std::string& zone, int* minutes) {
 // The address inside a value with comments and quoted strings skipped: what
 // stands between the first '<' and its '>', else the whole value.
 std::string StripComments(const std::string& value, bool* angle) {
+    *angle = false;
+    if (value.find_first_of("(\"<") == std::string::npos) return value;  // most senders: nothing to strip
     std::string out;
     int depth = 0;
     bool quoted = false;
@@ -160,7 +173,7 @@ bool QuickDate(std::string_view d, int64_t* seconds) {
     if (!Digits(d, &i, 2, &day) || !wordEnds()) return false;
     skip();
     for (int m = 0; m < 12 && i + 3 <= d.size(); ++m) {
-        if (EqualNoCase(d.data() + i, 3, kMonths[m])) month = m + 1;
+        if (SameNoCase(d.data() + i, kMonths[m], 3)) month = m + 1;
     }
     i += 3;
     if (month < 0 || !wordEnds()) return false;
@@ -197,6 +210,7 @@ void QuickDates(bool quick) { g_quickDates = quick; }
 
 bool HeaderValue(const char* data, size_t size, const char* name, std::string* value) {
     const size_t nameLength = std::strlen(name);
+    const char first = AsciiLower(name[0]);
     bool found = false;
     for (size_t pos = 0; pos < size;) {
         const char* nl = static_cast<const char*>(std::memchr(data + pos, '\n', size - pos));
@@ -207,8 +221,8 @@ bool HeaderValue(const char* data, size_t size, const char* name, std::string* v
         if (found) {
             if (!continuation) return true;
             value->append(data + pos, lineEnd - pos);
-        } else if (!continuation && lineEnd - pos > nameLength && data[pos + nameLength] == ':' &&
-                   EqualNoCase(data + pos, nameLength, name)) {
+        } else if (AsciiLower(data[pos]) == first && lineEnd - pos > nameLength && data[pos + nameLength] == ':' &&
+                   SameNoCase(data + pos, name, nameLength)) {
             found = true;
             value->assign(data + pos + nameLength + 1, lineEnd - pos - nameLength - 1);
         }
@@ -324,12 +338,21 @@ bool MessageTime(const char* data, size_t size, int64_t* seconds) {
 }
 
 std::string FromLine(const char* data, size_t size, int64_t time) {
+    std::string line;
+    AppendFromLine(data, size, time, line);
+    return line;
+}
+
+void AppendFromLine(const char* data, size_t size, int64_t time, std::string& out) {
     std::string value, sender;
     if (HeaderValue(data, size, "Return-Path", &value)) sender = AddrSpec(value);
     value.clear();
     if (sender.empty() && HeaderValue(data, size, "From", &value)) sender = AddrSpec(value);
-    if (sender.empty()) sender = "MAILER-DAEMON";
-    return "From " + sender + " " + (time >= 0 ? Asctime(time) : std::string(kEpoch)) + "\n";
+    out += "From ";
+    out += sender.empty() ? "MAILER-DAEMON" : sender;
+    out += ' ';
+    out += time >= 0 ? Asctime(time) : std::string(kEpoch);
+    out += '\n';
 }
 
 bool BeginsWithHeader(const char* data, size_t size) {
@@ -340,18 +363,33 @@ bool BeginsWithHeader(const char* data, size_t size) {
 }
 
 void AppendMboxrd(const char* data, size_t size, std::string& out) {
+    // Written in place, a line at a time: a line never grows but by the '>'
+    // of a quote (room made as one is met), and the text by its last line's
+    // end and the blank line.
+    const size_t start = out.size();
+    out.resize(start + size + 2);
+    char* o = &out[start];
     for (size_t pos = 0; pos < size;) {
         const char* nl = static_cast<const char*>(std::memchr(data + pos, '\n', size - pos));
-        size_t end = nl != nullptr ? static_cast<size_t>(nl - data) : size;
-        size_t lineEnd = nl != nullptr && end > pos && data[end - 1] == '\r' ? end - 1 : end;
-        size_t q = pos;
-        while (q < lineEnd && data[q] == '>') ++q;
-        if (lineEnd - q >= 5 && std::memcmp(data + q, "From ", 5) == 0) out.push_back('>');
-        out.append(data + pos, lineEnd - pos);
-        out.push_back('\n');
+        const size_t end = nl != nullptr ? static_cast<size_t>(nl - data) : size;
+        const size_t lineEnd = nl != nullptr && end > pos && data[end - 1] == '\r' ? end - 1 : end;
+        if (data[pos] == '>' || data[pos] == 'F') {
+            size_t q = pos;
+            while (q < lineEnd && data[q] == '>') ++q;
+            if (lineEnd - q >= 5 && std::memcmp(data + q, "From ", 5) == 0) {
+                const size_t at = static_cast<size_t>(o - out.data());
+                out.resize(out.size() + 1);
+                o = &out[at];
+                *o++ = '>';
+            }
+        }
+        std::memcpy(o, data + pos, lineEnd - pos);
+        o += lineEnd - pos;
+        *o++ = '\n';
         pos = end + 1;
     }
-    out.push_back('\n');
+    *o++ = '\n';
+    out.resize(static_cast<size_t>(o - out.data()));
 }
 
 }  // namespace tqnralm

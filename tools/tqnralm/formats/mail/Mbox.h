@@ -41,6 +41,7 @@ bool MessageTime(const char* data, size_t size, int64_t* seconds);
 // "From <sender> <date>\n" for a message: the addr-spec of Return-Path, else
 // of From, else MAILER-DAEMON; `time` in UTC (1970 when it is below 0).
 std::string FromLine(const char* data, size_t size, int64_t time);
+void AppendFromLine(const char* data, size_t size, int64_t time, std::string& out);
 
 // Whether a message begins with a header: its first line is a field
 // ("Name:", the name printable ASCII) or the blank line after an empty header.

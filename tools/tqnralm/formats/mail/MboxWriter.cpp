@@ -38,7 +38,8 @@ public:
 
     bool WriteMessage(Sink& sink, int64_t, const char* data, size_t size, WrittenMessage* written) override {
         const int64_t time = TimeOf(data, size);
-        text_ = FromLine(data, size, time);
+        text_.clear();
+        AppendFromLine(data, size, time, text_);
         // Thunderbird shows a message without this field as unread; 0001 is
         // read, as the Maildir's "S".
         if (!raw()) text_ += "X-Mozilla-Status: 0001\n";
@@ -59,7 +60,7 @@ public:
             Sha256::Pair(text_, *written->library, &written->sha256, &written->librarySha256);
         } else {
             hash_.Update(text_.data(), text_.size());
-            written->sha256 = hash_.HexDigest();
+            hash_.HexDigest(&written->sha256);
         }
         return sink.Write(text_);
     }
