@@ -1,7 +1,7 @@
-// fuzz_regf.cpp - hive bytes (read as HiveInput.h says) through the
-// hand-written hive reader, with hivex as the oracle: the reader must
-// survive anything; where hivex finds a key or a value in the same bytes,
-// the reader finds the same.
+// fuzz_regf.cpp - hive bytes (read as HiveInput.h says) through hivex and
+// the hand-written hive reader, with hivex as the oracle: both must survive
+// anything; where hivex finds a key or a value in the same bytes, the reader
+// finds the same.
 #include "HiveInput.h"
 #include "platform/posix/HiveFile.h"
 #include "platform/win32/RegfHive.h"
@@ -45,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const bool found = ours.Find(key, name, &value);
             if (found && value.isText && value.text.size() > hive.size()) __builtin_trap();
             if (!oracle || !theirs.Find(key, name, &expected)) continue;
+            if (expected.isText && expected.text.size() > hive.size()) __builtin_trap();
             if (!found || value.isText != expected.isText || value.text != expected.text ||
                 value.bytes != expected.bytes)
                 __builtin_trap();

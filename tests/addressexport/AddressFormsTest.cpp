@@ -1,7 +1,6 @@
-// AddressFormsTest.cpp - the address export's pure parts: name-based UIDs,
-// text cleaning, vCard folding and escaping, LDIF values, CSV cells, where
-// each field lands in the three forms, and how groups nest and merge. The
-// sample store's export is read back by Python's own readers (export_check.py).
+// AddressFormsTest.cpp - the address export's pure parts: UIDs, cleaning,
+// folding and escaping, where each field lands in the three forms, and how
+// groups nest and merge. (check_addresses.py reads the sample store's export.)
 #include <gtest/gtest.h>
 
 #include <string>
@@ -51,14 +50,10 @@ TEST(AddressForms, VCardFoldAndEscape) {
 
 TEST(AddressForms, LdifValues) {
     struct { const char* name; std::string value, line; } cases[] = {
-        {"safe ASCII", "Taro Yamada", "cn: Taro Yamada\n"},
-        {"empty", "", "cn:\n"},
-        {"non-ASCII", "山田", "cn:: 5bGx55Sw\n"},
-        {"leading space", " a", "cn:: IGE=\n"},
-        {"leading colon", ":a", "cn:: OmE=\n"},
-        {"leading less-than", "<a", "cn:: PGE=\n"},
-        {"trailing space", "a ", "cn:: YSA=\n"},
-        {"line end", "a\nb", "cn:: YQpi\n"},
+        {"safe ASCII", "Taro Yamada", "cn: Taro Yamada\n"}, {"empty", "", "cn:\n"},
+        {"non-ASCII", "山田", "cn:: 5bGx55Sw\n"}, {"leading space", " a", "cn:: IGE=\n"},
+        {"leading colon", ":a", "cn:: OmE=\n"}, {"leading less-than", "<a", "cn:: PGE=\n"},
+        {"trailing space", "a ", "cn:: YSA=\n"}, {"line end", "a\nb", "cn:: YQpi\n"},
         {"colon inside is safe", "a:b", "cn: a:b\n"},
         {"folded at 76", std::string(80, 'x'), "cn: " + std::string(72, 'x') + "\n " + std::string(8, 'x') + "\n"},
     };
@@ -92,9 +87,7 @@ std::string CsvCell(const std::string& csv, const std::string& column) {
 
 AddressBook OneAddress(const Address& a) {
     AddressBook b;
-    b.user = "u";
-    b.name = "b";
-    b.top.addresses.push_back(a);
+    b.user = "u", b.name = "b", b.top.addresses.push_back(a);
     return b;
 }
 
@@ -155,10 +148,8 @@ TEST(AddressForms, CombinedFields) {
     const std::string vcard = WriteVCard(layout), ldif = WriteLdif(layout), csv = WriteCsv(layout);
     struct { const std::string* text; std::string expected; } rows[] = {
         {&vcard, "\r\nFN:山田 太郎\r\n"},  // the name parts when there is no display name
-        {&vcard, "\r\nN;SORT-AS=\"やまだ,た ろう\":山田;太郎;;;\r\n"},
-        {&vcard, "\r\nX-BIRTHDAY:1月1日\r\n"},
-        {&vcard, "\r\nX-EXTRA;X-NAME=\"誕生日\":x\r\n"},
-        {&vcard, "\r\nX-MINE:y;z\r\n"},
+        {&vcard, "\r\nN;SORT-AS=\"やまだ,た ろう\":山田;太郎;;;\r\n"}, {&vcard, "\r\nX-BIRTHDAY:1月1日\r\n"},
+        {&vcard, "\r\nX-EXTRA;X-NAME=\"誕生日\":x\r\n"}, {&vcard, "\r\nX-MINE:y;z\r\n"},
         {&ldif, "\nfacsimiletelephonenumber: 2\n"},
         // The notes keep what Thunderbird has no field for.
         {&ldif, "\n" + LdifLine("description", "n\nPhonetic Last Name: やまだ\nPhonetic First Name: た,ろう\n"
@@ -174,8 +165,7 @@ TEST(AddressForms, CombinedFields) {
 TEST(AddressForms, FormattedNameAndDn) {
     struct { const char* fn; const char* family; const char* email; const char* name; const char* dn; } rows[] = {
         {"Taro", "山田", "t@x", "Taro", "dn: cn=Taro,mail=t@x"},
-        {"", "山田", "t@x", "山田", "dn:: Y2495bGx55SwLG1haWw9dEB4"},
-        {"", "", "t@x", "t@x", "dn: cn=t@x,mail=t@x"},
+        {"", "山田", "t@x", "山田", "dn:: Y2495bGx55SwLG1haWw9dEB4"}, {"", "", "t@x", "t@x", "dn: cn=t@x,mail=t@x"},
         {"a, b", "", "", "a, b", "dn: cn=a\\, b"},  // no address: no mail part
         {"", "", "", "", "dn: cn="},
     };
@@ -250,21 +240,14 @@ TEST(AddressForms, GroupCardsAndUids) {
     EXPECT_NE(l.cards[0].uid, LayOut(book).cards[0].uid);
 }
 
-// The dn and member lines of a book's LDIF, in order.
-std::vector<std::string> DnLines(const std::string& ldif) {
-    std::vector<std::string> out;
-    for (size_t start = 0; start < ldif.size();) {
-        size_t end = ldif.find('\n', start);
-        const std::string line = ldif.substr(start, end - start);
-        if (line.compare(0, 3, "dn:") == 0 || line.compare(0, 7, "member:") == 0) out.push_back(line);
-        start = end + 1;
-    }
-    return out;
-}
-
-std::string Join(const std::vector<std::string>& lines) {
+// The dn and member lines of a book's LDIF, in order, each ended by "|".
+std::string DnLines(const std::string& ldif) {
     std::string out;
-    for (const std::string& l : lines) out += l + "|";
+    for (size_t start = 0, end; start < ldif.size(); start = end + 1) {
+        end = ldif.find('\n', start);
+        const std::string line = ldif.substr(start, end - start);
+        if (line.compare(0, 3, "dn:") == 0 || line.compare(0, 7, "member:") == 0) out += line + "|";
+    }
     return out;
 }
 
@@ -286,7 +269,7 @@ TEST(AddressForms, LdifNamesAreUnique) {
     for (const auto& r : rows) {
         AddressBook book;
         book.top = r.top;
-        EXPECT_EQ(r.lines, Join(DnLines(WriteLdif(LayOut(book))))) << r.name;
+        EXPECT_EQ(r.lines, DnLines(WriteLdif(LayOut(book)))) << r.name;
     }
 }
 
@@ -303,10 +286,8 @@ TEST(AddressForms, ContentDigest) {
     first.user = "u", first.name = "標準のアドレス帳", first.top = base;
     struct { const char* name; AddressGroup top; const char* bookName; bool equal; } rows[] = {
         {"the same file under another name", base, "Address", true},
-        {"a group renamed", renamedGroup, "Address", false},
-        {"a field differs", otherField, "Address", false},
-        {"addresses in other groups", moved, "Address", false},
-        {"an extra pair", extra, "Address", false},
+        {"a group renamed", renamedGroup, "Address", false}, {"a field differs", otherField, "Address", false},
+        {"addresses in other groups", moved, "Address", false}, {"an extra pair", extra, "Address", false},
     };
     for (const auto& r : rows) {
         AddressBook b;

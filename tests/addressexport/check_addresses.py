@@ -1,12 +1,8 @@
 #!/usr/bin/python3
-"""Reads the sample store's exported address books back with independent
-readers: vobject for vCard, python-ldap's ldif for LDIF and csv for CSV.
+"""The exported address books read back by vobject, python-ldap's ldif and
+csv: every address and group `tqnralm tree` shows, in all three forms.
 
-usage: check_addresses.py TQNRALM SAMPLESTORE
-
-Every address and group that `tqnralm tree` shows must be found in all three
-forms with its fields, and two exports must be byte-identical. A book whose
-file the settings list again (in another case) is written once."""
+usage: check_addresses.py TQNRALM SAMPLESTORE"""
 import csv
 import filecmp
 import hashlib

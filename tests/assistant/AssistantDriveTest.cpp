@@ -12,21 +12,10 @@ namespace gui {
 namespace {
 
 TEST(AssistantDrive, TheWindowsFolderStandsForItsDisk) {
-    const struct {
-        const char* picked;
-        const char* read;  // "": the folder itself
-    } rows[] = {
-        {"E:\\Windows", "E:\\"},
-        {"E:\\WINDOWS\\", "E:\\"},
-        {"Z:\\mnt\\old\\windows", "Z:\\mnt\\old"},
-        {"\\\\server\\share\\Windows", "\\\\server\\share"},
-        {"E:\\", ""},
-        {"E:\\Users", ""},
-        {"E:\\Windows\\System32", ""},
-        {"E:\\Windows.old", ""},
-        {"E:\\MyWindows", ""},
-        {"Windows", ""},
-        {"", ""},
+    const struct { const char* picked; const char* read; } rows[] = {  // read "": the folder itself
+        {"E:\\Windows", "E:\\"}, {"E:\\WINDOWS\\", "E:\\"}, {"Z:\\mnt\\old\\windows", "Z:\\mnt\\old"},
+        {"\\\\server\\share\\Windows", "\\\\server\\share"}, {"E:\\", ""}, {"E:\\Users", ""},
+        {"E:\\Windows\\System32", ""}, {"E:\\Windows.old", ""}, {"E:\\MyWindows", ""}, {"Windows", ""}, {"", ""},
     };
     for (const auto& row : rows) EXPECT_EQ(row.read, ParentOfWindowsFolder(row.picked)) << row.picked;
 }
@@ -34,10 +23,8 @@ TEST(AssistantDrive, TheWindowsFolderStandsForItsDisk) {
 // The sentences that name what was asked get it in their place.
 TEST(AssistantDrive, ProblemsNameTheFolderOrUserAsked) {
     ChooseLanguage(0x0409);
-    const struct {
-        DriveCheck::Problem problem;
-        const char* inWhat;
-    } rows[] = {{DriveCheck::kNotADrive, "\"E:\\old\" is not"}, {DriveCheck::kNoSuchUser, "user \"Jiro\""}};
+    const struct { DriveCheck::Problem problem; const char* inWhat; } rows[] = {
+        {DriveCheck::kNotADrive, "\"E:\\old\" is not"}, {DriveCheck::kNoSuchUser, "user \"Jiro\""}};
     for (const auto& row : rows) {
         DriveCheck check;
         check.problem = row.problem;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Model.h"
@@ -27,23 +28,16 @@ FolderPlan Folder(const std::string& name, std::vector<std::string> path, int64_
 TEST(AssistantFound, EachRowCountsWhatLiesBelowIt) {
     ExportPlan plan;
     plan.users.resize(2);
-    UserPlan& taro = plan.users[0];
-    taro.index = "0";
-    taro.name = "Taro";
-    taro.accounts.resize(2);
-    AccountPlan& work = taro.accounts[0];
-    work.name = "Account1";
-    work.displayName = "Work%23";
+    plan.users[0].index = "0", plan.users[0].name = "Taro", plan.users[0].accounts.resize(2);
+    plan.users[1].index = "1", plan.users[1].name = "%2fHanako";
+    AccountPlan &work = plan.users[0].accounts[0], &shared = plan.users[0].accounts[1];
+    work.name = "Account1", work.displayName = "Work%23";
     work.folders.push_back(Folder("inbox", {"inbox"}, 3));
     work.folders.push_back(Folder("2008", {"inbox", "2008"}, 5));
     work.folders.push_back(Folder("Q1", {"inbox", "2008", "Q1"}, 7));
     work.folders.push_back(Folder("sent", {"sent"}, 11));
-    AccountPlan& shared = taro.accounts[1];
-    shared.name = "C:%5cAL-Mail%5cAccount2";
-    shared.sameAs = "0/0";
+    shared.name = "C:%5cAL-Mail%5cAccount2", shared.sameAs = "0/0";
     shared.folders.push_back(Folder("never shown", {"x"}, 100));
-    plan.users[1].index = "1";
-    plan.users[1].name = "%2fHanako";
     // As the dry run lists them: a book read twice is written once.
     const Json books = Json::parse(R"([
         {"user":"0","name":"Default","addresses":{"written":4,"failed":1}},
@@ -72,37 +66,25 @@ TEST(AssistantFound, EachRowCountsWhatLiesBelowIt) {
 
 // The manifest's share (half a kilobyte a message) counts against the space.
 TEST(AssistantSpace, TotalsAndAWarningWhenShort) {
-    const struct {
-        const char* name;
-        int exit;
-        int64_t messages;
-        uint64_t bytes;
-        bool freeKnown;
-        uint64_t free;
-        const char* line;
-        bool shortOfSpace;
-    } rows[] = {
+    const struct { const char* name; int exit; int64_t messages; uint64_t bytes; bool freeKnown; uint64_t free;
+                   const char* line; bool shortOfSpace; } rows[] = {
         {"counting", -1, 0, 0, true, 5000000, "Counting what the export will write... 5.0 MB free on the destination.",
          false},
-        {"room", 0, 40, 1500000, true, 9000000000,
-         "40 messages, 1.5 MB to write; 9000.0 MB free on the destination.", false},
+        {"room", 0, 40, 1500000, true, 9000000000, "40 messages, 1.5 MB to write; 9000.0 MB free on the destination.",
+         false},
         {"just room", 1, 1000, 1000000, true, 1512000,
          "1000 messages, 1.0 MB to write; 1.5 MB free on the destination.", false},
         {"short by the manifest", 0, 1000, 1000000, true, 1400000,
          "1000 messages, 1.0 MB to write; 1.4 MB free on the destination.\n"
-         "The destination is 0.2 MB short of space: choose another folder or free some space.",
-         true},
+         "The destination is 0.2 MB short of space: choose another folder or free some space.", true},
         {"a few bytes short", 0, 0, 100, true, 99, "0 messages, 0.0 MB to write; 0.0 MB free on the destination.\n"
          "The destination is 0.1 MB short of space: choose another folder or free some space.", true},
-        {"unknown free space", 0, 3, 10, false, 0, "3 messages, 0.0 MB to write; ? MB free on the destination.",
-         false},
+        {"unknown free space", 0, 3, 10, false, 0, "3 messages, 0.0 MB to write; ? MB free on the destination.", false},
     };
     ChooseLanguage(0x0409);
     for (const auto& row : rows) {
         PlanTotals plan;
-        plan.exit = row.exit;
-        plan.messages = row.messages;
-        plan.bytes = row.bytes;
+        plan.exit = row.exit, plan.messages = row.messages, plan.bytes = row.bytes;
         const SpaceCheck check = CheckSpace(plan, row.freeKnown, row.free);
         EXPECT_EQ(row.line, check.line) << row.name;
         EXPECT_EQ(row.shortOfSpace, check.shortOfSpace) << row.name;
@@ -126,10 +108,8 @@ TEST(AssistantProgress, LineInEitherLanguage) {
 }
 
 TEST(AssistantStrings, JapaneseOnlyForAJapaneseUiLanguage) {
-    const struct {
-        uint16_t langId;
-        bool japanese;
-    } rows[] = {{0x0411, true}, {0x0011, true}, {0x0409, false}, {0x0804, false}, {0x0412, false}, {0, false}};
+    const struct { uint16_t langId; bool japanese; } rows[] = {
+        {0x0411, true}, {0x0011, true}, {0x0409, false}, {0x0804, false}, {0x0412, false}, {0, false}};
     for (const auto& row : rows) {
         ChooseLanguage(row.langId);
         EXPECT_EQ(row.japanese, Japanese()) << row.langId;
@@ -171,13 +151,8 @@ TEST(AssistantManifest, TotalsAndProblems) {
     const char* users = R"("users":[{"index":"0","path":"Taro","accounts":[{"index":"0/0","path":"Taro/Work",
         "folders":[{"index":"0/0/1","path":"Taro/Work/inbox"},{"index":"0/0/10","path":"Taro/Work/sent"}]}]}],)";
     using P = std::vector<std::pair<std::string, std::string>>;
-    const struct {
-        const char* name;
-        std::string manifest;
-        bool read;
-        int64_t written, failed, unread;
-        P problems;
-    } rows[] = {
+    const struct { const char* name; std::string manifest; bool read; int64_t written, failed, unread; P problems; }
+        rows[] = {
         {"whole",
          std::string("{") + users + R"("totals":{"written":12,"failed":1,"unread":2},"problems":[
              {"index":"0/0/10/3","item":"message","code":-5},{"index":"0/0/2","item":"folder","code":-6},
@@ -196,10 +171,8 @@ TEST(AssistantManifest, TotalsAndProblems) {
     };
     for (const auto& row : rows) {
         const DoneTotals totals = TotalsFromManifest(row.manifest);
-        EXPECT_EQ(row.read, totals.read) << row.name;
-        EXPECT_EQ(row.written, totals.written) << row.name;
-        EXPECT_EQ(row.failed, totals.failed) << row.name;
-        EXPECT_EQ(row.unread, totals.unread) << row.name;
+        EXPECT_EQ(std::make_tuple(row.read, row.written, row.failed, row.unread),
+                  std::make_tuple(totals.read, totals.written, totals.failed, totals.unread)) << row.name;
         P problems;
         for (const DoneProblem& p : totals.problems) problems.emplace_back(p.text, p.path);
         EXPECT_EQ(row.problems, problems) << row.name;

@@ -1,7 +1,6 @@
-// StoreWalk.h - one whole walk of the machine's store through the exports,
-// as a host makes it: installed test, Init, every object's names, counts and
-// data, Exit. Nothing is asserted on the way, so that a walk under a fault or
-// over a damaged store can be compared and its codes checked afterwards.
+// StoreWalk.h - one whole walk of the machine's store through the exports, as
+// a host makes it, asserting nothing on the way: a walk under a fault or over
+// a damaged store is compared and its codes checked afterwards.
 #ifndef QV_TESTS_E2E_STOREWALK_H
 #define QV_TESTS_E2E_STOREWALK_H
 
@@ -15,8 +14,7 @@
 
 namespace qvt {
 
-// A number from the environment, else the fallback; and a seed that varies
-// from run to run (the long tests print the ones they used).
+// A number from the environment, else the fallback; a seed that varies by run.
 inline long EnvOr(const char* name, long fallback) {
     const char* text = std::getenv(name);
     return text != nullptr && *text != 0 ? std::strtol(text, nullptr, 10) : fallback;
@@ -65,7 +63,7 @@ class StoreWalker {
 public:
     // Called with true before each call into the library and false after it
     // (the fault countdowns count only the library's allocations).
-    static void SetAround(void (*around)(bool inLibrary)) { Around() = around; }
+    static void SetAround(void (*around)(bool inLibrary)) { around_ = around; }
 
     WalkResult Run() {
         r_ = WalkResult{};
@@ -90,16 +88,13 @@ public:
     }
 
 private:
-    static void (*&Around())(bool) {
-        static void (*around)(bool) = nullptr;
-        return around;
-    }
+    inline static void (*around_)(bool) = nullptr;
     // One call into the library.
     template <typename F>
     static int32_t Call(F f) {
-        if (Around() != nullptr) Around()(true);
+        if (around_ != nullptr) around_(true);
         const int32_t code = f();
-        if (Around() != nullptr) Around()(false);
+        if (around_ != nullptr) around_(false);
         return code;
     }
 

@@ -117,9 +117,9 @@ TEST_F(EndToEnd, WholeTreeOfTheSampleStore) {
 }
 
 TEST_F(EndToEnd, ChildClassesAndAttributesOfEachClass) {
-    QV_OBJ user = At({{3, 0}}), account = At({{3, 0}, {4, 0}}), folder = At({{3, 0}, {4, 0}, {5, 2}});
-    QV_OBJ message = At({{3, 0}, {4, 0}, {5, 2}, {6, 0}}), book = At({{3, 0}, {7, 0}});
-    QV_OBJ address = At({{3, 0}, {7, 0}, {8, 0}, {9, 0}});
+    QV_OBJ user = At({{3, 0}}), account = At({{3, 0}, {4, 0}}), folder = At({{3, 0}, {4, 0}, {5, 2}}),
+           message = At({{3, 0}, {4, 0}, {5, 2}, {6, 0}}), book = At({{3, 0}, {7, 0}}),
+           address = At({{3, 0}, {7, 0}, {8, 0}, {9, 0}});
     // A class the object has, even when empty, counts; another is refused and the count stays.
     const std::tuple<QV_OBJ, int32_t, int32_t> cases[] = {
         {root, 4, -1}, {user, 5, -1}, {account, 6, 0}, {account, 7, 0}, {account, 3, -1}, {folder, 4, -1},
@@ -161,8 +161,7 @@ TEST_F(EndToEnd, MessageTextAndFailedFetches) {
     EXPECT_EQ("Subject: zero\r\n\r\nbefore", std::string(a.pszMailText, a.nMailTextLen));
     EXPECT_EQ(a.nMailTextLen, std::strlen(a.pszMailText));
     EXPECT_NE(a.pszMailText, b.pszMailText);
-    a.pfnFree(a.pszMailText);
-    b.pfnFree(b.pszMailText);
+    a.pfnFree(a.pszMailText), b.pfnFree(b.pszMailText);
     DisposeAll({message, folder});
 }
 
@@ -171,8 +170,7 @@ TEST_F(EndToEnd, AddressRecordHoldsTheAddressAlone) {
     QV_ADDRESS_DATA data;
     std::memset(&data, 0xAB, sizeof data);
     ASSERT_EQ(QV_S_OK, QV_Address_GetData(address, &data));
-    ASSERT_NE(nullptr, data.pfnRelease);
-    ASSERT_NE(nullptr, data.lpszEmailInternet);
+    ASSERT_TRUE(data.pfnRelease != nullptr && data.lpszEmailInternet != nullptr);
     EXPECT_EQ("hanako@example.jp", Utf8(data.lpszEmailInternet));
     // Every other word of the record is 0.
     const uintptr_t* words = reinterpret_cast<const uintptr_t*>(&data);

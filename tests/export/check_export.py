@@ -3,19 +3,10 @@
 
     check_export.py TQNRALM SAMPLESTORE MODE [FAIL_FIRST]
 
-MODE mbox, maildir or eml: the sample store exported in that form with --raw;
-every message read back (Python's mailbox for mbox and Maildir, the email
-parser for EML) must hold the bytes `tqnralm cat` gives for it, the manifest
-must list every file and its SHA-256, and a second export must be
-byte-identical. Then without --raw: the raw Shift_JIS subject must read back
-(policy.default; Dovecot's SEARCH too where doveadm is installed), and every
-other byte as with --raw.
-MODE exits: the exit codes of a damaged store, a dry run and outputs that
-cannot be written. MODE siblings: with FAIL_FIRST (tests/export/posix/fail_first.c)
-preloaded, the first child of every list fails, and the rest must be exported.
-MODE names: every sample store in every form: no name keeps the library's
-escapes, mbox names follow what Thunderbird opens, and Dovecot (doveadm, where
-installed) lists every Maildir folder with its messages.
+MODE mbox, maildir or eml: the sample store's export read back by Python's
+mailbox and email (and Dovecot where installed), with --raw and without.
+MODE exits: exit codes. MODE siblings: the first child of every list failing
+(FAIL_FIRST preloaded). MODE names: every sample store in every form.
 """
 import email
 import email.errors

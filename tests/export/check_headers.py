@@ -3,11 +3,8 @@
 
     check_headers.py REWRITE_HEADERS
 
-Each row is a header block with raw 8-bit fields; it runs with CR LF and with
-LF line ends, followed by a raw Shift_JIS body. The rewritten message must
-read back (policy.default) as the decoded original, hold only ASCII in its
-header, keep its line ends, fold at 78 columns, and keep its body byte for
-byte; the subject the manifest would list must be the decoded one too.
+Each row of raw 8-bit fields, with CR LF and with LF, must read back as
+decoded, in an ASCII header folded at 78 with its line ends and body kept.
 """
 import email
 import subprocess

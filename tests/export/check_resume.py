@@ -3,14 +3,9 @@
 
     check_resume.py TQNRALM SAMPLESTORE FORMAT
 
-The export of the sample store in FORMAT (mbox, maildir or eml) is ended by
-SIGKILL at kill points chosen by TQNRALM_KILL_AT, not by time; right after
-each kill no file under a final name may hold anything but whole messages,
-and the same command run again must leave a tree byte-identical to an
-uninterrupted export, manifest included, with nothing of the journal left.
-Then: a stop by SIGINT (exit 130 and a summary), another store or other
-options refused (exit 4), a second export into an OUTDIR that one is
-writing refused (exit 4), and a disk that fills and frees again.
+Killed at the points TQNRALM_KILL_AT names, no final file holds less than
+whole messages and the rerun's tree equals an uninterrupted export's; then
+SIGINT, refused reruns, two exports at once, and a disk that fills.
 """
 import json
 import os

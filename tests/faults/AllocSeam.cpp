@@ -1,7 +1,5 @@
-// AllocSeam.cpp - this test program's operator new and delete: each
-// allocation counts on the allocation countdown, and the one it names throws
-// std::bad_alloc (the nothrow forms give null). The library's C allocations
-// count through its own heap functions.
+// AllocSeam.cpp - this test program's operator new and delete, on the
+// allocation countdown (the library's C allocations count in its own heap).
 #include "faults/AllocSeam.h"
 
 #include <cstddef>

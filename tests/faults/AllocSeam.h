@@ -4,10 +4,8 @@
 
 namespace qvt {
 
-// Blocks that operator new gave out while allocations counted (inside the
-// library's calls) and that are not deleted yet: a block a walk leaves
-// behind after QV_ExitLibrary shows here even when it is still reachable,
-// which a leak checker forgives.
+// Blocks operator new gave out inside the library's calls and not deleted
+// yet: also those still reachable, which a leak checker forgives.
 long LiveBlocks();
 
 }  // namespace qvt

@@ -1,9 +1,7 @@
-// BarrierTest.cpp - the address reader's flat functions when an allocation
-// inside them fails, for each allocation they make in turn: the barrier
-// answers -2 whatever it catches, running out of memory included (-1 is a
-// reader or a text that could not be allocated, which these calls make none
-// of). The open has no barrier: what fails in its discovery reaches the
-// caller's.
+// BarrierTest.cpp - the address reader's flat functions when each of their
+// allocations in turn fails: the barrier answers -2 (-1 is for a reader or
+// text that could not be made); the open has none, its discovery's failures
+// reach the caller's barrier.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -30,12 +28,9 @@ TEST(Barrier, AddressCallsOutOfMemoryAnswerTheBarriersCode) {
     ASSERT_EQ(0, AddrReader_GetUser(hReader, 0, &hUser));
     ASSERT_EQ(0, AddrReader_OpenBook(hReader, hUser, 0, &hBook));
     int32_t nIndex = 0;
-    struct Case {
-        const char* name;
-        std::function<int32_t()> call;
-        std::set<int32_t> codes;
-        bool allocates;  // on every platform
-    } cases[] = {
+    // allocates: on every platform
+    struct Case { const char* name; std::function<int32_t()> call; std::set<int32_t> codes; bool allocates; }
+        cases[] = {
         {"open a book",
          [&] {
              ADDROBJECT_HANDLE h = nullptr;

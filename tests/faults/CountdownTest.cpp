@@ -1,19 +1,9 @@
-// Fault countdowns over whole walks of the sample store through the exports:
-// the Nth allocation fails, or the Nth file, folder, module or code page
-// call of the platform layer, for N = 1, 2, 3, ... until a walk meets no
-// fault left to inject. Each faulted walk returns only documented codes and
-// gives every object back, and the walk after it, in the same process, finds
-// the whole tree again. A faulted allocation walk is also held to the tree it
-// reached: what it lost (a user, a folder, a message, a name) it lost with a
-// failure code on the way, never as though it were not there, short of the
-// losses the library's rules make silent (see SilentList). Leaks
-// show under the sanitizer build; blocks the library still holds after
-// QV_ExitLibrary (reachable, so no leak checker minds them) show in the count
-// of live blocks, which must be what it was after the first walk.
-//
-// The walks of all N take long under a sanitizer, so N advances by a stride
-// (QV_FAULT_STRIDE, 1 walks every N) from an offset that varies from run to
-// run and is printed (QV_FAULT_OFFSET gives one back).
+// Fault countdowns over whole walks of the sample store: the Nth allocation,
+// or the Nth file, folder, module or code page call, fails, for N = 1, 2, ...
+// until a walk meets no fault. Each faulted walk returns documented codes
+// only, loses nothing without a failure code (short of SilentList), leaves
+// no block held after QV_ExitLibrary, and the next walk finds the whole tree.
+// N advances by QV_FAULT_STRIDE from a printed offset (QV_FAULT_OFFSET).
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -37,15 +27,10 @@ int ClassOf(const qvt::WalkNode& node) {
     return at == std::string::npos ? -1 : std::atoi(node.line.c_str() + at + 1);
 }
 
-// The losses the library makes without a failure code, by its own rules:
-// - an account whose folder listing failed keeps the folders listed so far,
-//   and the reader, which lists them once at its open, does not ask again;
-// - a user whose address side could not be fetched has no book (its second
-//   list), and a book that could not be loaded is an empty book, both for
-//   the life of the objects;
-// - a property key whose lookup failed is one the book lacks, for the book
-//   object's life, and an address field whose fetch failed stays empty: an
-//   address may lose its names and its mail.
+// The losses the library's rules make without a failure code: an account
+// keeps the folders listed before its listing failed; a user whose address
+// side failed has no book, a book that failed to load is empty; an address
+// whose property lookup or field fetch failed lacks that field.
 bool SilentList(const qvt::WalkNode& node, size_t list) {
     const int nClass = ClassOf(node);
     return nClass == QV_CLASS_ACCOUNT || nClass == QV_CLASS_ADDRESSBOOK || (nClass == QV_CLASS_USER && list == 1);
@@ -54,11 +39,8 @@ bool SilentLine(const qvt::WalkNode& whole, const qvt::WalkNode& got) {
     return ClassOf(whole) == QV_CLASS_ADDRESS && ClassOf(got) == QV_CLASS_ADDRESS;
 }
 
-// Where a faulted walk lost something of the whole tree without a failure
-// code on the way to it, "" when nowhere: an object's line and its lists may
-// differ only when a call on that object failed, a list may be shorter only
-// when a call on it or on its object did, and every object the walk reached
-// is held to the same.
+// Where a faulted walk lost part of the whole tree without a failure code on
+// that object or list, "" when nowhere.
 std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std::string& path) {
     const std::string here = path + "/" + whole.line;
     const bool excused = got.failed;
@@ -80,13 +62,11 @@ std::string Lost(const qvt::WalkNode& whole, const qvt::WalkNode& got, const std
     return "";
 }
 
-// Runs the countdown; arm(n) arms the nth fault, fired() tells whether it
-// was injected, checkWhole(n) holds the nth faulted walk to the whole tree.
-// Returns the number of faulted walks.
+// arm(n) arms the nth fault, fired() tells whether it was injected,
+// checkWhole(n) holds the nth faulted walk to the whole tree.
 long Countdown(const char* what, long defaultStride, const std::function<bool(long)>& checkWhole,
                const std::function<void(long)>& arm, const std::function<bool()>& fired) {
-    // The message library by its path: a sanitizer's runtime hides the
-    // program's run path from a load by bare name.
+    // By path: a sanitizer's runtime hides the program's run path from dlopen.
     static const std::string library = std::string(QV_TEST_LIBRARY_DIR) + "/sNqxMsgNet.dll";
     SetMessageLibraryNameForTests(library.c_str());
     // Only the library's allocations count: the walker's own are paused.
@@ -95,8 +75,7 @@ long Countdown(const char* what, long defaultStride, const std::function<bool(lo
     qvt::BuildSampleStore(prefix);
     const qvt::WalkResult reference = qvt::StoreWalker().Run();
     EXPECT_GT(reference.lines.size(), 40u);
-    // The folders the platform layer remembers are a cache, whose contents
-    // follow the walks' paths: they are left out of the count.
+    // The platform layer's folder cache follows the walks: out of the count.
     qvt::machine::ForgetFolders();
     const long live = qvt::LiveBlocks();
     const long stride = std::max(1L, qvt::EnvOr("QV_FAULT_STRIDE", defaultStride));
@@ -138,8 +117,7 @@ TEST(Countdown, Allocation) {
 }
 
 TEST(Countdown, Io) {
-    // A call failed for want of memory is held to the whole tree as a failed
-    // allocation is.
+    // A call failed for want of memory is held to the whole tree.
     const faults::IoError kErrors[] = {faults::IoError::kHardIo, faults::IoError::kTooManyFiles,
                                        faults::IoError::kDenied, faults::IoError::kNoMemory};
     Countdown(

@@ -60,10 +60,7 @@ TEST_F(FrameApi, NullArgumentsAndWrongClassesAreRefusedAndTouchNothing) {
     QV_OBJ o = &user;
     QV_MAIL_DATA mail{};
     QV_ADDRESS_DATA addr{};
-    const struct {
-        const char* record;  // the level-1 text
-        std::function<int32_t()> call;
-    } cases[] = {
+    const struct { const char* record; std::function<int32_t()> call; } cases[] = {  // record: the level-1 text
         {"QV_Object_GetClass() : qvObjが NULL", [&] { return QV_Object_GetClass(nullptr, &n); }},
         {"QV_Object_GetName() : lpcNameLenが NULL", [&] { return QV_Object_GetName(&user, nullptr, nullptr); }},
         {"QV_Object_GetDisplayName() : qvObjが NULL", [&] { return QV_Object_GetDisplayName(nullptr, nullptr, &u); }},

@@ -50,10 +50,8 @@ TEST(Tree, AccountsFoldersAndTheRoot) {
     // A folder opens when first asked for; one that fails to open is handed
     // out again, with success, titled or not.
     const struct { const char* entry; int32_t first; std::string name; const char *folders, *messages; } cases[] = {
-        {"blank.box", 0, "0:Blank", "0:0", "0:1"},
-        {"folder1.box", 0, "0:Folder%2fOne", "0:1", "0:0"},
-        {"myinbox.box", 0, "0:郵便受け", "0:0", "0:0"},
-        {"oldtrash.box", -3, "0:ごみ箱", "0:0", "0:0"},
+        {"blank.box", 0, "0:Blank", "0:0", "0:1"}, {"folder1.box", 0, "0:Folder%2fOne", "0:1", "0:0"},
+        {"myinbox.box", 0, "0:郵便受け", "0:0", "0:0"}, {"oldtrash.box", -3, "0:ごみ箱", "0:0", "0:0"},
         {"plain.box", -3, "-3:", "0:0", "0:0"},
     };
     CMailBox* box = static_cast<CMailBox*>(static_cast<CMailNamed*>(acc));

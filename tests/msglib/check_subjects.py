@@ -1,11 +1,6 @@
-"""Subjects as the message library reads them against Python's email package.
-
-test_msglib writes the messages of tests/msglib/CharsetRows.h and the subjects
-it read (UTF-8 of the code page 932 text) into a folder; each message is then
-parsed by email with policy.default. Raw 8-bit text, which Python leaves
-undecoded, is decoded with the codec the row names, and encoded words in it
-then decoded by the policy. Python's text is brought to what Windows shows in
-code page 932 by the same best-fit forms before the two are compared.
+"""The subjects of tests/msglib/CharsetRows.h as the message library reads
+them against Python's email (raw 8-bit text decoded with the row's codec),
+brought to code page 932 by Windows' best-fit forms.
 
     check_subjects.py TEST_MSGLIB
 """

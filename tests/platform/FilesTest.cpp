@@ -102,13 +102,8 @@ TEST(Listing, NamesWithoutShiftJisForm) {
 }
 
 TEST(Files, TextAndBinaryMode) {
-    const struct {
-        const char* name;
-        std::string bytes;
-        const char* mode;
-        int n;
-        std::vector<std::string> lines;
-    } cases[] = {
+    const struct { const char* name; std::string bytes; const char* mode; int n; std::vector<std::string> lines; }
+        cases[] = {
         {"CR LF read as LF", "a\r\nb\r\n", "rt", 64, {"a\n", "b\n"}},
         {"lone CR stays", "a\rb\n\r", "rt", 64, {"a\rb\n", "\r"}},
         {"CR CR LF", "a\r\r\nb", "rt", 64, {"a\r\n", "b"}},
@@ -137,8 +132,7 @@ TEST(Files, TextAndBinaryMode) {
     }
     prefix.MakeDir("C:\\Dir");
     const struct { const char* path; const char* mode; int cause; } refused[] = {
-        {"C:\\Dir", "rb", qvp::kCauseAccessDenied},
-        {"C:\\none.txt", "rt", qvp::kCauseFileNotFound},
+        {"C:\\Dir", "rb", qvp::kCauseAccessDenied}, {"C:\\none.txt", "rt", qvp::kCauseFileNotFound},
         {"C:\\No\\t.txt", "rt", qvp::kCauseBadPath},
         {"C:\\t.txt", "w", qvp::kCauseGeneric},  // nothing is written
     };
@@ -152,28 +146,19 @@ TEST(Files, TextAndBinaryMode) {
 // The files of one folder open through a handle of the folder kept from
 // the last open: what changes on the disk between two opens is still seen.
 TEST(Files, OpensWhatTheFolderHoldsNow) {
-    const struct {
-        const char* name;
-        void (*change)(qvt::WinePrefix&);
-        const char* path;
-        const char* expected;  // null: not found
-    } cases[] = {
-        {"next file", [](qvt::WinePrefix&) {}, "C:\\Box\\b.alm", "b"},
-        {"the same name in another folder", [](qvt::WinePrefix&) {}, "C:\\Other\\b.alm", "other"},
-        {"back in the first", [](qvt::WinePrefix&) {}, "C:\\Box\\b.alm", "b"},
-        {"a name in another case", [](qvt::WinePrefix&) {}, "C:\\box\\B.ALM", "b"},
-        {"a file gone", [](qvt::WinePrefix& p) { fs::remove(p.HostPath("C:\\Box\\b.alm")); }, "C:\\Box\\b.alm",
-         nullptr},
+    using P = qvt::WinePrefix;
+    const auto none = [](P&) {};
+    const struct { const char* name; void (*change)(P&); const char* path; const char* expected; } cases[] = {
+        {"next file", none, "C:\\Box\\b.alm", "b"},  // expected null: not found
+        {"the same name in another folder", none, "C:\\Other\\b.alm", "other"},
+        {"back in the first", none, "C:\\Box\\b.alm", "b"},
+        {"a name in another case", none, "C:\\box\\B.ALM", "b"},
+        {"a file gone", [](P& p) { fs::remove(p.HostPath("C:\\Box\\b.alm")); }, "C:\\Box\\b.alm", nullptr},
         {"the folder made anew",
-         [](qvt::WinePrefix& p) {
-             fs::remove_all(p.HostPath("C:\\Box"));
-             p.WriteFile("C:\\Box\\a.alm", "new");
-         },
+         [](P& p) { fs::remove_all(p.HostPath("C:\\Box")), p.WriteFile("C:\\Box\\a.alm", "new"); },
          "C:\\Box\\a.alm", "new"},
-        {"and its next file", [](qvt::WinePrefix& p) { p.WriteFile("C:\\Box\\c.alm", "c"); }, "C:\\Box\\c.alm",
-         "c"},
-        {"the folder gone", [](qvt::WinePrefix& p) { fs::remove_all(p.HostPath("C:\\Box")); }, "C:\\Box\\c.alm",
-         nullptr},
+        {"and its next file", [](P& p) { p.WriteFile("C:\\Box\\c.alm", "c"); }, "C:\\Box\\c.alm", "c"},
+        {"the folder gone", [](P& p) { fs::remove_all(p.HostPath("C:\\Box")); }, "C:\\Box\\c.alm", nullptr},
     };
     qvt::WinePrefix prefix;
     prefix.WriteFile("C:\\Box\\a.alm", "a");

@@ -11,12 +11,11 @@ namespace {
 
 const std::string kLongLine = "[P]\r\nT=" + std::string(10u << 20, 'y') + "\r\nU=2\r\n";
 
+// file "<none>": no file
 const struct {
     const char* name;
-    std::string file;  // "<none>": no file
-    const char* section;
-    const char* key;
-    const char* def;
+    std::string file;
+    const char *section, *key, *def;
     uint32_t size;
     std::string expected;
 } kIniCases[] = {

@@ -25,12 +25,8 @@ std::string Patch(std::string bytes, size_t offset, const std::string& with) {
 TEST(ShellLink, ReadsArguments) {
     const std::string quoted = "\"C:\\メール\\Taro\"";
     const std::string unicode = qvt::MakeShortcut("C:\\Mail\\Taro", true);
-    const struct {
-        const char* name;
-        std::string bytes;
-        bool ok;
-        std::string arguments;  // CP932
-    } cases[] = {
+    // arguments: CP932
+    const struct { const char* name; std::string bytes; bool ok; std::string arguments; } cases[] = {
         {"unicode, Wine's NUL", unicode, true, "C:\\Mail\\Taro"},
         {"unicode without NUL", qvt::MakeShortcut("C:\\Mail\\Taro", true, false), true, "C:\\Mail\\Taro"},
         {"quoted Japanese, unicode", qvt::MakeShortcut(quoted, true), true, qvt::Cp932(quoted)},

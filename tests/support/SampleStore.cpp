@@ -185,8 +185,6 @@ void StoreWriter::Install(const std::string& installPath) {
 
 void StoreWriter::RegistryMailbox(const std::string& dir) { m_prefix.SetHkcu(kKey, "MailboxPath", dir); }
 
-void StoreWriter::Uninst(const std::string& path, const std::vector<std::string>& lines) { Text(path, lines); }
-
 void StoreWriter::Shortcut(const std::string& path, const std::string& arguments, bool unicode) {
     m_prefix.WriteFile(path, MakeShortcut(arguments, unicode));
 }

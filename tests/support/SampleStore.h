@@ -20,7 +20,7 @@ public:
 
     void Install(const std::string& installPath);
     void RegistryMailbox(const std::string& dir);
-    void Uninst(const std::string& path, const std::vector<std::string>& lines);
+    void Uninst(const std::string& path, const std::vector<std::string>& lines) { Text(path, lines); }
     void Shortcut(const std::string& path, const std::string& arguments, bool unicode = true);
     void Mailbox(const std::string& dir, const std::string& addressFiles = "");
     void Account(const std::string& dir, const std::string& title);

@@ -1,13 +1,7 @@
-// WinePrefix.h - the Windows machine that a test fills, built in code.
-//
-// Where the library reads a Wine prefix, this is a throw-away prefix: the
-// tree in which Wine keeps a Windows machine (drive_c/, the drive links in
-// dosdevices/, the registry files system.reg and user.reg), and WINEPREFIX
-// points at it for as long as the object lives. Where the library calls
-// Windows itself, it is the running machine: values and files are written
-// where their Windows names say, and taken away again at the end. Tests name
-// everything by its Windows name and never see the difference; the part
-// that knows lives in tests/support/<platform>/Machine.cpp.
+// WinePrefix.h - the Windows machine that a test fills, built in code and
+// named by Windows paths: a throw-away Wine prefix that WINEPREFIX names for
+// the object's life, or on Windows the running machine, cleaned up after
+// (tests/support/<platform>/Machine.cpp).
 #ifndef QV_TESTS_SUPPORT_WINEPREFIX_H
 #define QV_TESTS_SUPPORT_WINEPREFIX_H
 
@@ -64,32 +58,26 @@ public:
 
     const std::string& Root() const { return root_; }
 
-    // A REG_SZ value written in Wine's text format; the file is rewritten at once.
+    // A REG_SZ value; written at once.
     void SetHklm(const std::string& key, const std::string& name, const std::string& utf8Value);
     void SetHkcu(const std::string& key, const std::string& name, const std::string& utf8Value);
-    // The Windows that the registry files describe: 32-bit ("#arch=win32"), or
-    // 64-bit ("#arch=win64") with the HKLM values under Software written below
-    // Software\Wow6432Node, where the installer of a 32-bit program puts them
-    // (Wow64), or at their own path, where a 64-bit installer puts them (Win64).
-    // HKCU is never moved. (A running Windows machine is what it is: there
-    // this changes nothing.)
+    // A 32-bit prefix, or a 64-bit one whose HKLM\Software values lie below
+    // Software\Wow6432Node (Wow64, a 32-bit installer) or at their own path
+    // (Win64). Nothing changes on a running Windows.
     enum class Arch { Win32, Wow64, Win64 };
     void SetArch(Arch arch);
     void SetWin64(bool win64) { SetArch(win64 ? Arch::Wow64 : Arch::Win32); }
 
-    // The host path of a Windows path: "C:\\A\\b.txt" -> <root>/drive_c/A/b.txt,
-    // "Z:\\x" -> /x under the emulation; the path itself on Windows.
+    // "C:\\A\\b.txt" -> <root>/drive_c/A/b.txt, "Z:\\x" -> /x; itself on Windows.
     std::string HostPath(const std::string& winPathUtf8) const;
     // Writes the bytes, creating the parent folders.
     void WriteFile(const std::string& winPathUtf8, const std::string& bytes);
     void MakeDir(const std::string& winPathUtf8);
     // Removes a file or a whole folder.
     void Remove(const std::string& winPathUtf8);
-    // The host paths of every regular file written so far (the registry
-    // files too where they are files), sorted.
+    // The host paths of every regular file written so far, sorted.
     std::vector<std::string> StoreFiles() const;
-    // Copies the whole prefix, drive links included, to a folder that stays
-    // (the folder is replaced).
+    // Copies the whole prefix, drive links included, to a folder that stays.
     void CopyTo(const std::string& hostDir) const;
 
     struct Hive {

@@ -25,15 +25,9 @@ TEST(ExportReport, EveryLineGoesToTheReport) {
     ASSERT_TRUE(qvt::BuildSampleStore(prefix, "damaged"));
     const std::string out = scratch.Root() + "/out";
     qvt::WriteHostFile(scratch.Root() + "/file", "x");
-    struct Row {
-        const char* name;
-        std::string outDir;
-        bool dryRun;
-        std::vector<int> users;
-        int exit;
-        const char* listing;  // a part of each channel's text; "" where there is none
-        const char* message;
-    } rows[] = {
+    // listing and message: a part of each channel's text; listing "" where there is none
+    struct Row { const char* name; std::string outDir; bool dryRun; std::vector<int> users; int exit;
+                 const char* listing; const char* message; } rows[] = {
         {"dry run", out + "/dry", true, {}, kExitIncomplete, "8 messages in 6 folders",
          "tqnralm: dry run: 5 to write, 3 failed"},
         {"export", out + "/mail", false, {}, kExitIncomplete, "", "tqnralm: cannot read folder 0/0/"},
@@ -44,11 +38,8 @@ TEST(ExportReport, EveryLineGoesToTheReport) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         ExportOptions options;
-        options.outDir = row.outDir;
-        options.dryRun = row.dryRun;
-        options.users = row.users;
         Recorder recorder;
-        options.report = &recorder;
+        options.outDir = row.outDir, options.dryRun = row.dryRun, options.users = row.users, options.report = &recorder;
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         const int exit = Export(GlobalOptions(), options).exit;

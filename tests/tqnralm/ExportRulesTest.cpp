@@ -149,39 +149,20 @@ TEST(FileNames, SafeComponent) {
     const struct { std::string name; NameStyle style; std::string safe; } rows[] = {
         {"a/b\\c:d*e?f\"g<h>i|j", kPlain, "a_b_c_d_e_f_g_h_i_j"},
         {"tab\there\x7f\xc2\x85", kPlain, "tab_here__"},  // C0, DEL and C1 controls
-        {"CON", kPlain, "CON_"},
-        {"con.txt", kPlain, "con_.txt"},
-        {"LPT9.log.gz", kPlain, "LPT9_.log.gz"},
-        {"NUL.", kPlain, "NUL__"},
-        {"COM0", kPlain, "COM0"},
-        {"CONSOLE", kPlain, "CONSOLE"},
-        {"name.", kPlain, "name_"},
-        {"name ", kPlain, "name_"},
-        {"", kPlain, "_"},
+        {"CON", kPlain, "CON_"}, {"con.txt", kPlain, "con_.txt"}, {"LPT9.log.gz", kPlain, "LPT9_.log.gz"},
+        {"NUL.", kPlain, "NUL__"}, {"COM0", kPlain, "COM0"}, {"CONSOLE", kPlain, "CONSOLE"},
+        {"name.", kPlain, "name_"}, {"name ", kPlain, "name_"}, {"", kPlain, "_"},
         {a199 + "\xe6\x97\xa5", kPlain, a199},  // 202 bytes, cut inside the last character
         {"日本語", kPlain, "日本語"},
         {"\xc0/x", kPlain, "\xc0_x"},  // no UTF-8: a lead byte does not take the '/' with it
         // Names that try to leave OUTDIR stay one component below it.
-        {"..", kPlain, "._"},
-        {"../../x", kPlain, ".._.._x"},
-        {"/etc/passwd", kPlain, "_etc_passwd"},
-        {"C:\\Windows", kPlain, "C__Windows"},
-        {"..", kTb, "__"},
-        {"..", kMd, "__"},
+        {"..", kPlain, "._"}, {"../../x", kPlain, ".._.._x"}, {"/etc/passwd", kPlain, "_etc_passwd"},
+        {"C:\\Windows", kPlain, "C__Windows"}, {"..", kTb, "__"}, {"..", kMd, "__"},
         // What Thunderbird and Dovecot open.
-        {"a#b x;y pct%41", kPlain, "a#b x;y pct%41"},
-        {"a#b x;y pct%41", kTb, "a＃b x；y pct％41"},
-        {"a#b x;y pct%41", kMd, "a#b x;y pct%41"},
-        {".dot", kTb, "_dot"},
-        {".dot", kMd, "_dot"},
-        {"a.b.c", kMd, "a_b_c"},
-        {"a.b.c", kTb, "a.b.c"},
-        {"tilde~", kTb, "tilde_"},
-        {"tilde~", kMd, "tilde~"},
-        {"~home", kMd, "_home"},
-        {"~home", kTb, "~home"},
-        {a60, kTb, std::string(55, 'a')},
-        {a60, kMd, a60},
+        {"a#b x;y pct%41", kPlain, "a#b x;y pct%41"}, {"a#b x;y pct%41", kTb, "a＃b x；y pct％41"},
+        {"a#b x;y pct%41", kMd, "a#b x;y pct%41"}, {".dot", kTb, "_dot"}, {".dot", kMd, "_dot"},
+        {"a.b.c", kMd, "a_b_c"}, {"a.b.c", kTb, "a.b.c"}, {"tilde~", kTb, "tilde_"}, {"tilde~", kMd, "tilde~"},
+        {"~home", kMd, "_home"}, {"~home", kTb, "~home"}, {a60, kTb, std::string(55, 'a')}, {a60, kMd, a60},
         {kana55 + "\xe3\x81\x84", kTb, kana55},  // 55 characters of 168 bytes
         {std::string(54, 'a') + "\xf0\x9f\x93\xa7", kTb, std::string(54, 'a')},  // a surrogate pair counts two
         {std::string(54, 'a') + "~x", kTb, std::string(54, 'a') + "_"},  // the cut leaves a final "~"
@@ -194,13 +175,9 @@ TEST(FileNames, SafeComponent) {
 
 TEST(FileNames, LibraryEscapesUndone) {
     const struct { const char* name; const char* unescaped; } rows[] = {
-        {"家族 %231%2f2", "家族 #1/2"},
-        {"個人%232%2f私用%5c家", "個人#2/私用\\家"},
-        {"100%", "100%"},
+        {"家族 %231%2f2", "家族 #1/2"}, {"個人%232%2f私用%5c家", "個人#2/私用\\家"}, {"100%", "100%"},
         {"%2F%5C", "%2F%5C"},  // the library writes lower case only
-        {"%2", "%2"},
-        {"%%23", "%#"},
-        {"pct%41", "pct%41"},
+        {"%2", "%2"}, {"%%23", "%#"}, {"pct%41", "pct%41"},
     };
     for (const auto& row : rows) EXPECT_EQ(row.unescaped, UnescapeName(row.name)) << row.name;
     EXPECT_EQ("NoTitle", LastPathComponent("C:\\Users\\taro\\AL-Mail\\Mailbox\\NoTitle"));

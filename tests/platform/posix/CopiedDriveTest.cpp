@@ -60,10 +60,8 @@ TEST_F(CopiedDrive, ValuesFromTheHives) {
     Software({{"Wow6432Node\\CREAR\\AL-Mail",
                {{"InstallPath", 1, RegSz("wow")},
                 {"Sz", 1, RegSz("C:\\日本語")},
-                {"Expand", 2, RegSz("%TEMP%\\x")},
-                {"Unterminated", 1, RegSz("ab").substr(0, 4)},
-                {"Dword", 4, std::string("\x2a\0\0\0", 4)},
-                {"", 1, RegSz("default")}}},
+                {"Expand", 2, RegSz("%TEMP%\\x")}, {"Unterminated", 1, RegSz("ab").substr(0, 4)},
+                {"Dword", 4, std::string("\x2a\0\0\0", 4)}, {"", 1, RegSz("default")}}},
               {"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("plain")}, {"Only", 1, RegSz("plain")}}},
               {"Other", {{"Sz", 1, RegSz("x")}}}});
     User("Users/Taro", true);
@@ -93,10 +91,8 @@ TEST_F(CopiedDrive, ValuesFromTheHives) {
 // named among several.)
 TEST_F(CopiedDrive, NoProfileChosen) {
     Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("x")}}}});
-    const struct {
-        std::vector<std::pair<std::string, bool>> profiles;  // folder, holds the client's key
-        const char* user;                                    // TQNRALM_WINDOWS_USER
-    } cases[] = {
+    // profiles: folder, holds the client's key; user: TQNRALM_WINDOWS_USER
+    const struct { std::vector<std::pair<std::string, bool>> profiles; const char* user; } cases[] = {
         {{{"Users/Taro", true}, {"Documents and Settings/Old", true}}, ""},
         {{{"Users/Taro", false}}, ""},
         {{{"Users/Taro", true}}, "Jiro"},

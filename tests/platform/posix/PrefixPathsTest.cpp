@@ -20,13 +20,8 @@ TEST(Paths, MapThroughThePrefix) {
     prefix.WriteFile("C:\\メール\\受信箱.box", "x");
     prefix.WriteFile("C:\\Mail\\ＡＢＣ.txt", "x");
     prefix.MakeDir("C:\\Mail\\Sub");
-    const struct {
-        const char* name;
-        std::string path;  // UTF-8, converted to CP932
-        bool exists;
-    } cases[] = {
-        {"any case", "c:\\MAIL\\entry.INI", true},
-        {"slashes", "C:/Mail/Entry.ini", true},
+    const struct { const char* name; std::string path; bool exists; } cases[] = {  // path: UTF-8, given in CP932
+        {"any case", "c:\\MAIL\\entry.INI", true}, {"slashes", "C:/Mail/Entry.ini", true},
         {"doubled backslashes", "C:\\\\Mail\\\\Entry.ini", true},
         {"dot and dot-dot", "C:\\Mail\\.\\Sub\\..\\Entry.ini", true},
         {"dot-dot stops at the root", "C:\\..\\..\\Mail\\Entry.ini", true},
@@ -88,10 +83,8 @@ TEST(Paths, TheSameFolderInAnotherPrefix) {
 
 TEST(Paths, TempPathFallsBackToTheHostTmp) {
     char buffer[64];
-    const struct {
-        const char* tmpdir;
-        const char* expected;
-    } cases[] = {{"/var/tmp/", "Z:\\var\\tmp\\"}, {"", "Z:\\tmp\\"}, {"relative", "Z:\\tmp\\"}};
+    const struct { const char* tmpdir; const char* expected; } cases[] = {
+        {"/var/tmp/", "Z:\\var\\tmp\\"}, {"", "Z:\\tmp\\"}, {"relative", "Z:\\tmp\\"}};
     for (const auto& c : cases) {
         qvt::ScopedEnv temp(qvt::machine::TempVariable(), c.tmpdir);
         EXPECT_EQ(std::strlen(c.expected), qvp::TempPath(sizeof buffer, buffer));

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -67,16 +68,10 @@ const qvt::HiveKeys kKeys = {
     {"Software\\CREAR\\AL-Mail",
      {{"InstallPath", 1, RegSz("C:\\Program Files\\AL-Mail")},
       {"MailboxPath", 2, RegSz("%USERPROFILE%\\メール")},
-      {"", 1, RegSz("既定")},
-      {"Empty", 3, ""},
-      {"EmptyText", 1, ""},
-      {"Count", 4, std::string("\x2a\0\0\0", 4)},
-      {"Small", 3, std::string("\x01\x02", 2)},
-      {"Big", 3, kBig},
-      {"BigText", 1, RegSz(std::string(20000, 'y'))},
+      {"", 1, RegSz("既定")}, {"Empty", 3, ""}, {"EmptyText", 1, ""}, {"Count", 4, std::string("\x2a\0\0\0", 4)},
+      {"Small", 3, std::string("\x01\x02", 2)}, {"Big", 3, kBig}, {"BigText", 1, RegSz(std::string(20000, 'y'))},
       {"Multi", 7, RegSz("a") + RegSz("b") + std::string(2, '\0')},
-      {"Quad", 11, std::string("\1\2\3\4\5\6\7\x08", 8)},
-      {"No terminator", 1, std::string("a\0b\0", 4)},
+      {"Quad", 11, std::string("\1\2\3\4\5\6\7\x08", 8)}, {"No terminator", 1, std::string("a\0b\0", 4)},
       {"名前", 1, RegSz("値")}}},
     {"Software\\日本語のキー\\サブ", {{"値の名前", 1, RegSz("日本語の値")}}},
     {"Software\\Sub1", {}}, {"Software\\Sub2", {}}, {"Software\\sub3", {{"x", 4, std::string(4, '\0')}}}};
@@ -109,22 +104,17 @@ TEST_F(RegfHiveTest, ReadsEveryValueAsHivexDoes) {
                 ASSERT_TRUE(hivex.Find(Folded(path), Folded(v.name), &theirs));
                 ASSERT_TRUE(regf.Find(Folded(path), Folded(v.name), &ours));
                 EXPECT_EQ(ours.type, v.type);
-                EXPECT_EQ(ours.isText, theirs.isText);
-                EXPECT_EQ(ours.text, theirs.text);
-                EXPECT_EQ(ours.bytes, theirs.bytes);
-                if (!ours.isText) {
-            EXPECT_EQ(ours.bytes, v.data);
-        }
+                EXPECT_EQ(std::make_tuple(ours.isText, ours.text, ours.bytes),
+                          std::make_tuple(theirs.isText, theirs.text, theirs.bytes));
+                if (!ours.isText) { EXPECT_EQ(ours.bytes, v.data); }
             }
         }
     }
 }
 
 TEST_F(RegfHiveTest, AnswersMissingKeysAndValuesAsHivexDoes) {
-    struct Row {
-        const char* key;
-        const char* name;
-    } rows[] = {{"", "x"}, {"Software\\CREAR\\AL-Mail\\", "Count"}, {"\\Software\\\\CREAR\\AL-Mail", "Count"},
+    struct Row { const char* key; const char* name; } rows[] = {
+                {"", "x"}, {"Software\\CREAR\\AL-Mail\\", "Count"}, {"\\Software\\\\CREAR\\AL-Mail", "Count"},
                 {"Software\\CREAR\\AL-Mai", "Count"}, {"Software\\CREAR\\AL-Mail", "Coun"},
                 {"Software\\CREAR\\AL-Mail", "Counts"}, {"Software\\Sub1", ""}, {"Software\\日本語", "値の名前"},
                 {"Software\\CREAR\\AL-Mail\\Count", ""}};
@@ -135,9 +125,7 @@ TEST_F(RegfHiveTest, AnswersMissingKeysAndValuesAsHivexDoes) {
         EXPECT_EQ(regf.HasKey(Folded(row.key)), hivex.HasKey(Folded(row.key)));
         const bool found = regf.Find(Folded(row.key), Folded(row.name), &ours);
         EXPECT_EQ(found, hivex.Find(Folded(row.key), Folded(row.name), &theirs));
-        if (found) {
-            EXPECT_EQ(ours.bytes, theirs.bytes);
-        }
+        if (found) { EXPECT_EQ(ours.bytes, theirs.bytes); }
     }
 }
 
@@ -150,20 +138,12 @@ TEST_F(RegfHiveTest, ReadsBigDataInSegments) {
                 seg3 = data.substr(32688) + "PAD!";
     const std::vector<uint32_t> cells =
         AppendBin(hive, {seg1, seg2, seg3, std::string(12, '\0'), std::string("db\3\0\0\0\0\0", 8)});
-    std::string list(12, '\0');
-    Put(list, 0, cells[0]);
-    Put(list, 4, cells[1]);
-    Put(list, 8, cells[2]);
-    hive.replace(0x1000 + cells[3] + 4, 12, list);
+    for (int i = 0; i < 3; ++i) Put(hive, 0x1000 + cells[3] + 4 + 4 * i, cells[i]);
     Put(hive, 0x1000 + cells[4] + 4 + 4, cells[3]);
     Put(hive, 0x1000 + ValueCell(hive, "Big") + 4 + 8, cells[4]);
     const size_t listAt = 0x1000 + cells[3] + 4;
 
-    struct Row {
-        const char* name;
-        std::function<void(std::string&)> change;
-        bool found;
-    } rows[] = {
+    struct Row { const char* name; std::function<void(std::string&)> change; bool found; } rows[] = {
         {"intact", [](std::string&) {}, true},
         {"a segment out of range", [&](std::string& h) { Put(h, listAt + 4, 0x7FFFFFF0); }, false},
         {"a segment inside a cell", [&](std::string& h) { Put(h, listAt + 4, cells[1] + 8); }, false},
@@ -199,12 +179,8 @@ TEST_F(RegfHiveTest, RefusesOrContainsDamage) {
     const size_t mail = 0x1000 + KeyCell(hive, "AL-Mail") + 4, software = 0x1000 + KeyCell(hive, "Software") + 4;
     const size_t root = 0x1000 + Get(hive, 0x24) + 4;
     enum Expect { kNoHive, kNoKey, kNoValue, kReads };
-    struct Row {
-        const char* name;
-        std::function<void(std::string&)> change;
-        bool fixChecksum;
-        Expect expect;
-    } rows[] = {
+    struct Row { const char* name; std::function<void(std::string&)> change; bool fixChecksum; Expect expect; }
+        rows[] = {
         {"empty", [](std::string& h) { h.clear(); }, false, kNoHive},
         {"cut in the base block", [](std::string& h) { h.resize(2000); }, false, kNoHive},
         {"cut in a bin", [](std::string& h) { h.resize(h.size() - 100); }, false, kNoHive},

@@ -1,10 +1,7 @@
 // Machine.cpp - the machine of a test where the library reads a Wine prefix.
-//
-// Registry files are written the way Wine's server writes them: a version
-// line, "#arch=", then one block per key with its values, names and strings
-// in double quotes, a backslash and the delimiter escaped, characters above
-// 0x7F as \x escapes (four digits when a hex digit follows), control
-// characters as C or octal escapes.
+// Registry files as Wine's server writes them: a version line, "#arch=", a
+// block per key; strings quoted, characters above 0x7F as \x escapes (four
+// digits when a hex digit follows), controls as C or octal escapes.
 #include "support/WinePrefix.h"
 
 #include "platform/posix/DirCache.h"

@@ -1,10 +1,6 @@
-// Machine.cpp - the machine of a test where the library calls Windows.
-//
-// The machine is the running one (under Wine, the prefix that Wine runs
-// in): registry values are written with the registry calls, in the 32-bit
-// view of HKLM where the mail client keeps them, and every key that a test
-// wrote is deleted again when the test's machine closes. Paths are what
-// they say.
+// Machine.cpp - the machine of a test where the library calls Windows: the
+// running one, HKLM values in its 32-bit view, every key written deleted
+// again when the machine closes.
 #include "support/WinePrefix.h"
 
 #include <windows.h>

@@ -23,34 +23,23 @@ TEST(DriveCheck, ProblemsAndProfiles) {
     qvt::WinePrefix prefix;
     qvt::BuildSampleStore(prefix);
     const fs::path drive = fs::path(prefix.Root()) / "disk";
-    const struct {
-        const char* name;
-        void (*damage)(const fs::path& drive);
-        const char* user;
-        DriveCheck::Problem problem;
-        std::string chosen;
-        std::vector<std::string> users;
-    } rows[] = {
+    const auto two = [](const fs::path& d) {
+        fs::copy(d / "Users/Taro", d / "Users/Hanako", fs::copy_options::recursive);
+    };
+    const struct { const char* name; void (*damage)(const fs::path& drive); const char* user;
+                   DriveCheck::Problem problem; std::string chosen; std::vector<std::string> users; } rows[] = {
         {"one profile", [](const fs::path&) {}, "", DriveCheck::kReadable, "Taro", {}},
-        {"two profiles", [](const fs::path& d) {
-             fs::copy(d / "Users/Taro", d / "Users/Hanako", fs::copy_options::recursive);
-         }, "", DriveCheck::kSeveralUsers, "", {"Hanako", "Taro"}},
-        {"two profiles, one named in another case", [](const fs::path& d) {
-             fs::copy(d / "Users/Taro", d / "Users/Hanako", fs::copy_options::recursive);
-         }, "hanako", DriveCheck::kReadable, "Hanako", {}},
-        {"no Windows folder", [](const fs::path& d) { fs::remove_all(d / "Windows"); },
-         "", DriveCheck::kNotADrive, "", {}},
-        {"no profile has the keys", [](const fs::path& d) {
-             fs::remove(d / "Users/Taro/NTUSER.DAT");
-         }, "", DriveCheck::kNoUser, "", {}},
-        {"a user without a profile", [](const fs::path&) {}, "Jiro",
-         DriveCheck::kNoSuchUser, "", {}},
-        {"the named user's hive cut short", [](const fs::path& d) {
-             Cut(d / "Users/Taro/NTUSER.DAT");
-         }, "Taro", DriveCheck::kUserUnreadable, "", {}},
-        {"the machine's hive cut short", [](const fs::path& d) {
-             Cut(d / "Windows/System32/config/SOFTWARE");
-         }, "", DriveCheck::kMachineUnreadable, "", {}},
+        {"two profiles", two, "", DriveCheck::kSeveralUsers, "", {"Hanako", "Taro"}},
+        {"two profiles, one named in another case", two, "hanako", DriveCheck::kReadable, "Hanako", {}},
+        {"no Windows folder", [](const fs::path& d) { fs::remove_all(d / "Windows"); }, "", DriveCheck::kNotADrive, "",
+         {}},
+        {"no profile has the keys", [](const fs::path& d) { fs::remove(d / "Users/Taro/NTUSER.DAT"); }, "",
+         DriveCheck::kNoUser, "", {}},
+        {"a user without a profile", [](const fs::path&) {}, "Jiro", DriveCheck::kNoSuchUser, "", {}},
+        {"the named user's hive cut short", [](const fs::path& d) { Cut(d / "Users/Taro/NTUSER.DAT"); }, "Taro",
+         DriveCheck::kUserUnreadable, "", {}},
+        {"the machine's hive cut short", [](const fs::path& d) { Cut(d / "Windows/System32/config/SOFTWARE"); }, "",
+         DriveCheck::kMachineUnreadable, "", {}},
     };
     for (const auto& row : rows) {
         fs::remove_all(drive);

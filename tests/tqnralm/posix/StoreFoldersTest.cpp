@@ -32,11 +32,8 @@ TEST(StoreFolders, OutDirInsideTheStore) {
     const std::vector<os::StoreFolder> store = os::StoreFolders({"C:\\AL-Mail\\Mailbox\\Account1", account});
 
     const std::string d = data.string();
-    const struct {
-        const char* name;
-        std::string outDir;
-        const char* holder;  // the store folder's Windows path; "" the whole prefix; nullptr none
-    } rows[] = {
+    // holder: the store folder's Windows path; "" the whole prefix; nullptr none
+    const struct { const char* name; std::string outDir; const char* holder; } rows[] = {
         {"in the prefix", prefix.Root() + "/drive_c/out", ""},
         {"the prefix through a link of its own", prefix.Root() + "/dosdevices/c:/AL-Mail/x", ""},
         {"in the account on D:", d + "/Mail Box/Account 1/out", account.c_str()},
@@ -52,9 +49,7 @@ TEST(StoreFolders, OutDirInsideTheStore) {
         SCOPED_TRACE(row.name);
         const os::StoreFolder* holder = os::FolderHolding(store, row.outDir);
         ASSERT_EQ(row.holder != nullptr, holder != nullptr) << (holder ? holder->hostPath : "");
-        if (holder != nullptr) {
-            EXPECT_EQ(row.holder, holder->windowsPath);
-        }
+        if (holder != nullptr) { EXPECT_EQ(row.holder, holder->windowsPath); }
     }
     fs::remove_all(data);
 }

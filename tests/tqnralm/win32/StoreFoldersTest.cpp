@@ -42,11 +42,7 @@ TEST(StoreFolders, OutDirInsideTheStoreOnWindows) {
         {root + "\\メール箱\\Mailbox\\Account1", root + "\\Other\\Mailbox\\Account1", root + "\\Loose\\Account"});
 
     const std::string install = root + "\\Program Files\\AL-Mail", mailbox = root + "\\メール箱\\Mailbox";
-    const struct {
-        const char* name;
-        std::string outDir;
-        std::string holder;  // the store folder; empty: none
-    } rows[] = {
+    const struct { const char* name; std::string outDir; std::string holder; } rows[] = {  // holder "": none
         {"the installation folder", install + "\\out", install},
         {"the installation folder by its short name", ShortPath(install) + "\\out", install},
         {"this user's mailbox folder", mailbox, mailbox},
@@ -54,17 +50,14 @@ TEST(StoreFolders, OutDirInsideTheStoreOnWindows) {
         {"an account folder by its short name", ShortPath(mailbox + "\\Account1") + "\\y", mailbox + "\\Account1"},
         {"another user's mailbox folder", root + "\\Other\\Mailbox\\new", root + "\\Other\\Mailbox"},
         {"an account outside any mailbox", root + "\\Loose\\Account\\x", root + "\\Loose\\Account"},
-        {"beside that account", root + "\\Loose\\x", ""},
-        {"a sibling that starts alike", mailbox + "2", ""},
+        {"beside that account", root + "\\Loose\\x", ""}, {"a sibling that starts alike", mailbox + "2", ""},
         {"above the store", root + "\\out", ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const os::StoreFolder* holder = os::FolderHolding(store, row.outDir);
         ASSERT_EQ(!row.holder.empty(), holder != nullptr) << row.outDir << " " << (holder ? holder->hostPath : "");
-        if (holder != nullptr) {
-            EXPECT_EQ(row.holder, holder->windowsPath);
-        }
+        if (holder != nullptr) { EXPECT_EQ(row.holder, holder->windowsPath); }
     }
     machine.Remove(root);
 }
