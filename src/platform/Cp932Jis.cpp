@@ -1,6 +1,7 @@
 // Cp932Jis.cpp - ISO-2022-JP and EUC-JP through the code page 932 table.
 #include "platform/Cp932Jis.h"
 
+#include "platform/Cp932JisRuns.h"
 #include "platform/platform.h"
 
 #include <atomic>
@@ -11,13 +12,7 @@ namespace qvp {
 namespace cp932 {
 namespace {
 
-// JIS X 0208 row and cell (0x21-0x7E each) to a Shift-JIS code and back.
-unsigned JisToSjis(unsigned j1, unsigned j2) {
-    const unsigned s1 = ((j1 + 1) >> 1) + (j1 <= 0x5E ? 0x70 : 0xB0);
-    const unsigned s2 = j2 + ((j1 & 1) ? (j2 <= 0x5F ? 0x1F : 0x20) : 0x7E);
-    return (s1 << 8) | s2;
-}
-// 0 when the code lies outside the JIS rows (user-defined area, IBM rows).
+// A Shift-JIS code to its JIS X 0208 row and cell (JisToSjis backwards); 0 when the code lies outside the JIS rows (user-defined area, IBM rows).
 unsigned SjisToJis(unsigned s1, unsigned s2) {
     if (s1 >= 0xF0) return 0;
     const unsigned j1 = ((s1 - (s1 <= 0x9F ? 0x70 : 0xB0)) << 1) - (s2 < 0x9F ? 1 : 0);
@@ -44,7 +39,12 @@ bool DecodeIso2022Jp(const unsigned char* p, size_t n, Sink& sink) {
     while (i < n) {
         // The runs that make up most mail: pairs after "ESC $ B", and ASCII
         // bytes other than ESC, SO and SI after "ESC ( B", each read as the
-        // steps below would.
+        // steps below would; the fast sink takes the common ones first.
+        if (!shifted && (mode == kJis0208 || mode == kAscii)) {
+            bool pairs = mode == kJis0208;
+            sink.Fast(p, n, &i, 0, &pairs);
+            mode = pairs ? kJis0208 : kAscii;
+        }
         if (!shifted && mode == kJis0208) {
             if (!sink.Pairs(p, n, &i)) return false;
         } else if (!shifted && mode == kAscii) {
@@ -106,6 +106,13 @@ template <typename Sink>
 bool DecodeEucJp(const unsigned char* p, size_t n, Sink& sink) {
     size_t i = 0;
     while (i < n) {
+        // ASCII and arithmetic pairs go in runs; the steps below take the rest.
+        const bool pair = p[i] >= 0xA1 && i + 1 < n && p[i + 1] >= 0xA1;
+        if (p[i] < 0x80 || (pair && IsArithmeticJis((p[i] - 0x80u) << 8 | (p[i + 1] - 0x80u)))) {
+            bool pairs = p[i] >= 0x80;
+            sink.Fast(p, n, &i, 0x80, &pairs);
+            if (i >= n) break;
+        }
         const unsigned char b = p[i];
         if (b < 0x80) {
             if (!sink.Put(Unit(b))) return false;
@@ -158,6 +165,7 @@ public:
         }
         return true;
     }
+    void Fast(const unsigned char*, size_t, size_t*, unsigned, bool*) {}
 
 private:
     Decoder d_;
@@ -213,33 +221,24 @@ public:
         return true;
     }
 
-    // The pairs from *i on while their first byte is a JIS row, as Jis
-    // would take them one by one; the write position stays in a register.
+    // The pairs from *i on while their first byte is a JIS row and their
+    // code is not arithmetic (Fast takes those), as Jis would take them.
     bool Pairs(const unsigned char* p, size_t n, size_t* i) {
-        const unsigned char* q = p + *i;
-        const unsigned char* const last = p + n - 1;  // the last byte that can start a pair
-        char* at = at_;
-        while (q < last) {
-            const unsigned row = q[0] - 0x21u, cell = q[1] - 0x21u;
-            if (row > 0x5D) break;
-            const uint32_t form = cell <= 0x5D ? g_jisForm[row * 94 + cell].load(std::memory_order_relaxed) : kUnknown;
-            if (form == kUnknown) {
-                at_ = at;
-                Jis(q[0], q[1]);
-                at = at_;
-            } else {
-                // Two bytes, or one: the second store is then overwritten
-                // or lies in the room made for twice the input.
-                const bool two = ((form >> 16) & 0xFF) == 2;
-                at[0] = static_cast<char>(two ? (form >> 8) & 0xFF : form & 0xFF);
-                at[1] = static_cast<char>(form & 0xFF);
-                at += two ? 2 : 1;
-            }
-            q += 2;
-        }
-        at_ = at;
-        *i = static_cast<size_t>(q - p);
+        for (; *i + 1 < n && p[*i] - 0x21u <= 0x5D && !IsArithmeticJis(p[*i] << 8 | p[*i + 1]); *i += 2)
+            Jis(p[*i], p[*i + 1]);
         return true;
+    }
+
+    // The common stretches from *i on. The room made for twice the input
+    // holds what the run may write, as the write position never passes
+    // twice the read one.
+    void Fast(const unsigned char* p, size_t n, size_t* i, unsigned high, bool* pairs) {
+        RunState run;
+        run.pairs = *pairs;
+        JapaneseRun(p + *i, n - *i, high, at_, &run);
+        *i += run.in;
+        at_ += run.out;
+        *pairs = run.pairs;
     }
 
 private:

@@ -1,6 +1,7 @@
 // CodePageTest.cpp - code page conversion: the CP932 rules of Windows
 // (strict and lenient), the '?' rule back to CP932, and the mail charsets.
 #include "platform/platform.h"
+#include "platform/Cp932JisRuns.h"
 
 #include <gtest/gtest.h>
 
@@ -154,7 +155,8 @@ TEST(CodePage, JapaneseToAnsiEqualsTheTwoConversions) {
     std::vector<std::pair<uint32_t, std::string>> texts = {{50220, iso}, {51932, euc}};
     const std::string pieces[] = {"\x1B$B", "\x1B(B", "\x1B(J", "\x1B(I", "\x1B$@", "\x1B$(D", "\x1B", "\x0E",
                                   "\x0F", "$\"", "-!", "y~", "\x8E\xB1", "\x8F\xB0\xA1", "\xA4\xA2", "\xFF",
-                                  "a", "\r\n", "\x80", "\x7F"};
+                                  "a", "\r\n", "\x80", "\x7F", "0!$\"%v!!\".OSt&0!", "\x1B(B\r\n\x1B$B",
+                                  "\xB0\xA1\xA4\xA2\xA5\xF6\xCF\xD3\xF4\xA6\xA1\xA1\xA2\xAE\xB0\xA1"};
     std::mt19937 random(932);
     for (int n = 0; n < 400; ++n) {
         std::string text;
@@ -169,6 +171,59 @@ TEST(CodePage, JapaneseToAnsiEqualsTheTwoConversions) {
     std::string untouched;
     EXPECT_FALSE(qvp::JapaneseToAnsi(65001, "a", 1, &untouched));
     EXPECT_TRUE(untouched.empty());
+}
+
+std::string TwoSteps(uint32_t cp, const std::string& bytes) {
+    std::u16string wide;
+    ToWide(cp, 0, bytes, &wide);
+    return wide.empty() ? std::string() : ToBytes(932, wide);
+}
+
+// The codes that the converter takes by arithmetic have that form in the
+// platform's table, which the two conversions read.
+TEST(CodePage, ArithmeticJisCodesHaveTheirFormInTheTable) {
+    int arithmetic = 0;
+    for (unsigned code = 0x2121; code <= 0x7E7E; ++code) {
+        if (!qvp::cp932::IsArithmeticJis(code)) continue;
+        ++arithmetic;
+        const unsigned sjis = qvp::cp932::JisToSjis(code >> 8, code & 0xFF);
+        const std::string form = {static_cast<char>(sjis >> 8), static_cast<char>(sjis & 0xFF)};
+        ASSERT_EQ(form, TwoSteps(932, form)) << std::hex << code;
+    }
+    EXPECT_EQ(94 + 14 + 83 + 86 + 2965 + 3390, arithmetic) << "symbols, hiragana, katakana, kanji levels 1 and 2";
+}
+
+// Runs of pairs and of ASCII at every length around the 16-byte step, each
+// followed by every kind of byte that ends a run.
+TEST(CodePage, JapaneseRunsOfEveryLength) {
+    const std::string pairs = "0!$\"%v!!\".OSt&";  // first and last codes of the arithmetic rows
+    const struct {
+        uint32_t codePage;
+        std::vector<std::string> ends;
+    } cases[] = {
+        {50220, {"", "\x1B(B\r\n", "\x1B(B\r\n\x1B$B0!", "\x1B(J\x1B$@0!", "-p", "#0", "\"/", "OT", "t'", "%w", "$t",
+                 "0", "0\x7F", " 0", "\x0E1\x0F", "\x1B(I1", "\x1B$(D0!", "\x80", "\x1B", "\x1B(", "\x1B$"}},
+        {51932, {"", "\r\n", "\r\n\xB0\xA1", "\xAD\xF0", "\xA3\xB0", "\xA2\xAF", "\xCF\xD4", "\xF4\xA7", "\xB0",
+                 "\xB0\x7F", "\xB0\xFF", "\x8E\xB1", "\x8F\xB0\xA1", "\x80", "\x1B$B"}},
+    };
+    for (const auto& c : cases) {
+        const bool euc = c.codePage == 51932;
+        for (size_t length = 0; length <= 40; ++length) {
+            std::string run, ascii;
+            for (size_t k = 0; k < length; ++k) {
+                run += static_cast<char>(pairs[k % pairs.size()] | (euc ? 0x80 : 0));
+                ascii += static_cast<char>('a' + k % 26);
+            }
+            if (length % 2) run.pop_back();
+            for (const std::string& end : c.ends) {
+                for (const std::string& text : {(euc ? "" : "\x1B$B") + run + end, ascii + end}) {
+                    std::string direct;
+                    ASSERT_TRUE(qvp::JapaneseToAnsi(c.codePage, text.data(), text.size(), &direct));
+                    ASSERT_EQ(TwoSteps(c.codePage, text), direct) << c.codePage << " " << testing::PrintToString(text);
+                }
+            }
+        }
+    }
 }
 
 TEST(CodePage, BufferRules) {
