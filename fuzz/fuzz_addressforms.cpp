@@ -1,10 +1,8 @@
-// fuzz_addressforms.cpp - the address export's writers over any texts: the
-// input is cut at zero bytes into texts that fill the fields of addresses in
-// turn, open a group (a text that begins with 0x01) or close one (0x02). The
-// texts are cleaned as the export cleans what the library gives, then the
-// three forms must keep their rules: vCard lines (persons and groups) of at
-// most 75 octets ended by CR LF in valid UTF-8, LDIF in ASCII lines of at
-// most 76 with no dn twice, CSV quotes balanced in every row.
+// fuzz_addressforms.cpp - the address writers over any texts (cut at zero
+// bytes: fields in turn, 0x01 opens a group, 0x02 closes one, 0x03 an extra
+// pair), cleaned as the export cleans them: vCard lines of at most 75 octets
+// in UTF-8 ended by CR LF, LDIF in ASCII lines of at most 76 with no dn
+// twice, CSV quotes balanced.
 #include "FuzzCheck.h"
 
 #include <set>
@@ -19,10 +17,7 @@ using namespace tqnralm;
 
 using fuzzcheck::Check;
 
-bool ValidUtf8(const std::string& s) {
-    size_t units = 0;
-    return fuzzcheck::Utf16Units(s, &units);
-}
+bool ValidUtf8(const std::string& s) { size_t units = 0; return fuzzcheck::Utf16Units(s, &units); }
 
 std::vector<std::string> Lines(const std::string& text, const std::string& end) {
     std::vector<std::string> lines;

@@ -1,11 +1,8 @@
 // fuzz_journal.cpp - what a rerun reads back of an unfinished export: the
-// journal (manifest.json.journal), then the partial manifest and the mbox
-// file being filled, reopened at the lengths the journal counts. The input
-// is cut at its first two zero bytes into the journal's text, the partial
-// manifest and the mbox file. A journal that loads must come back the same
-// through Save and Load; a file reopened at a length holds just that start
-// of its bytes (one shorter than the length is refused), and two files
-// compare equal only when their bytes are.
+// journal, the partial manifest and the mbox file (the input cut at its first
+// two zero bytes), the files reopened at the lengths the journal counts. A
+// journal comes back the same through Save and Load; a reopened file holds
+// just that start of its bytes; two files compare equal only when they are.
 #include "FuzzCheck.h"
 
 #include <fstream>

@@ -10,23 +10,14 @@
 
 namespace {
 
-void CheckCp932(const char* text, MT_WORD length) {
-    if (text[length] != '\0') __builtin_trap();
-    if (length > 0 && qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, text, static_cast<int>(length),
-                                               nullptr, 0) <= 0)
-        __builtin_trap();
-}
-
 void ReadAll(MT_WORD root) {
-    char* text = nullptr;
-    MT_WORD length = 0;
-    if (MT_GetSubjectD(root, &text, &length)) {
-        CheckCp932(text, length);
-        MT_Free(text);
-    }
-    text = nullptr;
-    if (MT_GetMessageIDD(root, &text, &length)) {
-        CheckCp932(text, length);
+    for (const auto get : {MT_GetSubjectD, MT_GetMessageIDD}) {
+        char* text = nullptr;
+        MT_WORD length = 0;
+        if (!get(root, &text, &length)) continue;
+        const int strict = length == 0 ? 1 : qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, text,
+                                                                       static_cast<int>(length), nullptr, 0);
+        fuzzcheck::Check(text[length] == '\0' && strict > 0);
         MT_Free(text);
     }
     MT_WORD pos = MT_GetMainHeadPosition(root);

@@ -1,7 +1,5 @@
 // AddrBookTest.cpp - books built in memory: the address file grammar, long
 // lines in pieces, deep nesting, and the flat functions on groups and items.
-// The end-to-end sample book has a file of every ordinary line form; the
-// fuzzer checks the book's invariants on any bytes.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,7 +1,5 @@
-// The walk of the object tree (store/Tree.h, IndexPath.h) against a fake of
-// the interface's object calls: children that fail once and are then handed
-// out as they stand, children the enumerator stays stuck on, lists that
-// cannot be had, and every reference given back, innermost first.
+// The host's walk of the object tree (store/Tree.h, IndexPath.h) against a
+// fake of the interface's object calls that fail as the library's can.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -87,8 +87,6 @@ TEST_F(CopiedDrive, ValuesFromTheHives) {
 
 // No profile is chosen where several hold the client's key, none does, or the
 // named one is missing, and then the machine's half is not read either.
-// (copied_drive reads the one profile with the key in both layouts, and one
-// named among several.)
 TEST_F(CopiedDrive, NoProfileChosen) {
     Software({{"CREAR\\AL-Mail", {{"InstallPath", 1, RegSz("x")}}}});
     // profiles: folder, holds the client's key; user: TQNRALM_WINDOWS_USER
