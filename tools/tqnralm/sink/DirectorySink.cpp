@@ -10,7 +10,7 @@
 namespace tqnralm {
 namespace {
 
-// Bigger writes go straight to the file.
+// Bytes of the open file gathered before they are written out.
 constexpr size_t kBufferSize = 1 << 20;
 
 std::string Parent(const std::string& path) { return path.substr(0, path.rfind('/')); }
@@ -67,9 +67,12 @@ bool DirectorySink::DoReopenFile(const std::string& relative, uint64_t length) {
 }
 
 bool DirectorySink::Flush() {
+    buffer_.resize(whole_);  // a message that failed halfway through its making is not written
     if (buffer_.empty()) return true;
     const bool ok = WriteThrough(buffer_.data(), buffer_.size());
     buffer_.clear();
+    whole_ = 0;
+    if (buffer_.capacity() > 4 * kBufferSize) std::string().swap(buffer_);  // a huge message keeps no memory
     return ok;
 }
 
@@ -93,24 +96,17 @@ void DirectorySink::KillHalfway(const char* data, size_t size) {
     os::KillSelf();
 }
 
-bool DirectorySink::DoWrite(const char* data, size_t size) {
-    if (KillPointReached(KillPoint::kMidMessage)) KillHalfway(data, size);
-    if (!Append(data, size)) return false;
+bool DirectorySink::DoWriteStaged(size_t from) {
+    if (KillPointReached(KillPoint::kMidMessage)) {
+        const std::string message = buffer_.substr(from);
+        buffer_.resize(whole_ = from);
+        KillHalfway(message.data(), message.size());
+    }
+    whole_ = buffer_.size();
+    // The buffer goes out once it holds enough, whole messages only.
+    if (buffer_.size() >= kBufferSize && !Flush()) return false;
     KillAt(KillPoint::kMessage);
     return true;
-}
-
-bool DirectorySink::Append(const char* data, size_t size) {
-    if (buffer_.size() + size <= kBufferSize) {
-        buffer_.append(data, size);
-        return true;
-    }
-    if (!Flush()) return false;
-    if (size < kBufferSize) {
-        buffer_.append(data, size);
-        return true;
-    }
-    return WriteThrough(data, size);
 }
 
 bool DirectorySink::DoCloseFile(bool sync, int64_t time) {

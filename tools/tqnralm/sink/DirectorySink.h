@@ -10,7 +10,7 @@
 // the disk, so the journal may then count it.
 //
 // The tests' kill points (KillPoint.h) that count messages are here, where
-// the bytes go: each Write and WriteNewFile is one message.
+// the bytes go: each WriteStaged and WriteNewFile is one message.
 #ifndef TQNRALM_TOOL_DIRECTORYSINK_H
 #define TQNRALM_TOOL_DIRECTORYSINK_H
 
@@ -45,14 +45,14 @@ protected:
     bool DoMakeDir(const std::string& relative) override;
     bool DoOpenFile(const std::string& relative) override;
     bool DoReopenFile(const std::string& relative, uint64_t length) override;
-    bool DoWrite(const char* data, size_t size) override;
+    std::string& DoStaging() override { return buffer_; }
+    bool DoWriteStaged(size_t from) override;
     bool DoCloseFile(bool sync, int64_t time) override;
     bool DoWriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
                         int64_t time) override;
     bool DoWriteWholeFile(const std::string& relative, const std::string& data) override;
 
 private:
-    bool Append(const char* data, size_t size);
     bool Flush();
     bool WriteThrough(const char* data, size_t size);
     bool Place(const std::string& temporary, const std::string& final);
@@ -63,7 +63,8 @@ private:
     Journal journal_;
     bool resuming_ = false;
     os::NewFile file_;
-    std::string buffer_;
+    std::string buffer_;  // whole messages of the open file, and the one being made at its end
+    size_t whole_ = 0;    // of the buffer: the bytes of whole messages
     uint64_t onDisk_ = 0;  // of the open file: whole messages only
     std::vector<std::pair<std::string, std::string>> waiting_;  // temporary, final
     std::set<std::string> dirtyDirs_;  // where names were made since the last commit

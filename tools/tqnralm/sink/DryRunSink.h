@@ -16,10 +16,17 @@ protected:
     bool DoMakeDir(const std::string&) override { return true; }
     bool DoOpenFile(const std::string&) override { return true; }
     bool DoReopenFile(const std::string&, uint64_t) override { return true; }
-    bool DoWrite(const char*, size_t) override { return true; }
+    std::string& DoStaging() override { return staging_; }
+    bool DoWriteStaged(size_t) override {
+        staging_.clear();
+        return true;
+    }
     bool DoCloseFile(bool, int64_t) override { return true; }
     bool DoWriteNewFile(const std::string&, const std::string&, const char*, size_t, int64_t) override { return true; }
     bool DoWriteWholeFile(const std::string&, const std::string&) override { return true; }
+
+private:
+    std::string staging_;  // one message at a time
 };
 
 }  // namespace tqnralm

@@ -16,9 +16,17 @@ bool Sink::ReopenFile(const std::string& path, uint64_t length) {
 }
 
 bool Sink::Write(const char* data, size_t size) {
+    std::string& staging = DoStaging();
+    const size_t from = staging.size();
+    staging.append(data, size);
+    return WriteStaged(from);
+}
+
+bool Sink::WriteStaged(size_t from) {
+    const size_t size = DoStaging().size() - from;
     offset_ += size;
     bytes_ += size;
-    return DoWrite(data, size);
+    return DoWriteStaged(from);
 }
 
 bool Sink::CloseFile(bool sync, int64_t time) {

@@ -30,7 +30,14 @@ public:
     // Opens a growing file of this export again, cut to the `length` bytes
     // that the journal counted.
     bool ReopenFile(const std::string& path, uint64_t length);
-    // Appends to the open file; the bytes of one call are one whole message.
+    // The open file's next message is made in place, where the sink keeps
+    // the bytes it has not yet written out, and costs no copy: the writer
+    // appends the whole message to Staging() (leaving what the string holds
+    // already as it is), then gives it with WriteStaged, passing the size
+    // the string had before.
+    std::string& Staging() { return DoStaging(); }
+    bool WriteStaged(size_t from);
+    // The same for a message made elsewhere: its bytes are copied.
     bool Write(const char* data, size_t size);
     bool Write(const std::string& text) { return Write(text.data(), text.size()); }
     // Closes the open file; `sync` flushes it to the disk first; a `time`
@@ -61,7 +68,8 @@ protected:
     virtual bool DoMakeDir(const std::string& path) = 0;
     virtual bool DoOpenFile(const std::string& path) = 0;
     virtual bool DoReopenFile(const std::string& path, uint64_t length) = 0;
-    virtual bool DoWrite(const char* data, size_t size) = 0;
+    virtual std::string& DoStaging() = 0;
+    virtual bool DoWriteStaged(size_t from) = 0;
     virtual bool DoCloseFile(bool sync, int64_t time) = 0;
     virtual bool DoWriteNewFile(const std::string& temporary, const std::string& final, const char* data, size_t size,
                                 int64_t time) = 0;

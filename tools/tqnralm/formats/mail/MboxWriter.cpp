@@ -37,32 +37,34 @@ public:
     }
 
     bool WriteMessage(Sink& sink, int64_t, const char* data, size_t size, WrittenMessage* written) override {
-        const int64_t time = TimeOf(data, size);
-        text_.clear();
-        AppendFromLine(data, size, time, text_);
+        // Made where the sink keeps it until it goes out (Sink::Staging).
+        std::string& text = sink.Staging();
+        const size_t from = text.size();
+        AppendFromLine(data, size, TimeOf(data, size), text);
         // Thunderbird shows a message without this field as unread; 0001 is
         // read, as the Maildir's "S".
-        if (!raw()) text_ += "X-Mozilla-Status: 0001\n";
+        if (!raw()) text += "X-Mozilla-Status: 0001\n";
         // Text that does not begin with a header: Thunderbird takes a From
         // line that no field but its own X-Mozilla-Status follows for no
         // message at all. A field of ours and a blank line before it make
         // the whole text the body.
-        if (size > 0 && !BeginsWithHeader(data, size)) text_ += "X-Tqnralm-No-Header: 1\n\n";
+        if (size > 0 && !BeginsWithHeader(data, size)) text += "X-Tqnralm-No-Header: 1\n\n";
         // A message of no bytes would be a bare From line, which readers take
         // for the end of the message before it: it gets a header of one field.
-        if (size == 0) text_ += "X-Tqnralm-Empty: 1\n\n";
-        AppendMboxrd(data, size, text_);
+        if (size == 0) text += "X-Tqnralm-Empty: 1\n\n";
+        AppendMboxrd(data, size, text);
+        const std::string_view message(text.data() + from, text.size() - from);
         written->file = file_;
         written->shared = true;
         written->offset = sink.offset();
-        written->length = text_.size();
+        written->length = message.size();
         if (written->library != nullptr) {
-            Sha256::Pair(text_, *written->library, &written->sha256, &written->librarySha256);
+            Sha256::Pair(message, *written->library, &written->sha256, &written->librarySha256);
         } else {
-            hash_.Update(text_.data(), text_.size());
+            hash_.Update(message.data(), message.size());
             hash_.HexDigest(&written->sha256);
         }
-        return sink.Write(text_);
+        return sink.WriteStaged(from);
     }
 
     // The one file of a folder is flushed to the disk before the manifest
@@ -71,7 +73,6 @@ public:
 
 private:
     std::string file_;
-    std::string text_;  // one message at a time, its capacity kept
     Sha256 hash_;
 };
 
