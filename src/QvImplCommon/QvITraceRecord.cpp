@@ -18,44 +18,23 @@ CQvITraceRecord::CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32
     m_strFile.AppendAscii(pszBase);
 }
 
-CQvITraceRecord& CQvITraceRecord::Text(const char16_t* psz) {
-    if (m_bEnabled) m_strMessage.Append(psz != nullptr ? psz : u"(NULL)");
-    return *this;
-}
+void CQvITraceRecord::AppendText(const char16_t* psz) { m_strMessage.Append(psz != nullptr ? psz : u"(NULL)"); }
 
-CQvITraceRecord& CQvITraceRecord::Ascii(const char* psz) {
-    if (m_bEnabled) m_strMessage.AppendAscii(psz);
-    return *this;
-}
+void CQvITraceRecord::AppendAscii(const char* psz) { m_strMessage.AppendAscii(psz); }
 
-CQvITraceRecord& CQvITraceRecord::Pointer(const void* p) {
-    if (m_bEnabled) m_strMessage.AppendFormat("%p", p);
-    return *this;
-}
+void CQvITraceRecord::AppendPointer(const void* p) { m_strMessage.AppendFormat("%p", p); }
 
-CQvITraceRecord& CQvITraceRecord::Unsigned(uint32_t n) {
-    if (m_bEnabled) m_strMessage.AppendFormat("%lu", n);
-    return *this;
-}
+void CQvITraceRecord::AppendUnsigned(uint32_t n) { m_strMessage.AppendFormat("%lu", n); }
 
-CQvITraceRecord& CQvITraceRecord::Signed(int32_t n) {
-    if (m_bEnabled) m_strMessage.AppendFormat("%ld", n);
-    return *this;
-}
+void CQvITraceRecord::AppendSigned(int32_t n) { m_strMessage.AppendFormat("%ld", n); }
 
-CQvITraceRecord& CQvITraceRecord::Hex(const uint32_t& n) {
-    if (m_bEnabled) m_strMessage.AppendFormat("%lx", n);
-    return *this;
-}
+void CQvITraceRecord::AppendHex(uint32_t n) { m_strMessage.AppendFormat("%lx", n); }
 
-CQvITraceRecord& CQvITraceRecord::Bool(const int32_t& b) {
-    if (m_bEnabled) m_strMessage.Append(b != 0 ? u"TRUE" : u"FALSE");
-    return *this;
-}
+void CQvITraceRecord::AppendBool(int32_t b) { m_strMessage.Append(b != 0 ? u"TRUE" : u"FALSE"); }
 
-void CQvITraceRecord::Write() {
+void CQvITraceRecord::WriteLine() {
     CQvIAnalyzer* pAnalyzer = CQvIAnalyzer::GetInstance();
-    if (!m_bEnabled || pAnalyzer == nullptr) return;
+    if (pAnalyzer == nullptr) return;
     try {
         // The time is that of the write, not of the record's making.
         qvp::LocalTime t;

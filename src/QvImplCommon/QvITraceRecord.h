@@ -25,20 +25,54 @@ public:
     CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32_t nLevel);
     virtual ~CQvITraceRecord() = default;
 
-    CQvITraceRecord& Text(const char16_t* psz);      // NULL adds "(NULL)"
-    CQvITraceRecord& Ascii(const char* psz);         // 7-bit names of functions and parameters
-    CQvITraceRecord& Pointer(const void* p);         // %p
-    CQvITraceRecord& Unsigned(uint32_t n);           // %lu
-    CQvITraceRecord& Signed(int32_t n);              // %ld
-    CQvITraceRecord& Hex(const uint32_t& n);         // %lx, attributes
-    CQvITraceRecord& Bool(const int32_t& b);         // "TRUE" or "FALSE"
+    // The tests of m_bEnabled are inline: a walk makes a dozen records per
+    // message, and while logging is off each append is that test alone.
+    CQvITraceRecord& Text(const char16_t* psz) {  // NULL adds "(NULL)"
+        if (m_bEnabled) AppendText(psz);
+        return *this;
+    }
+    CQvITraceRecord& Ascii(const char* psz) {  // 7-bit names of functions and parameters
+        if (m_bEnabled) AppendAscii(psz);
+        return *this;
+    }
+    CQvITraceRecord& Pointer(const void* p) {  // %p
+        if (m_bEnabled) AppendPointer(p);
+        return *this;
+    }
+    CQvITraceRecord& Unsigned(uint32_t n) {  // %lu
+        if (m_bEnabled) AppendUnsigned(n);
+        return *this;
+    }
+    CQvITraceRecord& Signed(int32_t n) {  // %ld
+        if (m_bEnabled) AppendSigned(n);
+        return *this;
+    }
+    CQvITraceRecord& Hex(const uint32_t& n) {  // %lx, attributes
+        if (m_bEnabled) AppendHex(n);
+        return *this;
+    }
+    CQvITraceRecord& Bool(const int32_t& b) {  // "TRUE" or "FALSE"
+        if (m_bEnabled) AppendBool(b);
+        return *this;
+    }
 
     // Writes the line; a failure of the log file is swallowed here.
-    void Write();
+    void Write() {
+        if (m_bEnabled) WriteLine();
+    }
 
     bool IsEnabled() const { return m_bEnabled != 0; }
 
 private:
+    void AppendText(const char16_t* psz);
+    void AppendAscii(const char* psz);
+    void AppendPointer(const void* p);
+    void AppendUnsigned(uint32_t n);
+    void AppendSigned(int32_t n);
+    void AppendHex(uint32_t n);
+    void AppendBool(int32_t b);
+    void WriteLine();
+
     CQvWString m_strFile;
     int32_t m_nLine;
     int32_t m_nLevel;
