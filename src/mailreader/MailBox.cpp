@@ -195,8 +195,11 @@ int32_t CMailBox::SelectMessage(int32_t nIndex) {
     // Until the new message stands, nothing is held: a failed load must not
     // let a later request take the previous message for this one.
     m_nCurrent = -1;
-    std::string path = ProfilePath(m_szPath, MessageAt(nIndex)->sName.c_str());
-    qvp::FileCloser file{qvp::FileOpen(path.c_str(), "rb")};
+    // The path goes into a string the box keeps: a walk opens every message.
+    m_strMessagePath.assign(m_szPath);
+    m_strMessagePath += '\\';
+    m_strMessagePath += MessageAt(nIndex)->sName;
+    qvp::FileCloser file{qvp::FileOpen(m_strMessagePath.c_str(), "rb")};
     if (file.handle == nullptr) return kUnreadable;
     long nLength = qvp::FileLength(file.handle);
     if (nLength < 0) throw CFileException(qvp::kCauseGeneric);
@@ -280,6 +283,7 @@ void CMailBox::ReleaseBox() {
     m_pText = nullptr;
     m_nTextSize = 0;
     m_nTextCapacity = 0;
+    std::string().swap(m_strMessagePath);
     m_nCurrent = -1;
     if (m_pParse != 0) {
         g_MessageLib.MT_Term(m_pParse);

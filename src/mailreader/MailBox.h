@@ -103,6 +103,7 @@ private:
     void ReleaseMainParts();
     void ReleaseAttachments();
 
+    std::string m_strMessagePath;
     CMailList<FolderEntry> m_Folders;
     CMailList<MessageEntry> m_Messages;
 };

@@ -57,10 +57,16 @@ bool DirCache::FindLast(const std::string& spelling, std::u16string* key, std::s
     return true;
 }
 
-bool DirCache::FindSpelled(const std::string& spelled, std::string* host) {
+bool DirCache::OpenSpelled(const std::string& spelled, const std::string& name,
+                           const std::function<int(int, const std::string&)>& open, int* fd, std::string* host) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_lastSpelled.empty() || m_lastSpelled != spelled) return false;
-    *host = m_last.host;
+    *fd = OpenInLastLocked(m_last.host, name, open);
+    if (*fd < 0) {
+        const int error = errno;
+        *host = m_last.host;
+        errno = error;
+    }
     return true;
 }
 
@@ -83,6 +89,11 @@ void DirCache::ForgetLast() {
 int DirCache::OpenInLast(const std::string& dir, const std::string& name,
                          const std::function<int(int, const std::string&)>& open) {
     std::lock_guard<std::mutex> lock(m_mutex);
+    return OpenInLastLocked(dir, name, open);
+}
+
+int DirCache::OpenInLastLocked(const std::string& dir, const std::string& name,
+                               const std::function<int(int, const std::string&)>& open) {
     const auto joined = [&] { return !dir.empty() && dir.back() == '/' ? dir + name : dir + "/" + name; };
     if (dir != m_last.host || dir.empty()) return open(AT_FDCWD, joined());
     if (m_lastHandle == -1) {

@@ -29,10 +29,13 @@ public:
     // a walk opens every message of a folder, and the folded key of a long
     // path costs more to make than the open.
     bool FindLast(const std::string& spelling, std::u16string* key, std::string* host);
-    // The folder Find gave last, when a path was found in it before by the
-    // same spelling of its folder as given (NoteSpelled): the taking apart
-    // of the path and its folded key are spared.
-    bool FindSpelled(const std::string& spelled, std::string* host);
+    // OpenInLast in the folder Find gave last, when a file was found in it
+    // before by the same spelling of its folder as given (NoteSpelled): the
+    // taking apart of the path and its folded key are spared. False, and
+    // nothing opened, for another spelling; *host is the folder when the
+    // open failed.
+    bool OpenSpelled(const std::string& spelled, const std::string& name,
+                     const std::function<int(int, const std::string&)>& open, int* fd, std::string* host);
     void NoteSpelled(const std::string& spelled, const std::string& host);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
     // Opens `name` in the host folder `dir` through `open`: relative to a
@@ -66,6 +69,8 @@ private:
     };
 
     void ForgetLast();
+    int OpenInLastLocked(const std::string& dir, const std::string& name,
+                         const std::function<int(int, const std::string&)>& open);
 
     std::mutex m_mutex;
     Folder m_last;  // Find's last answer, by its spelling; empty when none

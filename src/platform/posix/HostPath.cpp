@@ -341,7 +341,9 @@ int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
     // again without the path being taken apart.
     std::string spelled, name, dir;
     const bool plain = SpelledFolder(utf8, &spelled, &name);
-    bool cached = plain && DirCache::Instance().FindSpelled(spelled, &dir);
+    int fd = -1;
+    errno = 0;
+    bool cached = plain && DirCache::Instance().OpenSpelled(spelled, name, open, &fd, &dir);
     Split split;
     std::u16string key;
     if (!cached) {
@@ -351,12 +353,12 @@ int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
         if (cached) {
             name = split.parts[n - 1];
             if (plain) DirCache::Instance().NoteSpelled(spelled, dir);
+            errno = 0;
+            fd = DirCache::Instance().OpenInLast(dir, name, open);
         }
     }
     if (cached) {
         *mapped = kMapFound;
-        errno = 0;
-        const int fd = DirCache::Instance().OpenInLast(dir, name, open);
         if (fd >= 0 || (errno != ENOENT && errno != ENOTDIR)) return fd;
         std::string found;
         switch (FindInsensitive(dir, name, &found)) {
