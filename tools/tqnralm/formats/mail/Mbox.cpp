@@ -94,11 +94,20 @@ bool ZoneOffset(const std::string& zone, int* minutes) {
     return true;
 }
 
+// Whether a value holds a comment, a quoted string or an angle bracket:
+// most senders' and dates' values hold none, and need no stripping.
+bool Bracketed(std::string_view value) {
+    for (char c : value) {
+        if (c == '(' || c == '"' || c == '<') return true;
+    }
+    return false;
+}
+
 // The address inside a value with comments and quoted strings skipped: what
 // stands between the first '<' and its '>', else the whole value.
 std::string StripComments(const std::string& value, bool* angle) {
     *angle = false;
-    if (value.find_first_of("(\"<") == std::string::npos) return value;  // most senders: nothing to strip
+    if (!Bracketed(value)) return value;
     std::string out;
     int depth = 0;
     bool quoted = false;
@@ -136,7 +145,7 @@ std::string StripComments(const std::string& value, bool* angle) {
     return out;
 }
 
-std::string Trim(const std::string& s) {
+std::string_view Trim(std::string_view s) {
     size_t b = 0, e = s.size();
     while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
     while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
@@ -233,18 +242,21 @@ bool HeaderValue(const char* data, size_t size, const char* name, std::string* v
 
 std::string AddrSpec(const std::string& value) {
     bool angle = false;
-    std::string inner = Trim(StripComments(value, &angle));
+    std::string stripped;
+    std::string_view inner = value;
+    if (Bracketed(value)) inner = stripped = StripComments(value, &angle);
+    inner = Trim(inner);
     if (!angle) {
         // "a@b, c@d" or a display name without brackets: the first word with '@'.
         size_t at = inner.find('@');
-        if (at == std::string::npos) return "";
+        if (at == std::string_view::npos) return "";
         size_t b = inner.find_last_of(" \t,;", at), e = inner.find_first_of(" \t,;", at);
-        inner = inner.substr(b == std::string::npos ? 0 : b + 1, e == std::string::npos ? e : e - b - 1);
+        inner = inner.substr(b == std::string_view::npos ? 0 : b + 1, e == std::string_view::npos ? e : e - b - 1);
     }
     for (char c : inner) {
         if (static_cast<unsigned char>(c) <= ' ' || c == 0x7F) return "";
     }
-    return inner;
+    return std::string(inner);
 }
 
 bool ParseDate(const std::string& date, int64_t* seconds) {
@@ -303,24 +315,27 @@ std::string Asctime(int64_t seconds) {
     int m = 0, d = 0;
     CivilFromDays(days, &y, &m, &d);
     // "%s %s %2d %02d:%02d:%02d %lld", written by hand: one per message.
-    const auto two = [](std::string& out, int n, char pad) {
-        out.push_back(n < 10 ? pad : static_cast<char>('0' + n / 10));
-        out.push_back(static_cast<char>('0' + n % 10));
+    char out[32];
+    char* o = out;
+    const auto word = [&o](const char* w) {
+        std::memcpy(o, w, 3);
+        o[3] = ' ';
+        o += 4;
     };
-    std::string out = kDays[((days % 7) + 11) % 7];
-    out += ' ';
-    out += kMonths[m - 1];
-    out += ' ';
-    two(out, d, ' ');
-    out += ' ';
-    two(out, static_cast<int>(inDay / 3600), '0');
-    out += ':';
-    two(out, static_cast<int>(inDay / 60 % 60), '0');
-    out += ':';
-    two(out, static_cast<int>(inDay % 60), '0');
-    out += ' ';
-    out += std::to_string(static_cast<long long>(y));
-    return out;
+    const auto two = [&o](int n, char pad, char after) {
+        *o++ = n < 10 ? pad : static_cast<char>('0' + n / 10);
+        *o++ = static_cast<char>('0' + n % 10);
+        *o++ = after;
+    };
+    word(kDays[((days % 7) + 11) % 7]);
+    word(kMonths[m - 1]);
+    two(d, ' ', ' ');
+    two(static_cast<int>(inDay / 3600), '0', ':');
+    two(static_cast<int>(inDay / 60 % 60), '0', ':');
+    two(static_cast<int>(inDay % 60), '0', ' ');
+    std::string text(out, o);
+    text += std::to_string(static_cast<long long>(y));
+    return text;
 }
 
 std::string AsctimeUtc(const std::string& date) {
