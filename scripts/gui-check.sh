@@ -2,10 +2,11 @@
 # gui-check.sh WIN64_BUILD LINUX_BUILD [OUT]
 #
 # Runs the x86_64 migration assistant under wine64 and Xvfb with a Japanese
-# locale, in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
+# locale (the last walk with an English one), in its test walk (tqnralm-gui.exe --walk), and takes a screenshot
 # of each step into OUT (default WIN64_BUILD/gui-check) for a person to look
 # at (step 5: the last step showing the Thunderbird steps; step 6: Explorer
-# opened on a problem). Nine runs:
+# opened on a problem; step1-pickN: the first step before the walk's next
+# pick of a folder, N picks made). Ten runs:
 #   export   the sample store (samplestore --machine win64): the assistant's
 #            export must equal `tqnralm.exe export` of the same store, byte
 #            for byte, manifest included;
@@ -20,14 +21,19 @@
 #            second step warns that it is short, the export exits 4;
 #   missing  a prefix without the mail client: the first step says so and
 #            offers to read an old disk; the assistant exits 3;
-#   drive    on that machine an old disk (samplestore --drive vista), chosen
+#   drive    on that machine an old disk (samplestore --drive vista), picked
 #            by the test-only --drive: equal to `tqnralm.exe --windows DIR
 #            export`, manifest included, also when stopped after its third
 #            message and resumed;
 #   no-disk  a folder that is no Windows disk: the first step says so;
-#   two-users the disk with a second profile that used the client, its
-#            Windows folder chosen: the profiles are offered, Hanako is
-#            chosen, and the export equals --windows-user Hanako's.
+#   two-users that disk picked, then another with a second profile that
+#            used the client, its Windows folder picked: the profiles are
+#            offered, Hanako is chosen, and the export equals
+#            --windows-user Hanako's;
+#   back     on the sample store's machine a folder that is no disk picked,
+#            then an old disk of other mail (XP), then back to this computer
+#            (--back), in English: the export equals the first run's,
+#            manifest included.
 # Needs wine64, Xvfb, ImageMagick's import, fonts-noto-cjk and localedef.
 # Exit 0 when all agree, 1 on a difference, 2 on a setup error.
 set -uo pipefail
@@ -49,9 +55,11 @@ done
 rm -rf "$out"
 mkdir -p "$out/locale"
 localedef -i ja_JP -f UTF-8 "$out/locale/ja_JP.UTF-8" 2>/dev/null
+localedef -i en_US -f UTF-8 "$out/locale/en_US.UTF-8" 2>/dev/null
 # Wine's programs run in the Japanese locale (ANSI code page 932), this
 # script in its own.
 export LOCPATH=$out/locale
+english="env LANG=en_US.UTF-8 LC_ALL=en_US.UTF-8 $wine64"
 wine64="env LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8 $wine64"
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64
 unset WINEPREFIX
@@ -110,6 +118,7 @@ prefix=$out/store
 "$linux/bin/samplestore" --machine win64 "$prefix" >/dev/null || { echo "gui-check: samplestore failed" >&2; exit 2; }
 WINEPREFIX=$prefix timeout 120 $wine64 wineboot -u >/dev/null 2>&1
 cli=$(cli_export "$prefix" "$out/cli")
+cli0=$cli
 rc=$(walk export "$prefix" "$out/gui")
 check "the assistant exports the sample store (exit $rc) as the command line does (exit $cli)" \
   test "$rc" = "$cli" -a "$rc" -le 1
@@ -195,11 +204,22 @@ check "a folder that is no Windows disk is refused in the first step (exit $rc)"
 two=$out/two-users
 cp -r "$drive" "$two" && cp -r "$two/Users/Taro" "$two/Users/Hanako"
 cli=$(cli_drive "$two" "$out/cli-two" --windows-user Hanako)
-rc=$(walk two-users "$empty" "$out/gui-two" --drive "$(windows_path "$two/Windows")" --drive-user Hanako)
+rc=$(walk two-users "$empty" "$out/gui-two" --drive "$(windows_path "$drive")" \
+  --drive "$(windows_path "$two/Windows")" --drive-user Hanako)
 check "the two profiles are offered for a choice" test -e "$out/two-users-step1-profiles.png"
 check "the chosen profile is exported (exit $rc) as with --windows-user (exit $cli)" test "$rc" = "$cli" -a "$rc" -le 1
 check "the chosen profile's export equals the command line's" diff -r "$out/cli-two" "$out/gui-two"
 WINEPREFIX=$empty "$wineserver" -k >/dev/null 2>&1
+
+# Back from old disks to the installed client: the step shows this
+# computer's mail again, and that is what is exported.
+xp=$out/drive-xp
+"$linux/bin/samplestore" --drive xp "$xp" inbox >/dev/null || { echo "gui-check: samplestore failed" >&2; exit 2; }
+rc=$(wine64=$english walk back "$prefix" "$out/gui-back" --drive "$(windows_path "$out/no-disk")" --drive "$(windows_path "$xp")" --back)
+check "back on this computer, the export (exit $rc) is its own (exit $cli0)" test "$rc" = "$cli0"
+check "back on this computer, the export equals the command line's, manifest included" \
+  diff -r "$out/cli" "$out/gui-back"
+WINEPREFIX=$prefix "$wineserver" -k >/dev/null 2>&1
 
 echo "gui-check: screenshots in $out"
 exit $status

@@ -48,6 +48,11 @@ int Engine::Walk() {
 
 void Engine::Find() {
     Join();
+    if (!driveRoot_.empty()) {
+        os::ReadCopiedDrive(std::string(), std::string());
+        drive_ = DriveCheck();
+        driveRoot_.clear();
+    }
     thread_ = std::thread([this] { Post(kFoundMessage, static_cast<WPARAM>(Walk())); });
 }
 

@@ -35,6 +35,8 @@ public:
     explicit Engine(HWND window) : window_(window) {}
     ~Engine() override;
 
+    // Finds the mail client on this machine; after an old disk, the library
+    // reads this machine again from here on.
     void Find();
     // The same of an old disk: the host's checks of the drive at `root` (or
     // of the folder above it, when `root` is the disk's Windows folder) and

@@ -140,6 +140,8 @@ const Row kRows[] = {
     {Text::kDriveHintDamaged, "ディスクを調べるか、もう一度コピーしてください。", "Check the disk, or copy it again."},
     {Text::kReadProfile, "このユーザーを読む(&R)", "&Read this user"},
     {Text::kDriveDetails, "詳しく:\n%1", "Details:\n%1"},
+    {Text::kReadHere, "このコンピューターに戻る(&C)", "Back to this &computer"},
+    {Text::kReadOtherDisk, "ほかのディスクを選ぶ(&W)...", "Another &Windows disk..."},
 };
 
 static_assert(sizeof kRows / sizeof kRows[0] == static_cast<size_t>(Text::kCount), "a row for every text");

@@ -74,6 +74,8 @@ enum class Text {
     kDriveHintDamaged,
     kReadProfile,
     kDriveDetails,      // %1 the host's message
+    kReadHere,
+    kReadOtherDisk,
     kCount  // not a text
 };
 

@@ -4,6 +4,7 @@
 
 #include "WindowsApi.h"
 
+#include "Font.h"
 #include "Strings.h"
 #include "Wide.h"
 
@@ -37,8 +38,7 @@ bool Window::Create(HINSTANCE instance, int show) {
     Show(kFound);
     ShowWindow(hwnd_, show);
     engine_.reset(new Engine(hwnd_));
-    if (walk_.drive.empty()) engine_->Find();
-    else ReadDrive(walk_.drive, std::string());
+    engine_->Find();
     if (walk_.on) SetTimer(hwnd_, kWalkTimer, 100, nullptr);
     return true;
 }
@@ -56,7 +56,8 @@ void Window::MakeControls() {
                             hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdTree)), nullptr, nullptr);
     foundTotals_ = Control(L"STATIC", "", SS_LEFT, -1);
     MakeDriveControls();
-    pages_[kFound] = {readOnly_, tree_, foundTotals_, driveButton_, driveNote_, profiles_, readProfile_, driveDetails_};
+    pages_[kFound] = {readOnly_,  tree_,     foundTotals_,  driveButton_, backButton_,
+                      driveNote_, profiles_, readProfile_, driveDetails_};
 
     MakeWherePage();
 
@@ -91,6 +92,7 @@ void Window::SetFont() {
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
     LOGFONTW face = metrics.lfMessageFont;
     face.lfHeight = -MulDiv(9, static_cast<int>(dpi_), 72);
+    face = FaceForJapanese(hwnd_, face);
     if (font_ != nullptr) DeleteObject(font_);
     if (bold_ != nullptr) DeleteObject(bold_);
     font_ = CreateFontIndirectW(&face);
@@ -112,11 +114,13 @@ void Window::Layout() {
     SetWindowPos(hwnd_, nullptr, 0, 0, client.right - client.left, client.bottom - client.top,
                  SWP_NOMOVE | SWP_NOZORDER);
     at(heading_, 16, 12, 568, 26);
-    // Found: the tree with the old disk's button beside Next; without one,
-    // why not, what to pick, the button, and a disk's profiles or details.
+    // Found: the tree with the old disk's button (and the way back to this
+    // computer) beside Next; without one, why not, what to pick, the
+    // buttons, and a disk's profiles or details.
     at(readOnly_, 16, 46, 568, 36), at(tree_, 16, 86, 568, 292), at(foundTotals_, 16, 384, 568, 36);
-    if (found_) at(driveButton_, 16, 456, 300, 30);
-    else at(driveButton_, 16, 152, 380, 32);
+    if (found_ && onDrive_ && installedHere_) at(backButton_, 16, 456, 176, 30), at(driveButton_, 200, 456, 168, 30);
+    else if (found_) at(driveButton_, 16, 456, 300, 30);
+    else at(driveButton_, 16, 152, 380, 32), at(backButton_, 404, 152, 180, 32);
     at(driveNote_, 16, 86, 568, 60), at(profiles_, 16, 194, 300, 100), at(readProfile_, 324, 194, 220, 30);
     at(driveDetails_, 16, 194, 568, 248);  // where the profiles stand when a disk asks for one
     at(destLabel_, 16, 46, 568, 20), at(dest_, 16, 68, 460, 26), at(browse_, 484, 67, 100, 28);

@@ -28,7 +28,9 @@ struct Walk {
     std::vector<int> users;     // the users left checked; empty: all
     bool cancel = false;        // Cancel as soon as the export has begun
     bool showProblem = false;   // double-click the first problem at the end
-    std::wstring drive;         // read this folder as an old disk, as if picked
+    // Folders picked in turn on the first step once this computer was
+    // searched, each read as an old disk; "" goes back to this computer.
+    std::vector<std::wstring> picks;
     std::wstring driveUser;     // the profile to choose when the disk asks for one
 };
 
@@ -44,9 +46,11 @@ private:
     enum Step { kFound, kWhere, kExport, kDone };
     enum Id { kIdNext = IDOK, kIdCancel = IDCANCEL, kIdBrowse = 100, kIdDest, kIdMbox, kIdMaildir, kIdEml,
               kIdAddresses, kIdOpen, kIdProblems, kIdTree, kIdUsers, kIdThunderbird, kIdDrive, kIdProfiles,
-              kIdReadProfile };
-    // The walk's stage that shows the profiles of a disk to choose from.
+              kIdReadProfile, kIdBack };
+    // The walk's stages that show the profiles of a disk to choose from, and
+    // the first step before the walk's pick N (kWalkPick + N).
     static constexpr int kWalkProfiles = 9;
+    static constexpr int kWalkPick = 10;
     static constexpr UINT_PTR kWalkTimer = 1;
     static LRESULT CALLBACK Proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
@@ -74,6 +78,8 @@ private:
     void ChooseDrive();
     void ReadDrive(const std::wstring& root, const std::string& user);
     void ReadChosenProfile();
+    void ReadHere();
+    void StartSearch(bool onDrive, const std::string& line);
     void ShowDrive();
     void ShowFoundState();
     void OpenFolder();
@@ -91,6 +97,8 @@ private:
     bool searched_ = false, found_ = false, exporting_ = false, onDrive_ = false;
     bool planDirty_ = false, filling_ = false, showingSteps_ = false, problemShown_ = false;
     std::string driveUser_;  // the profile asked of the disk; "" the one that used the client
+    bool installedHere_ = false;  // this computer's search found the mail client
+    size_t picked_ = 0;           // the walk's picks made
     int findExit_ = -1;
     int exportExit_ = -1;
     int walkReady_ = -1;  // the stage whose ready file was written
@@ -100,7 +108,7 @@ private:
     // Controls: the heading and the buttons, then each step's own.
     HWND heading_, next_, cancel_;
     HWND readOnly_, tree_, foundTotals_;
-    HWND driveButton_, driveNote_, profiles_, readProfile_, driveDetails_;
+    HWND driveButton_, backButton_, driveNote_, profiles_, readProfile_, driveDetails_;
     HWND destLabel_, dest_, browse_, formatBox_, radios_[3], hints_[3], usersLabel_, users_, addresses_, space_;
     HWND progress_, progressText_, folderNow_;
     HWND doneTotals_, doneState_, problems_, steps_, openFolder_, thunderbird_;

@@ -1,7 +1,7 @@
 // The assistant's first step reading an old disk (Window.h): the button that
 // picks the disk's folder, the line naming the disk and profile read, the
-// profiles to choose from, and what is wrong with a folder that cannot be
-// read, with the host's own words below it.
+// profiles to choose from, what is wrong with a folder that cannot be read,
+// with the host's own words below it, and the way back to this computer.
 #include "Window.h"
 
 #include "WindowsApi.h"
@@ -16,6 +16,7 @@ namespace gui {
 void Window::MakeDriveControls() {
     driveNote_ = Control(L"STATIC", "", SS_LEFT, -1);
     driveButton_ = Control(L"BUTTON", Str(Text::kReadDisk), WS_TABSTOP | BS_PUSHBUTTON | WS_DISABLED, kIdDrive);
+    backButton_ = Control(L"BUTTON", Str(Text::kReadHere), WS_TABSTOP | BS_PUSHBUTTON, kIdBack);
     profiles_ = CreateWindowExW(WS_EX_CLIENTEDGE, L"LISTBOX", L"", WS_CHILD | WS_TABSTOP | WS_VSCROLL | LBS_NOTIFY,
                                 0, 0, 0, 0, hwnd_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kIdProfiles)),
                                 nullptr, nullptr);
@@ -36,6 +37,10 @@ void Window::ShowFoundState() {
     ShowWindow(driveNote_, missing ? SW_SHOW : SW_HIDE);
     ShowWindow(driveButton_, searched_ || onDrive_ ? SW_SHOW : SW_HIDE);
     EnableWindow(driveButton_, searched_);
+    // Back only where this computer has the client: else there is nothing
+    // to go back to.
+    ShowWindow(backButton_, onDrive_ && installedHere_ ? SW_SHOW : SW_HIDE);
+    EnableWindow(backButton_, searched_);
     ShowWindow(profiles_, several ? SW_SHOW : SW_HIDE);
     ShowWindow(readProfile_, several ? SW_SHOW : SW_HIDE);
     ShowWindow(driveDetails_, missing && onDrive_ && !several && !check.message.empty() ? SW_SHOW : SW_HIDE);
@@ -47,19 +52,34 @@ void Window::ChooseDrive() {
     if (!root.empty()) ReadDrive(root, std::string());
 }
 
-// From here on the library reads the disk (Engine::FindDrive); the tree and
-// the users are those of the disk once its walk is done.
-void Window::ReadDrive(const std::wstring& root, const std::string& user) {
-    onDrive_ = true;
+// A new search empties the step: nothing of the last one stands while it
+// runs, so that what the step shows is what an export would read.
+void Window::StartSearch(bool onDrive, const std::string& line) {
+    onDrive_ = onDrive;
     searched_ = found_ = false;
-    driveUser_ = user;
     TreeView_DeleteAllItems(tree_);
     ListView_DeleteAllItems(users_);
-    SetText(readOnly_, Format(Text::kDriveSearching, {Utf8(root)}));
+    SendMessageW(profiles_, LB_RESETCONTENT, 0, 0);
+    SetText(readOnly_, line);
     EnableWindow(next_, FALSE);
     Layout();
     if (step_ == kFound) ShowFoundState();
+}
+
+// From here on the library reads the disk (Engine::FindDrive); the tree and
+// the users are those of the disk once its walk is done.
+void Window::ReadDrive(const std::wstring& root, const std::string& user) {
+    driveUser_ = user;
+    StartSearch(true, Format(Text::kDriveSearching, {Utf8(root)}));
     engine_->FindDrive(Utf8(root), user);
+}
+
+// Back from a disk: the library reads this computer again.
+void Window::ReadHere() {
+    if (!searched_ || exporting_ || !onDrive_) return;
+    driveUser_.clear();
+    StartSearch(false, Str(Text::kSearching));
+    engine_->Find();
 }
 
 void Window::ReadChosenProfile() {

@@ -74,6 +74,7 @@ void Window::OnCommand(int id, int code) {
     if (id == kIdNext) return OnNext();
     if (id == kIdBrowse) return Browse();
     if (id == kIdDrive) return ChooseDrive();
+    if (id == kIdBack) return ReadHere();
     if (id == kIdReadProfile || (id == kIdProfiles && code == LBN_DBLCLK)) return ReadChosenProfile();
     if (id == kIdOpen) return OpenFolder();
     if (id == kIdThunderbird) return ToggleSteps();
@@ -138,6 +139,7 @@ void Window::OnFound(int exit) {
     if (onDrive_) {
         ShowDrive();
     } else {
+        installedHere_ = exit != kExitNotInstalled;
         SetText(readOnly_, Str(exit == kExitNotInstalled ? Text::kNotInstalled : Text::kReadOnly));
         SetText(driveNote_, Str(Text::kNotInstalledHint));
     }
@@ -148,7 +150,7 @@ void Window::OnFound(int exit) {
                                                           std::to_string(found.addresses)}));
         FillUsers();
     }
-    SetText(driveButton_, Str(found_ && !onDrive_ ? Text::kReadDiskInstead : Text::kReadDisk));
+    SetText(driveButton_, Str(!found_ ? Text::kReadDisk : onDrive_ ? Text::kReadOtherDisk : Text::kReadDiskInstead));
     Layout();
     if (step_ == kFound) Show(kFound);
 }
@@ -250,8 +252,10 @@ void Window::ToggleSteps() {
 // A test run: stage N settled writes stepN.ready, stepN.go moves on. The
 // last step is stage 4, stage 5 has the Thunderbird steps shown and stage 6
 // Explorer open on the first problem (with --show-problem); the last
-// stage's go closes the window.
+// stage's go closes the window. The first step is shown before each pick
+// of a folder too (step1-pickN, N picks made).
 int Window::WalkStage() const {
+    if (step_ == kFound && picked_ < walk_.picks.size()) return kWalkPick + static_cast<int>(picked_);
     if (step_ == kFound && IsWindowVisible(profiles_)) return kWalkProfiles;
     if (step_ != kDone) return static_cast<int>(step_);
     return problemShown_ ? 5 : showingSteps_ ? 4 : 3;
@@ -259,12 +263,14 @@ int Window::WalkStage() const {
 
 void Window::WalkTick() {
     const int stage = WalkStage();
-    const bool ready = stage == 0   ? searched_
+    const bool ready = stage == 0 || stage >= kWalkPick ? searched_
                        : stage == 1 ? !engine_->planning() && !planDirty_
                        : stage == 2 ? exportExit_ >= 0
                        : stage == 5 ? std::chrono::steady_clock::now() - shownAt_ > std::chrono::seconds(3)
                                     : true;
-    const std::wstring name = stage == kWalkProfiles ? L"step1-profiles" : L"step" + std::to_wstring(stage + 1);
+    const std::wstring name = stage == kWalkProfiles ? L"step1-profiles"
+                              : stage >= kWalkPick   ? L"step1-pick" + std::to_wstring(stage - kWalkPick)
+                                                     : L"step" + std::to_wstring(stage + 1);
     const std::wstring base = walk_.shots + L"\\" + name;
     if (ready && walkReady_ != stage) {
         if (FILE* f = _wfopen((base + L".ready").c_str(), L"wb")) std::fclose(f);
@@ -275,7 +281,12 @@ void Window::WalkTick() {
 }
 
 void Window::WalkOn() {
-    switch (WalkStage()) {
+    const int stage = WalkStage();
+    if (stage >= kWalkPick) {
+        const std::wstring pick = walk_.picks[picked_++];
+        return pick.empty() ? ReadHere() : ReadDrive(pick, std::string());
+    }
+    switch (stage) {
     case 0:
         if (found_) OnNext();
         else DestroyWindow(hwnd_);  // nothing to export: the run ends here

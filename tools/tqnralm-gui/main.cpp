@@ -2,10 +2,12 @@
 // client's data on this machine, shows it, exports it with the host's own
 // export and says what arrived. For a test run:
 //   tqnralm-gui.exe --walk OUTDIR --shots DIR [--format mbox|maildir|eml] [--users 0,2]
-//                   [--cancel] [--show-problem] [--drive DIR [--drive-user NAME]]
+//                   [--cancel] [--show-problem] [--drive DIR | --back]... [--drive-user NAME]
 // walks the steps with these answers (Window.h) and exits with the export's
-// code. --drive reads the folder DIR as an old disk, as if it had been
-// picked; --drive-user is the profile chosen when the disk asks for one.
+// code. Once this computer was searched, each --drive reads the folder DIR
+// as an old disk, as if it had been picked, and each --back goes back to
+// this computer, in the order given; --drive-user is the profile chosen
+// when the disk asks for one.
 #include "WindowsApi.h"
 
 #include <cwchar>
@@ -42,7 +44,9 @@ tqnralm::gui::Walk ParseWalk() {
                 p = *end == L',' ? end + 1 : end + (*end != L'\0');
             }
         } else if (arg == L"--drive" && hasValue) {
-            walk.drive = argv[++i];
+            walk.picks.push_back(argv[++i]);
+        } else if (arg == L"--back") {
+            walk.picks.push_back(std::wstring());
         } else if (arg == L"--drive-user" && hasValue) {
             walk.driveUser = argv[++i];
         } else if (arg == L"--show-problem") {
