@@ -110,8 +110,21 @@ check_package() {
   return $rc
 }
 
+# One step of the run: its heading, its command, and the seconds it took. A
+# command that fails has its exit code kept for the run's end and the run
+# goes on with the next step. A command runs where set -e does not reach (the
+# left of ||), so the builds a step needs end the whole run explicitly when
+# they fail, as they would under set -e: nothing after them could be checked.
 status=0
-start=$SECONDS
+step() {  # NAME HEADING COMMAND...
+  local name=$1 start=$SECONDS rc=0
+  echo "== $2"
+  shift 2
+  "$@" || rc=$?
+  [ $rc = 0 ] || status=$rc
+  echo "-- $name: $((SECONDS - start)) s"
+}
+
 # Debian's 32-bit Wine loader. Whether it runs is decided by running it: on a
 # kernel with its 32-bit emulation switched off it is installed and fails.
 wine32=${TQNRALM_WINE32_LOADER:-/usr/lib/wine/wine}
@@ -126,68 +139,61 @@ else
   [ $rc = 0 ] || wine32_why="$wine32 --version exits $rc ($(tail -n1 <<<"$answer" | sed 's/^[^:]*: line 1: //' | cut -c1-160))"
 fi
 
-echo "== 32-bit Windows (i686): everything with its tests; the tests under 32-bit Wine where it runs"
-cmake -S "$src" -B "$root/build-win32" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-i686.cmake" \
-  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQNRALM_TESTS=ON
-cmake --build "$root/build-win32" -j"$jobs"
-check_exports i686-w64-mingw32-objdump "$root/build-win32/bin/TQNRALM.dll"
-# The host was linked against the import library by the decorated stdcall
-# names; it must import the plain ones.
-if i686-w64-mingw32-objdump -p "$root/build-win32/bin/tqnralm.exe" | grep -q ' QV_[A-Za-z_]*@'; then
-  echo "tqnralm.exe imports decorated names"; exit 1
-fi
-check_imports i686-w64-mingw32-objdump "$root/build-win32"/bin/*.exe "$root/build-win32"/bin/*.dll || status=1
-if [ -z "$wine32_why" ]; then
-  run_suite "$root/build-win32" win32 "$wine32" || status=$?
-else
-  echo "the 32-bit test suite was not run: $wine32_why; the x86_64 suite below runs the same code"
-fi
-echo "-- i686: $((SECONDS - start)) s"
+build_windows() {  # FLAVOUR ARCH [CMAKE_ARG...]: build-FLAVOUR with the ARCH mingw toolchain, its exports checked
+  local dir="$root/build-$1" arch=$2
+  shift 2
+  cmake -S "$src" -B "$dir" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-$arch.cmake" \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" || exit
+  cmake --build "$dir" -j"$jobs" || exit
+  check_exports "$arch-w64-mingw32-objdump" "$dir/bin/TQNRALM.dll" || exit
+}
 
-echo "== 64-bit Windows (x86_64): everything, and the tests under Wine"
-start=$SECONDS
-cmake -S "$src" -B "$root/build-win64" -DCMAKE_TOOLCHAIN_FILE="$src/cmake/toolchain-mingw-x86_64.cmake" \
-  -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$root/build-win64" -j"$jobs"
-check_exports x86_64-w64-mingw32-objdump "$root/build-win64/bin/TQNRALM.dll"
-check_imports x86_64-w64-mingw32-objdump "$root/build-win64"/bin/*.exe "$root/build-win64"/bin/*.dll || status=1
-run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 || status=$?
-echo "-- the x86_64 tests again with an English locale"
-run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 en_US || status=$?
-echo "-- x86_64: $((SECONDS - start)) s"
+windows_i686() {
+  local rc=0
+  build_windows win32 i686 -DTQNRALM_TESTS=ON
+  # The host was linked against the import library by the decorated stdcall
+  # names; it must import the plain ones.
+  if i686-w64-mingw32-objdump -p "$root/build-win32/bin/tqnralm.exe" | grep -q ' QV_[A-Za-z_]*@'; then
+    echo "tqnralm.exe imports decorated names"; exit 1
+  fi
+  check_imports i686-w64-mingw32-objdump "$root/build-win32"/bin/*.exe "$root/build-win32"/bin/*.dll || rc=1
+  if [ -z "$wine32_why" ]; then
+    run_suite "$root/build-win32" win32 "$wine32" || rc=$?
+  else
+    echo "the 32-bit test suite was not run: $wine32_why; the x86_64 suite below runs the same code"
+  fi
+  return $rc
+}
 
-echo "== differential: the sample stores walked by the Linux build and under Wine"
-start=$SECONDS
-# The Linux side is the README's build folder; only what the walk needs is built.
-cmake -S "$src" -B "$root/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$root/build" -j"$jobs" --target TQNRALM sNqxMsgNet tqnralm samplestore
-i686=()
-[ -z "$wine32_why" ] && i686=(--i686 "$root/build-win32")
-bash "$src/scripts/differential.sh" "${i686[@]}" --x86_64 "$root/build-win64" "$root/build" || status=$?
-echo "-- differential: $((SECONDS - start)) s"
+windows_x86_64() {
+  local rc=0
+  build_windows win64 x86_64
+  check_imports x86_64-w64-mingw32-objdump "$root/build-win64"/bin/*.exe "$root/build-win64"/bin/*.dll || rc=1
+  run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 || rc=$?
+  echo "-- the x86_64 tests again with an English locale"
+  run_suite "$root/build-win64" win64 /usr/lib/wine/wine64 en_US || rc=$?
+  return $rc
+}
 
-echo "== a copied Windows drive (XP and Vista) read by tqnralm.exe under wine64 as by the Linux build"
-start=$SECONDS
-bash "$src/scripts/windows-drive.sh" "$root/build-win64" "$root/build" || status=$?
-echo "-- copied drive: $((SECONDS - start)) s"
+differential() {
+  # The Linux side is the README's build folder; only what the walk needs is built.
+  cmake -S "$src" -B "$root/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo || exit
+  cmake --build "$root/build" -j"$jobs" --target TQNRALM sNqxMsgNet tqnralm samplestore || exit
+  local i686=()
+  [ -z "$wine32_why" ] && i686=(--i686 "$root/build-win32")
+  bash "$src/scripts/differential.sh" "${i686[@]}" --x86_64 "$root/build-win64" "$root/build"
+}
 
-echo "== the sample store read by tqnralm.exe under wine64 with an English and a Japanese locale as by the Linux build"
-start=$SECONDS
-bash "$src/scripts/windows-locale.sh" "$root/build-win64" "$root/build" || status=$?
-echo "-- locales: $((SECONDS - start)) s"
-
-echo "== tqnralm.exe in a console with code page 932, and piped"
-start=$SECONDS
-bash "$src/scripts/windows-console.sh" "$root/build-win64" "$root/build" || status=$?
-echo "-- console: $((SECONDS - start)) s"
-
-echo "== the release zips; the x86_64 twin unzipped and run under wine64 on the sample store"
-start=$SECONDS
-check_package || status=$?
-echo "-- package: $((SECONDS - start)) s"
-
-echo "== the migration assistant (x86_64) walked under wine64 and Xvfb: screenshots, export equal to tqnralm.exe's"
-start=$SECONDS
-bash "$src/scripts/gui-check.sh" "$root/build-win64" "$root/build" || status=$?
-echo "-- assistant: $((SECONDS - start)) s"
+step i686 "32-bit Windows (i686): everything with its tests; the tests under 32-bit Wine where it runs" windows_i686
+step x86_64 "64-bit Windows (x86_64): everything, and the tests under Wine" windows_x86_64
+step differential "differential: the sample stores walked by the Linux build and under Wine" differential
+step "copied drive" "a copied Windows drive (XP and Vista) read by tqnralm.exe under wine64 as by the Linux build" \
+  bash "$src/scripts/windows-drive.sh" "$root/build-win64" "$root/build"
+step locales "the sample store read by tqnralm.exe under wine64 with an English and a Japanese locale as by the Linux build" \
+  bash "$src/scripts/windows-locale.sh" "$root/build-win64" "$root/build"
+step console "tqnralm.exe in a console with code page 932, and piped" \
+  bash "$src/scripts/windows-console.sh" "$root/build-win64" "$root/build"
+step package "the release zips; the x86_64 twin unzipped and run under wine64 on the sample store" check_package
+step assistant "the migration assistant (x86_64) walked under wine64 and Xvfb: screenshots, export equal to tqnralm.exe's" \
+  bash "$src/scripts/gui-check.sh" "$root/build-win64" "$root/build"
 exit "$status"
