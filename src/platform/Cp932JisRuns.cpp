@@ -47,13 +47,13 @@ inline unsigned PairBlock(const unsigned char* p, __m128i high, char* out) {
     ok = _mm_or_si128(ok, Within(code, 0x3021, 0x4F53 - 0x3021));
     ok = _mm_or_si128(ok, Within(code, 0x5021, 0x7426 - 0x5021));
     ok = _mm_and_si128(ok, Within(j2, 0x21, 0x7E - 0x21));
-    // JisToSjis, lane by lane.
-    __m128i s1 = _mm_add_epi16(_mm_srli_epi16(_mm_add_epi16(j1, _mm_set1_epi16(1)), 1), _mm_set1_epi16(0x70));
+    // JisToSjis, lane by lane: s1 is (j1 + 1) / 2 + 0x70, 0x40 more above
+    // row 0x5E; s2 is j2 + 0x7E, less 0x5F (0x5E above cell 0x5F) in odd rows.
+    __m128i s1 = _mm_avg_epu16(j1, _mm_set1_epi16(0xE0));
     s1 = _mm_add_epi16(s1, _mm_and_si128(_mm_cmpgt_epi16(j1, _mm_set1_epi16(0x5E)), _mm_set1_epi16(0x40)));
-    const __m128i odd = _mm_cmpeq_epi16(_mm_and_si128(j1, _mm_set1_epi16(1)), _mm_set1_epi16(1));
-    const __m128i oddAdd = _mm_sub_epi16(_mm_set1_epi16(0x1F), _mm_cmpgt_epi16(j2, _mm_set1_epi16(0x5F)));
-    const __m128i add = _mm_or_si128(_mm_and_si128(odd, oddAdd), _mm_andnot_si128(odd, _mm_set1_epi16(0x7E)));
-    const __m128i s2 = _mm_add_epi16(j2, add);
+    const __m128i odd = _mm_srai_epi16(_mm_slli_epi16(v, 15), 15);
+    const __m128i less = _mm_sub_epi16(_mm_set1_epi16(-0x5F), _mm_cmpgt_epi16(j2, _mm_set1_epi16(0x5F)));
+    const __m128i s2 = _mm_add_epi16(_mm_add_epi16(j2, _mm_set1_epi16(0x7E)), _mm_and_si128(odd, less));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_or_si128(s1, _mm_slli_epi16(s2, 8)));
     return ~static_cast<unsigned>(_mm_movemask_epi8(ok)) & 0xFFFF;
 }
@@ -71,6 +71,19 @@ inline unsigned AsciiBlock(const unsigned char* p, bool iso, char* out) {
     return stop;
 }
 
+// Where a block's run ends, given its mask of bytes that are not arithmetic.
+// Runs mostly end at an escape (ISO-2022-JP) or an ASCII byte (EUC-JP):
+// that byte is found on a shorter path than the whole test, and taken when
+// the mask agrees, so that the next step need not wait for the test.
+inline unsigned Stop(const unsigned char* p, unsigned high, unsigned bad) {
+    const __m128i raw = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const unsigned ends = high == 0 ? static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(raw, _mm_set1_epi8(kEsc))))
+                                    : ~static_cast<unsigned>(_mm_movemask_epi8(raw)) & 0xFFFF;
+    if (__builtin_expect(ends != 0 && (ends & (0u - ends)) == (bad & (0u - bad)), 1))
+        return static_cast<unsigned>(__builtin_ctz(ends));
+    return static_cast<unsigned>(__builtin_ctz(bad)) & ~1u;
+}
+
 #endif
 
 // The arithmetic pairs at the start of p[0, n), converted: the bytes taken.
@@ -82,7 +95,7 @@ size_t Pairs(const unsigned char* p, size_t n, unsigned high, char* out) {
     const __m128i less = _mm_set1_epi8(static_cast<char>(high));
     for (; i + 16 <= n; i += 16) {
         const unsigned bad = PairBlock(p + i, less, out + i);
-        if (bad != 0) return i + (static_cast<unsigned>(__builtin_ctz(bad)) & ~1u);
+        if (bad != 0) return i + Stop(p + i, high, bad);
     }
 #endif
     for (; i + 1 < n; i += 2) {
