@@ -472,7 +472,10 @@ bool RewriteHeaders(std::string_view message, std::string* out) {
 bool DecodeSubject(std::string_view message, std::string* subject) {
     std::string_view raw;
     if (!FindField(message, "Subject", &raw)) return false;
-    const std::string value = msg::UnfoldValue(raw);
+    // A value of one line is unfolded by trimming it (msg::UnfoldValue).
+    std::string unfolded;
+    const std::string_view value =
+        raw.find('\n') == std::string_view::npos ? msg::TrimSpace(raw) : (unfolded = msg::UnfoldValue(raw));
     // Encoded words name their charsets; only raw bytes need the message's.
     *subject = Decode(value, HasRaw(value) ? DeclaredCodePage(message) : msg::kCpGuess);
     return true;
