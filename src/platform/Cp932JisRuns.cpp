@@ -27,26 +27,29 @@ inline bool PlainAscii(unsigned char b, bool iso) { return b < 0x80 && !(iso && 
 
 #if defined(__SSE2__)
 
-// 16-bit lanes all ones where (x - first) <= span, unsigned.
-inline __m128i Within(__m128i x, unsigned first, unsigned span) {
+// 16-bit lanes all ones where (x - first) > span, unsigned, and no lane all
+// ones where it is within: the lanes outside every range are those all ones
+// in the AND of the answers for each.
+inline __m128i Beyond(__m128i x, unsigned first, unsigned span) {
     const __m128i off = _mm_sub_epi16(x, _mm_set1_epi16(static_cast<short>(first)));
-    return _mm_cmpeq_epi16(_mm_subs_epu16(off, _mm_set1_epi16(static_cast<short>(span))), _mm_setzero_si128());
+    return _mm_adds_epu16(off, _mm_set1_epi16(static_cast<short>(0xFFFE - span)));
 }
 
 // Eight pairs from p (each byte less high) to their JisToSjis forms in out;
 // returns a mask of the bytes of the pairs that are not arithmetic. The
 // forms before the first such pair are meant, no other.
-inline unsigned PairBlock(const unsigned char* p, __m128i high, char* out) {
+inline unsigned PairBlock(const unsigned char* p, __m128i high, char* to) {
     const __m128i v = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), high);
     const __m128i j1 = _mm_and_si128(v, _mm_set1_epi16(0xFF));  // lanes: j1 | j2 << 8
     const __m128i j2 = _mm_srli_epi16(v, 8);
-    const __m128i code = _mm_or_si128(_mm_slli_epi16(j1, 8), j2);
-    // IsArithmeticJis, lane by lane.
-    __m128i ok = _mm_or_si128(Within(code, 0x2121, 0x222E - 0x2121), Within(code, 0x2421, 0x2473 - 0x2421));
-    ok = _mm_or_si128(ok, Within(code, 0x2521, 0x2576 - 0x2521));
-    ok = _mm_or_si128(ok, Within(code, 0x3021, 0x4F53 - 0x3021));
-    ok = _mm_or_si128(ok, Within(code, 0x5021, 0x7426 - 0x5021));
-    ok = _mm_and_si128(ok, Within(j2, 0x21, 0x7E - 0x21));
+    // IsArithmeticJis, lane by lane: a cell outside 0x21-0x7E makes the
+    // code 0xFFFF, beyond every range.
+    const __m128i cellOut = _mm_cmpeq_epi16(Beyond(j2, 0x21, 0x7E - 0x21), _mm_set1_epi16(-1));
+    const __m128i code = _mm_or_si128(_mm_or_si128(_mm_slli_epi16(j1, 8), j2), cellOut);
+    __m128i out = _mm_and_si128(Beyond(code, 0x2121, 0x222E - 0x2121), Beyond(code, 0x2421, 0x2473 - 0x2421));
+    out = _mm_and_si128(out, Beyond(code, 0x2521, 0x2576 - 0x2521));
+    out = _mm_and_si128(out, Beyond(code, 0x3021, 0x4F53 - 0x3021));
+    out = _mm_and_si128(out, Beyond(code, 0x5021, 0x7426 - 0x5021));
     // JisToSjis, lane by lane: s1 is (j1 + 1) / 2 + 0x70, 0x40 more above
     // row 0x5E; s2 is j2 + 0x7E, less 0x5F (0x5E above cell 0x5F) in odd rows.
     __m128i s1 = _mm_avg_epu16(j1, _mm_set1_epi16(0xE0));
@@ -54,8 +57,8 @@ inline unsigned PairBlock(const unsigned char* p, __m128i high, char* out) {
     const __m128i odd = _mm_srai_epi16(_mm_slli_epi16(v, 15), 15);
     const __m128i less = _mm_sub_epi16(_mm_set1_epi16(-0x5F), _mm_cmpgt_epi16(j2, _mm_set1_epi16(0x5F)));
     const __m128i s2 = _mm_add_epi16(_mm_add_epi16(j2, _mm_set1_epi16(0x7E)), _mm_and_si128(odd, less));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_or_si128(s1, _mm_slli_epi16(s2, 8)));
-    return ~static_cast<unsigned>(_mm_movemask_epi8(ok)) & 0xFFFF;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(s1, _mm_slli_epi16(s2, 8)));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(out, _mm_set1_epi16(-1))));
 }
 
 // Sixteen bytes copied from p to out; returns a mask of those that are not
