@@ -1,6 +1,7 @@
 // MsgCharset.cpp - charset names, the raw-byte guess, conversion through qvp.
 #include "MsgCharset.h"
 
+#include <algorithm>
 #include <climits>
 
 #include "MsgText.h"
@@ -325,13 +326,11 @@ std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
     return out;
 }
 
-void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out) {
+namespace {
+
+// Any other charset goes through UTF-16, but for its long ASCII runs.
+void ConvertThroughWide(uint32_t codePage, std::string_view bytes, std::string* out) {
     out->clear();
-    if (IsPlainAscii(codePage, bytes)) return (void)out->assign(bytes);
-    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
-    if (codePage == qvp::kCp932) return (void)out->assign(bytes);
-    // The charsets built on code page 932 go there in one pass.
-    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), out)) return;
     out->reserve(bytes.size());
     std::u16string wide;
     const auto convert = [&](std::string_view piece) {
@@ -349,6 +348,52 @@ void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out) {
         done = i;
     }
     convert(bytes.substr(done));
+}
+
+}  // namespace
+
+void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out) {
+    out->clear();
+    if (IsPlainAscii(codePage, bytes)) return (void)out->assign(bytes);
+    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    if (codePage == qvp::kCp932) return (void)out->assign(bytes);
+    // The charsets built on code page 932 go there in one pass.
+    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), out)) return;
+    ConvertThroughWide(codePage, bytes, out);
+}
+
+char* TextRoom::Reserve(size_t n) {
+    if (!m_data || n > m_size) {
+        // Grown by half again, so that a walk of growing bodies does not
+        // allocate for each; new char[] leaves the bytes unset.
+        const size_t size = std::max({n, m_size + m_size / 2, size_t{64}});
+        m_data.reset(new char[size]);
+        m_size = size;
+    }
+    return m_data.get();
+}
+
+void TextRoom::Trim(size_t limit) {
+    if (m_size > limit) {
+        m_data.reset();
+        m_size = 0;
+    }
+    if (text.capacity() > limit) std::string().swap(text);
+    if (decoded.capacity() > limit) std::string().swap(decoded);
+}
+
+std::string_view Cp932View(uint32_t codePage, std::string_view bytes, TextRoom* room) {
+    if (IsPlainAscii(codePage, bytes)) return bytes;
+    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
+    if (codePage == qvp::kCp932) return bytes;
+    if (codePage == qvp::kCpIso2022Jp || codePage == qvp::kCpEucJp) {
+        char* at = room->Reserve(2 * bytes.size());
+        size_t written = 0;
+        qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), at, &written);
+        return {at, written};
+    }
+    ConvertThroughWide(codePage, bytes, &room->text);
+    return room->text;
 }
 
 }  // namespace msg

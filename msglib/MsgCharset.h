@@ -7,7 +7,9 @@
 #ifndef QV_MSGLIB_MSGCHARSET_H
 #define QV_MSGLIB_MSGCHARSET_H
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -59,6 +61,29 @@ std::string WideToCp932(std::u16string_view wide);
 std::string BytesToCp932(uint32_t codePage, std::string_view bytes);
 // The same into *out, which it replaces (its room is used again).
 void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out);
+
+// Room that converted text is written into, kept from one text to the next.
+// It grows without being filled first: the converter writes every byte it
+// hands out.
+class TextRoom {
+public:
+    // Room for n bytes; what it held before is lost.
+    char* Reserve(size_t n);
+    // Lets go of whatever is above limit bytes, so that one huge text's room
+    // is not kept for the small ones after it.
+    void Trim(size_t limit);
+
+    std::string text;     // a conversion through UTF-16 is made here
+    std::string decoded;  // a body with its transfer encoding undone
+
+private:
+    std::unique_ptr<char[]> m_data;
+    size_t m_size = 0;
+};
+
+// BytesToCp932's text without a copy: bytes themselves where they need no
+// change (plain ASCII, CP932), else a view into *room, valid until its next use.
+std::string_view Cp932View(uint32_t codePage, std::string_view bytes, TextRoom* room);
 
 }  // namespace msg
 

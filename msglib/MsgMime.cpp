@@ -145,14 +145,15 @@ void MimeStructure::Build(std::string_view text) {
     }
 }
 
-void MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, std::string* out) {
+std::string_view MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room) {
     std::string_view raw = text.substr(leaf.bodyBegin, leaf.bodyEnd - leaf.bodyBegin);
     const uint32_t codePage = CodePageOfCharset(leaf.charset);
     switch (leaf.encoding) {
-        case MT_ENC_BASE64: return BytesToCp932(codePage, DecodeBase64Body(raw), out);
-        case MT_ENC_QP: return BytesToCp932(codePage, DecodeQuotedPrintableBody(raw), out);
-        default: return BytesToCp932(codePage, raw, out);  // most mail: converted from the message's own bytes
+        case MT_ENC_BASE64: room->decoded = DecodeBase64Body(raw); break;
+        case MT_ENC_QP: room->decoded = DecodeQuotedPrintableBody(raw); break;
+        default: return Cp932View(codePage, raw, room);  // most mail: converted from the message's own bytes
     }
+    return Cp932View(codePage, room->decoded, room);
 }
 
 }  // namespace msg

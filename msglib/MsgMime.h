@@ -17,6 +17,8 @@
 
 namespace msg {
 
+class TextRoom;
+
 struct MimeLeaf {
     size_t bodyBegin = 0;  // offsets of the raw body in the message text
     size_t bodyEnd = 0;
@@ -45,7 +47,8 @@ public:
     const std::vector<std::string>& AttachmentNames() const { return m_attachNames; }
 
     // The body of a part, transfer encoding undone and converted to CP932.
-    static void DecodeBody(std::string_view text, const MimeLeaf& leaf, std::string* out);
+    // A view of text where it needs no change, else of *room.
+    static std::string_view DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room);
 
 private:
     std::vector<MimeLeaf> m_main;

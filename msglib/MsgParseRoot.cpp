@@ -18,7 +18,6 @@ void MsgParseRoot::Clear() noexcept {
     m_header.Clear();
     m_mime.Clear();
     m_text.clear();
-    m_body.clear();
 }
 
 void MsgParseRoot::Parse(const char* text, size_t size) {
@@ -63,12 +62,10 @@ bool MsgParseRoot::MessageId(std::string* out) const {
     return true;
 }
 
-const std::string& MsgParseRoot::MainPartBody(size_t index) const {
+std::string_view MsgParseRoot::MainPartBody(size_t index) const {
     const MimeLeaf& leaf = m_mime.MainParts().at(index);
-    // A huge body's room is not kept for the small ones after it.
-    if (m_body.capacity() > kKeptBody) std::string().swap(m_body);
-    MimeStructure::DecodeBody(m_text, leaf, &m_body);
-    return m_body;
+    m_body.Trim(kKeptBody);
+    return MimeStructure::DecodeBody(m_text, leaf, &m_body);
 }
 
 }  // namespace msg

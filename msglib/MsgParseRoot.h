@@ -34,11 +34,11 @@ public:
     // The part's body, valid until the next call or the next message. Its
     // room is kept for the next body, so that a folder's walk does not
     // allocate one per message.
-    const std::string& MainPartBody(size_t index) const;
+    std::string_view MainPartBody(size_t index) const;
 
 private:
     std::string m_text;
-    mutable std::string m_body;  // MainPartBody's last answer
+    mutable TextRoom m_body;  // MainPartBody's last answer, unless a view of m_text
     MsgHeader m_header;
     MimeStructure m_mime;
 

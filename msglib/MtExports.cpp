@@ -107,7 +107,7 @@ MT_API MT_WORD MT_GetMainNext(MT_WORD root, MT_WORD* pos, MT_WORD* w0, MT_WORD* 
     const msg::MimeLeaf& leaf = parts[index];
     *pos = index + 1 < parts.size() ? *pos + 1 : 0;
     try {
-        const std::string& body = r.MainPartBody(index);
+        const std::string_view body = r.MainPartBody(index);
         // Texts are made only for slots the caller gave, so none is lost.
         char* texts[5] = {
             w0 ? NewText(leaf.contentType) : nullptr,

@@ -262,14 +262,22 @@ bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string*
     return DecodeEucJp(p, n, sink);
 }
 
+bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, char* out, size_t* written) {
+    if (codePage != kCpIso2022Jp && codePage != kCpEucJp) return false;
+    AnsiSink sink(out);
+    if (codePage == kCpIso2022Jp) DecodeIso2022Jp(p, n, sink);
+    else DecodeEucJp(p, n, sink);
+    *written = static_cast<size_t>(sink.End() - out);
+    return true;
+}
+
 bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, std::string* out) {
     if (codePage != kCpIso2022Jp && codePage != kCpEucJp) return false;
     const size_t old = out->size();
     out->resize(old + 2 * n);
-    AnsiSink sink(&(*out)[0] + old);
-    if (codePage == kCpIso2022Jp) DecodeIso2022Jp(p, n, sink);
-    else DecodeEucJp(p, n, sink);
-    out->resize(static_cast<size_t>(sink.End() - out->data()));
+    size_t written = 0;
+    JapaneseToCp932(codePage, p, n, &(*out)[0] + old, &written);
+    out->resize(old + written);
     return true;
 }
 
@@ -381,6 +389,10 @@ size_t WideCount(const char16_t* wide, int cchWide) {
 
 bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, std::string* out) {
     return cp932::JapaneseToCp932(codePage, reinterpret_cast<const unsigned char*>(multi), count, out);
+}
+
+bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, char* out, size_t* written) {
+    return cp932::JapaneseToCp932(codePage, reinterpret_cast<const unsigned char*>(multi), count, out, written);
 }
 
 }  // namespace qvp

@@ -86,6 +86,8 @@ bool EucJpToUtf16(const unsigned char* p, size_t n, bool strict, std::u16string*
 // lenient decoding above followed by the encoding of WideCharToMultiByte,
 // without the UTF-16 text between. False for another code page.
 bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, std::string* out);
+// The same into out, which has room for 2 * n bytes; *written its length.
+bool JapaneseToCp932(uint32_t codePage, const unsigned char* p, size_t n, char* out, size_t* written);
 // ISO-8859-1 (limit 0xFF) and US-ASCII (limit 0x7F); a byte above the limit
 // fails (strict) or becomes U+FFFD.
 bool SingleByteToUtf16(const unsigned char* p, size_t n, unsigned limit, bool strict, std::u16string* out);

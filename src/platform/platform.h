@@ -90,6 +90,9 @@ int WideCharToMultiByte(uint32_t codePage, const char16_t* wide, int cchWide,
 // flags and then WideCharToMultiByte into kCp932 give, with no UTF-16 text
 // between, appended to *out. False, with nothing appended, for another code page.
 bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, std::string* out);
+// The same into the caller's room of at least 2 * count bytes (no text takes
+// more), *written set to the bytes written.
+bool JapaneseToAnsi(uint32_t codePage, const char* multi, size_t count, char* out, size_t* written);
 
 // Is this byte a lead byte of a double-byte character in the readers' ANSI
 // code page (932)?
