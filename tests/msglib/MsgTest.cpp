@@ -224,6 +224,11 @@ TEST(MsgMime, PartsAndAttachments) {
         {"lf ends", Entity({"Content-Type: multipart/mixed;", " boundary=lf"}, "--lf\n\nA\n--lf\n\nB\n--lf--", "\n"),
          {"A", "B"}, {}},
         {"multipart without boundary", Entity({"Content-Type: multipart/mixed"}, "x"), {}, {""}},
+        {"jis bodies, longer then shorter then empty",
+         Mixed({Coded("iso-2022-jp", "7bit", jis + jis + jis + "\r\n"), Coded("iso-2022-jp", "7bit", jis),
+                Coded("iso-2022-jp", "7bit", "")}),
+         {"資料資料資料\r\n", "資料", ""}, {}},
+        {"euc-jp in base64", Coded("euc-jp", "base64", "u/HOwQ=="), {"資料"}, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
