@@ -141,10 +141,13 @@ uint32_t CodePageOfCharset(std::string_view name) {
     const size_t star = name.find('*');
     if (star != std::string_view::npos) name = name.substr(0, star);
     if (name.empty() || name.size() > 32) return kCpGuess;
+    // Every part names its charset: the key is made on the stack, as Key makes it.
+    char room[32];
+    for (size_t i = 0; i < name.size(); ++i) room[i] = name[i] == '_' ? '-' : AsciiLower(name[i]);
+    const std::string_view key(room, name.size());
     const std::vector<Entry>& labels = SortedLabels();
-    const std::string key = Key(name);
     const auto it = std::lower_bound(labels.begin(), labels.end(), key,
-                                     [](const Entry& e, const std::string& k) { return e.first < k; });
+                                     [](const Entry& e, std::string_view k) { return std::string_view(e.first) < k; });
     return it != labels.end() && it->first == key ? it->second : kCpGuess;
 }
 

@@ -72,6 +72,20 @@ std::string Read(MT_WORD (*get)(MT_WORD, char**, MT_WORD*), const std::string& m
     return out;
 }
 
+TEST(MsgCharset, Labels) {
+    const std::string longest = "iso-2022-jp" + std::string(21, 'x');  // 32 bytes, no label
+    const struct { const char* name; std::string label; uint32_t expected; } cases[] = {
+        {"case and underscore", " ISO_2022-Jp*ja\t", qvp::kCpIso2022Jp},
+        {"python alias", "UTF_8", qvp::kCpUtf8},
+        {"prefix of a label", "iso-2022", kCpGuess},
+        {"32 bytes", longest, kCpGuess},
+        {"33 bytes", longest + "x", kCpGuess},
+        {"8-bit byte", "utf-8\xC0", kCpGuess},
+        {"empty", "", kCpGuess},
+    };
+    for (const auto& c : cases) EXPECT_EQ(msg::CodePageOfCharset(c.label), c.expected) << c.name;
+}
+
 TEST(MsgCharset, SubjectRows) {
     for (const qvt::SubjectRow& row : qvt::SubjectRows()) {
         // A word in a charset the system has no converter for (Wine has none
