@@ -1,6 +1,7 @@
 // MsgHeader.cpp - header block parsing: fields, folding, the end of the header.
 #include "MsgHeader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "MsgText.h"
@@ -73,17 +74,25 @@ bool MsgHeader::Find(std::string_view name, std::string_view* raw) const {
     return false;
 }
 
-std::string UnfoldValue(std::string_view raw) {
-    std::string out;
-    out.reserve(raw.size());
-    for (size_t i = 0; i < raw.size(); ++i) {
-        char c = raw[i];
+std::string_view UnfoldedView(std::string_view raw, std::string* room) {
+    // Everything outside the trimmed value is blanks and line ends, so a
+    // trimmed value without a line end is already the unfolded one.
+    const std::string_view trimmed = TrimSpace(raw);
+    const auto lineEnd = [](char c) { return c == '\r' || c == '\n'; };
+    if (std::none_of(trimmed.begin(), trimmed.end(), lineEnd)) return trimmed;
+    room->clear();
+    for (size_t i = 0; i < trimmed.size(); ++i) {
+        char c = trimmed[i];
         if (c == '\n') continue;
-        if (c == '\r' && i + 1 < raw.size() && raw[i + 1] == '\n') continue;
-        out.push_back(c);
+        if (c == '\r' && i + 1 < trimmed.size() && trimmed[i + 1] == '\n') continue;
+        room->push_back(c);
     }
-    std::string_view trimmed = TrimSpace(out);
-    return std::string(trimmed);
+    return TrimSpace(*room);
+}
+
+std::string UnfoldValue(std::string_view raw) {
+    std::string room;
+    return std::string(UnfoldedView(raw, &room));
 }
 
 }  // namespace msg

@@ -44,6 +44,9 @@ private:
 // A field value unfolded (its line breaks removed, the blanks after them kept)
 // and trimmed of blanks at both ends.
 std::string UnfoldValue(std::string_view raw);
+// The same as a view: into raw itself when the value is on one line (most
+// are), else into *room, which it replaces.
+std::string_view UnfoldedView(std::string_view raw, std::string* room);
 
 }  // namespace msg
 

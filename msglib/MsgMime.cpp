@@ -15,18 +15,14 @@ namespace msg {
 
 namespace {
 
-struct Frame {
-    size_t begin;
-    size_t end;
-    int depth;
-    bool inDigest;  // in multipart/digest a part without a type is a message
-};
-
 int EncodingCode(std::string_view raw) {
-    std::string name = LowerCopy(TrimSpace(raw));
-    if (name.empty() || name == "7bit" || name == "8bit" || name == "binary") return MT_ENC_NONE;
-    if (name == "quoted-printable") return MT_ENC_QP;
-    if (name == "base64") return MT_ENC_BASE64;
+    const std::string_view name = TrimSpace(raw);
+    if (name.empty() || EqualsNoCase(name, "7bit") || EqualsNoCase(name, "8bit") ||
+        EqualsNoCase(name, "binary")) {
+        return MT_ENC_NONE;
+    }
+    if (EqualsNoCase(name, "quoted-printable")) return MT_ENC_QP;
+    if (EqualsNoCase(name, "base64")) return MT_ENC_BASE64;
     return MT_ENC_OTHER;
 }
 
@@ -78,71 +74,76 @@ void MimeStructure::Clear() noexcept {
     m_main.clear();
     m_attachNames.clear();
     m_attachCount = 0;
+    m_partHeader.Clear();  // its views are into the message that goes
 }
 
-void MimeStructure::Build(std::string_view text) {
+void MimeStructure::Build(std::string_view text, const MsgHeader& top) {
     Clear();
-    std::vector<Frame> stack;
-    stack.push_back({0, text.size(), 0, false});
-    std::vector<std::pair<size_t, size_t>> children;
-    MsgHeader header;
-    MsgParams type;
-    MsgParams disposition;
+    m_stack.clear();
+    m_stack.push_back({0, text.size(), 0, false});
     int leafNumber = 0;
-
-    while (!stack.empty()) {
-        Frame f = stack.back();
-        stack.pop_back();
-        header.Parse(text.substr(f.begin, f.end - f.begin));
+    for (bool first = true; !m_stack.empty(); first = false) {
+        const Frame f = m_stack.back();
+        m_stack.pop_back();
+        // The message's own header is parsed already; a part's is parsed here.
+        if (!first) m_partHeader.Parse(text.substr(f.begin, f.end - f.begin));
+        const MsgHeader& header = first ? top : m_partHeader;
         const size_t bodyBegin = f.begin + header.BodyOffset();
 
         std::string_view raw;
-        type.Parse(header.Find("Content-Type", &raw) ? UnfoldValue(raw) : std::string());
-        std::string contentType = type.Value();
+        m_type.Parse(header.Find("Content-Type", &raw) ? UnfoldedView(raw, &m_room) : std::string_view());
+        std::string contentType = m_type.Value();
         if (contentType.find('/') == std::string::npos || contentType.front() == '/' ||
             contentType.back() == '/') {
             contentType = f.inDigest ? "message/rfc822" : "text/plain";
         }
 
         std::string boundary;
-        if (contentType.compare(0, 10, "multipart/") == 0 && type.Get("boundary", &boundary) &&
+        if (contentType.compare(0, 10, "multipart/") == 0 && m_type.Get("boundary", &boundary) &&
             !boundary.empty()) {
             if (f.depth < kMaxNesting) {
-                SplitMultipart(text, bodyBegin, f.end, boundary, &children);
+                SplitMultipart(text, bodyBegin, f.end, boundary, &m_children);
                 bool digest = contentType == "multipart/digest";
                 // Pushed last part first, so that the walk goes in the order of the text.
-                for (size_t i = children.size(); i-- > 0;) {
-                    stack.push_back({children[i].first, children[i].second, f.depth + 1, digest});
+                for (size_t i = m_children.size(); i-- > 0;) {
+                    m_stack.push_back({m_children[i].first, m_children[i].second, f.depth + 1, digest});
                 }
             }
             continue;
         }
-
         MimeLeaf leaf;
         leaf.number = ++leafNumber;
         leaf.depth = f.depth;
         leaf.bodyBegin = bodyBegin;
         leaf.bodyEnd = f.end;
         leaf.contentType = std::move(contentType);
-        if (type.Get("charset", &leaf.charset)) leaf.charset = LowerCopy(leaf.charset);
-        leaf.encoding = EncodingCode(header.Find("Content-Transfer-Encoding", &raw) ? UnfoldValue(raw)
-                                                                                     : std::string());
-        leaf.hasDisposition = header.Find("Content-Disposition", &raw);
-        disposition.Parse(leaf.hasDisposition ? UnfoldValue(raw) : std::string());
-        leaf.disposition = disposition.Value();
-        leaf.hasContentId = header.Find("Content-ID", &raw);
-        if (leaf.hasContentId) leaf.contentId = UnfoldValue(raw);
-
-        std::u16string fileName;
-        bool named = disposition.GetText("filename", &fileName) || type.GetText("name", &fileName);
-        bool isText = leaf.contentType.compare(0, 5, "text/") == 0;
-        if (isText && !named && leaf.disposition != "attachment") {
-            if (m_main.size() < MT_MAX_MAIN_PARTS) m_main.push_back(std::move(leaf));
-            continue;
-        }
-        ++m_attachCount;
-        if (m_attachNames.size() < MT_ATTACH_SLOTS) m_attachNames.push_back(WideToCp932(fileName));
+        AddLeaf(header, std::move(leaf));
     }
+}
+
+void MimeStructure::AddLeaf(const MsgHeader& header, MimeLeaf&& leaf) {
+    std::string_view raw;
+    if (m_type.Get("charset", &leaf.charset)) {
+        for (char& c : leaf.charset) c = AsciiLower(c);
+    }
+    leaf.encoding = EncodingCode(header.Find("Content-Transfer-Encoding", &raw)
+                                     ? UnfoldedView(raw, &m_room)
+                                     : std::string_view());
+    leaf.hasDisposition = header.Find("Content-Disposition", &raw);
+    m_disposition.Parse(leaf.hasDisposition ? UnfoldedView(raw, &m_room) : std::string_view());
+    leaf.disposition = m_disposition.Value();
+    leaf.hasContentId = header.Find("Content-ID", &raw);
+    if (leaf.hasContentId) leaf.contentId = UnfoldedView(raw, &m_room);
+
+    std::u16string fileName;
+    bool named = m_disposition.GetText("filename", &fileName) || m_type.GetText("name", &fileName);
+    bool isText = leaf.contentType.compare(0, 5, "text/") == 0;
+    if (isText && !named && leaf.disposition != "attachment") {
+        if (m_main.size() < MT_MAX_MAIN_PARTS) m_main.push_back(std::move(leaf));
+        return;
+    }
+    ++m_attachCount;
+    if (m_attachNames.size() < MT_ATTACH_SLOTS) m_attachNames.push_back(WideToCp932(fileName));
 }
 
 std::string_view MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room) {

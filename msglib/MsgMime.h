@@ -13,7 +13,11 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "MsgHeader.h"
+#include "MsgParams.h"
 
 namespace msg {
 
@@ -37,8 +41,9 @@ class MimeStructure {
 public:
     static constexpr int kMaxNesting = 32;
 
-    // Walks the message; text must outlive the structure.
-    void Build(std::string_view text);
+    // Walks the message, whose own header top already holds; text must
+    // outlive the structure.
+    void Build(std::string_view text, const MsgHeader& top);
     void Clear() noexcept;
 
     const std::vector<MimeLeaf>& MainParts() const { return m_main; }
@@ -51,9 +56,25 @@ public:
     static std::string_view DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room);
 
 private:
+    struct Frame {
+        size_t begin;
+        size_t end;
+        int depth;
+        bool inDigest;  // in multipart/digest a part without a type is a message
+    };
+
+    void AddLeaf(const MsgHeader& header, MimeLeaf&& leaf);
+
     std::vector<MimeLeaf> m_main;
     std::vector<std::string> m_attachNames;
     size_t m_attachCount = 0;
+    // The walk's working state, kept so that its room serves the next message.
+    std::vector<Frame> m_stack;
+    std::vector<std::pair<size_t, size_t>> m_children;
+    MsgHeader m_partHeader;
+    MsgParams m_type;
+    MsgParams m_disposition;
+    std::string m_room;  // a folded value, unfolded
 };
 
 // The body parts of a multipart body, as offsets into text, in order. The

@@ -70,23 +70,37 @@ std::string_view SplitCharset(std::string_view v, std::string_view* charset) {
     return v.substr(b + 1);
 }
 
+// The part before the first ';' into *value, comments removed, trimmed and
+// in lower case; where that part ends.
+size_t LeadingValue(std::string_view s, std::string* value) {
+    const size_t n = s.size();
+    size_t p = 0;
+    while (p < n && s[p] != ';' && s[p] != '(') ++p;
+    if (p == n || s[p] == ';') {  // no comment: the value is one piece
+        value->assign(TrimSpace(s.substr(0, p)));
+        for (char& c : *value) c = AsciiLower(c);
+        return p;
+    }
+    p = 0;
+    while (p < n && s[p] != ';') {
+        if (s[p] == '(') {
+            p = SkipCfws(s, p);
+            continue;
+        }
+        value->push_back(AsciiLower(s[p]));
+        ++p;
+    }
+    *value = std::string(TrimSpace(*value));
+    return p;
+}
+
 }  // namespace
 
 void MsgParams::Parse(std::string_view s) {
     m_value.clear();
     m_params.clear();
     const size_t n = s.size();
-    size_t p = 0;
-    while (p < n && s[p] != ';') {
-        if (s[p] == '(') {
-            p = SkipCfws(s, p);
-            continue;
-        }
-        m_value.push_back(AsciiLower(s[p]));
-        ++p;
-    }
-    m_value = std::string(TrimSpace(m_value));
-
+    size_t p = LeadingValue(s, &m_value);
     while (p < n) {
         p = SkipCfws(s, p);
         if (p >= n) break;

@@ -25,7 +25,7 @@ void MsgParseRoot::Parse(const char* text, size_t size) {
     try {
         if (size > 0) m_text.assign(text, size);
         m_header.Parse(m_text);
-        m_mime.Build(m_text);
+        m_mime.Build(m_text, m_header);
     } catch (...) {
         Clear();
         throw;
@@ -55,7 +55,14 @@ bool MsgParseRoot::Subject(std::string* out) const {
 bool MsgParseRoot::MessageId(std::string* out) const {
     std::string_view raw;
     if (!m_header.Find("Message-ID", &raw)) return false;
-    const std::string value = UnfoldValue(raw);
+    std::string room;
+    const std::string_view value = UnfoldedView(raw, &room);
+    // ASCII without an escape reads as itself in every guess and in CP932.
+    const auto plain = [](char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\x1B'; };
+    if (std::all_of(value.begin(), value.end(), plain)) {
+        out->assign(value);
+        return true;
+    }
     std::u16string wide;
     AppendWide(GuessCodePage(value, Declared(value)), value, &wide);
     *out = WideToCp932(wide);
