@@ -180,6 +180,7 @@ TEST(MsgHeaders, SubjectAndId) {
          Entity({"SUBJECT : 1", "subject: 2", "message-id:<1@x>", "Message-ID: <2@x>"}, ""), "1", "<1@x>"},
         {"empty field", Entity({"Subject:"}, "x"), "", "(none)"},
         {"id folded, trimmed, blank inside kept", Entity({"Message-Id:", " \t<a", " @b>  "}, ""), "(none)", "<a @b>"},
+        {"raw jis id", Entity({"Message-ID: <" + jis + "@x>"}, ""), "(none)", "<日本語@x>"},
         {"id words not decoded", Entity({"Message-ID:=?UTF-8?B?5pel?=@x"}, ""), "(none)", "=?UTF-8?B?5pel?=@x"},
         {"only in the body", Entity({"From: a@b"}, "Subject: s\r\nMessage-ID: <b@x>\r\n"), "(none)", "(none)"},
         {"no blank line: all header", "From: a@b\r\nSubject: last line", "last line", "(none)"},
