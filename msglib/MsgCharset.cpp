@@ -320,12 +320,6 @@ std::string WideToCp932(std::u16string_view text) {
     return out;
 }
 
-std::string BytesToCp932(uint32_t codePage, std::string_view bytes) {
-    std::string out;
-    BytesToCp932(codePage, bytes, &out);
-    return out;
-}
-
 namespace {
 
 // Any other charset goes through UTF-16, but for its long ASCII runs.
@@ -352,16 +346,6 @@ void ConvertThroughWide(uint32_t codePage, std::string_view bytes, std::string* 
 
 }  // namespace
 
-void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out) {
-    out->clear();
-    if (IsPlainAscii(codePage, bytes)) return (void)out->assign(bytes);
-    if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
-    if (codePage == qvp::kCp932) return (void)out->assign(bytes);
-    // The charsets built on code page 932 go there in one pass.
-    if (qvp::JapaneseToAnsi(codePage, bytes.data(), bytes.size(), out)) return;
-    ConvertThroughWide(codePage, bytes, out);
-}
-
 char* TextRoom::Reserve(size_t n) {
     if (!m_data || n > m_size) {
         // Grown by half again, so that a walk of growing bodies does not
@@ -386,6 +370,7 @@ std::string_view Cp932View(uint32_t codePage, std::string_view bytes, TextRoom* 
     if (IsPlainAscii(codePage, bytes)) return bytes;
     if (codePage == kCpGuess || codePage == qvp::kCpAscii) codePage = GuessCodePage(bytes);
     if (codePage == qvp::kCp932) return bytes;
+    // The charsets built on code page 932 go there in one pass.
     if (codePage == qvp::kCpIso2022Jp || codePage == qvp::kCpEucJp) {
         char* at = room->Reserve(2 * bytes.size());
         size_t written = 0;

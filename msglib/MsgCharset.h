@@ -56,12 +56,6 @@ void AppendWide(uint32_t codePage, std::string_view bytes, std::u16string* out);
 // the bytes A0 and FD-FF become '?'.
 std::string WideToCp932(std::u16string_view wide);
 
-// Bytes in a code page (or kCpGuess) to CP932, as AppendWide and WideToCp932
-// would give, but CP932 input is kept as it is (bodies keep their bytes).
-std::string BytesToCp932(uint32_t codePage, std::string_view bytes);
-// The same into *out, which it replaces (its room is used again).
-void BytesToCp932(uint32_t codePage, std::string_view bytes, std::string* out);
-
 // Room that converted text is written into, kept from one text to the next.
 // It grows without being filled first: the converter writes every byte it
 // hands out.
@@ -81,8 +75,10 @@ private:
     size_t m_size = 0;
 };
 
-// BytesToCp932's text without a copy: bytes themselves where they need no
-// change (plain ASCII, CP932), else a view into *room, valid until its next use.
+// Bytes in a code page (or kCpGuess) to CP932, as AppendWide and WideToCp932
+// would give, but CP932 input is kept as it is (bodies keep their bytes).
+// Without a copy: the bytes themselves where they need no change (plain
+// ASCII, CP932), else a view into *room, valid until its next use.
 std::string_view Cp932View(uint32_t codePage, std::string_view bytes, TextRoom* room);
 
 }  // namespace msg

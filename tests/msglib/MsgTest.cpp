@@ -329,7 +329,8 @@ TEST(MsgCharset, AsciiRunsConvertAsTheWholeText) {
     for (const auto& t : kTexts) {
         std::u16string wide;
         msg::AppendWide(t.codePage, t.text, &wide);
-        EXPECT_EQ(msg::WideToCp932(wide), msg::BytesToCp932(t.codePage, t.text)) << t.text;
+        msg::TextRoom room;
+        EXPECT_EQ(msg::WideToCp932(wide), msg::Cp932View(t.codePage, t.text, &room)) << t.text;
     }
 }
 
