@@ -2,11 +2,11 @@
 //
 // A root is a MsgParseRoot behind a word. Nothing throws out of here: every
 // failure, memory included, is a result of 0 with no text handed out.
-#include <cstdlib>
-#include <cstring>
+#include <atomic>
 #include <string>
 #include <string_view>
 
+#include "MsgHandedText.h"
 #include "MsgParseRoot.h"
 #include "sNqxMsgNet.h"
 
@@ -14,14 +14,11 @@ namespace {
 
 msg::MsgParseRoot* RootOf(MT_WORD root) { return reinterpret_cast<msg::MsgParseRoot*>(root); }
 
-// A text for the caller, released with MT_Free (std::free).
-char* NewText(std::string_view s) {
-    char* p = static_cast<char*>(std::malloc(s.size() + 1));
-    if (!p) return nullptr;
-    if (!s.empty()) std::memcpy(p, s.data(), s.size());
-    p[s.size()] = '\0';
-    return p;
-}
+// A text for the caller, released with MT_Free.
+char* NewText(std::string_view s) { return msg::NewHandedText(s); }
+
+// Roots alive: the kept blocks go with the last one.
+std::atomic<long> g_roots{0};
 
 MT_WORD TextWord(char* p) { return reinterpret_cast<MT_WORD>(p); }
 
@@ -52,7 +49,9 @@ extern "C" {
 
 MT_API MT_WORD MT_Init(void) {
     try {
-        return reinterpret_cast<MT_WORD>(new msg::MsgParseRoot());
+        const MT_WORD root = reinterpret_cast<MT_WORD>(new msg::MsgParseRoot());
+        ++g_roots;
+        return root;
     } catch (...) {
         return 0;
     }
@@ -61,11 +60,12 @@ MT_API MT_WORD MT_Init(void) {
 MT_API MT_WORD MT_Term(MT_WORD root) {
     if (!root) return 0;
     delete RootOf(root);
+    if (--g_roots == 0) msg::ReleaseKeptTexts();
     return 1;
 }
 
 MT_API MT_WORD MT_Free(void* p) {
-    std::free(p);
+    msg::FreeHandedText(p);
     return 0;
 }
 
@@ -120,7 +120,7 @@ MT_API MT_WORD MT_GetMainNext(MT_WORD root, MT_WORD* pos, MT_WORD* w0, MT_WORD* 
                                 w6 && leaf.hasDisposition, w8 && leaf.hasContentId};
         for (int i = 0; i < 5; ++i) {
             if (wanted[i] && !texts[i]) {
-                for (char* t : texts) std::free(t);
+                for (char* t : texts) msg::FreeHandedText(t);
                 return 0;
             }
         }
@@ -150,7 +150,7 @@ MT_API MT_WORD MT_GetAttach(MT_WORD root, MT_WORD* a0, MT_WORD* a1, MT_WORD* a2,
         if (!p) {
             for (size_t k = 0; k < i; ++k) {
                 if (slots[k]) {
-                    std::free(reinterpret_cast<void*>(*slots[k]));
+                    msg::FreeHandedText(reinterpret_cast<void*>(*slots[k]));
                     *slots[k] = 0;
                 }
             }

@@ -1,0 +1,89 @@
+// MsgHandedText.cpp - handed-out texts and the blocks kept for reuse.
+//
+// Each block starts with its room, so that a freed one can serve any text
+// that fits. Rooms are rounded up to a power of two (64 bytes at least), so
+// that bodies of slightly different sizes find each other's blocks.
+#include "MsgHandedText.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+namespace msg {
+namespace {
+
+struct alignas(16) Block {
+    size_t room;  // bytes after the block's head
+};
+
+constexpr size_t kKept = 8;               // blocks kept at most
+constexpr size_t kLargestKept = 1 << 20;  // a larger one goes back at once
+
+std::mutex g_lock;
+Block* g_kept[kKept];
+size_t g_count = 0;
+
+size_t RoomFor(size_t n) {
+    size_t room = 64;
+    while (room < n && room < kLargestKept) room <<= 1;
+    return room < n ? n : room;
+}
+
+// The smallest kept block with room for n bytes, taken off the list.
+Block* TakeKept(size_t n) {
+    std::lock_guard<std::mutex> hold(g_lock);
+    size_t best = g_count;
+    for (size_t i = 0; i < g_count; ++i) {
+        if (g_kept[i]->room >= n && (best == g_count || g_kept[i]->room < g_kept[best]->room)) best = i;
+    }
+    if (best == g_count) return nullptr;
+    Block* b = g_kept[best];
+    g_kept[best] = g_kept[--g_count];
+    return b;
+}
+
+}  // namespace
+
+char* NewHandedText(std::string_view s) noexcept {
+    const size_t n = s.size() + 1;
+    Block* b = TakeKept(n);
+    if (!b) {
+        const size_t room = RoomFor(n);
+        if (room > static_cast<size_t>(-1) - sizeof(Block)) return nullptr;
+        b = static_cast<Block*>(std::malloc(sizeof(Block) + room));
+        if (!b) return nullptr;
+        b->room = room;
+    }
+    char* p = reinterpret_cast<char*>(b + 1);
+    if (!s.empty()) std::memcpy(p, s.data(), s.size());
+    p[s.size()] = '\0';
+    return p;
+}
+
+void FreeHandedText(void* p) noexcept {
+    if (!p) return;
+    Block* b = static_cast<Block*>(p) - 1;
+    if (b->room <= kLargestKept) {
+        std::lock_guard<std::mutex> hold(g_lock);
+        if (g_count < kKept) {
+            g_kept[g_count++] = b;
+            return;
+        }
+        // Full: a larger block takes the smallest one's place, so that the
+        // small texts do not crowd out the body's.
+        size_t smallest = 0;
+        for (size_t i = 1; i < g_count; ++i) {
+            if (g_kept[i]->room < g_kept[smallest]->room) smallest = i;
+        }
+        if (g_kept[smallest]->room < b->room) std::swap(g_kept[smallest], b);
+    }
+    std::free(b);
+}
+
+void ReleaseKeptTexts() noexcept {
+    std::lock_guard<std::mutex> hold(g_lock);
+    while (g_count > 0) std::free(g_kept[--g_count]);
+}
+
+}  // namespace msg
