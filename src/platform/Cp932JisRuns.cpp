@@ -5,7 +5,7 @@
 // or beside ASCII line ends (EUC-JP). The pairs of the arithmetic rows need
 // no table, ASCII is copied, and the escapes between them only switch
 // modes, so a body goes through here with few stops. With SSE2 sixteen
-// bytes are tested and converted a step; other targets (i686) take the same
+// pairs are tested and converted a step; other targets (i686) take the same
 // tests a pair or a byte at a time.
 #include "platform/Cp932JisRuns.h"
 
@@ -27,38 +27,52 @@ inline bool PlainAscii(unsigned char b, bool iso) { return b < 0x80 && !(iso && 
 
 #if defined(__SSE2__)
 
-// 16-bit lanes all ones where (x - first) > span, unsigned, and no lane all
-// ones where it is within: the lanes outside every range are those all ones
-// in the AND of the answers for each.
-inline __m128i Beyond(__m128i x, unsigned first, unsigned span) {
-    const __m128i off = _mm_sub_epi16(x, _mm_set1_epi16(static_cast<short>(first)));
-    return _mm_adds_epu16(off, _mm_set1_epi16(static_cast<short>(0xFFFE - span)));
+inline __m128i Bytes(int b) { return _mm_set1_epi8(static_cast<char>(b)); }
+
+// Lanes all ones where a <= b, unsigned bytes.
+inline __m128i AtMost(__m128i a, __m128i b) { return _mm_cmpeq_epi8(_mm_min_epu8(a, b), a); }
+
+// The highest arithmetic cell of each row (JIS first byte), 0 for a row
+// without one: IsArithmeticJis row by row, sixteen rows a step. The kanji
+// rows 0x30-0x73 are whole but for 0x4F; the others are told one by one.
+inline __m128i LastCell(__m128i row) {
+    const __m128i kanji = AtMost(_mm_sub_epi8(row, Bytes(0x30)), Bytes(0x73 - 0x30));
+    __m128i last = _mm_and_si128(kanji, Bytes(0x7E));
+    last = _mm_sub_epi8(last, _mm_and_si128(_mm_cmpeq_epi8(row, Bytes(0x4F)), Bytes(0x7E - 0x53)));
+    const int rows[][2] = {{0x21, 0x7E}, {0x22, 0x2E}, {0x24, 0x73}, {0x25, 0x76}, {0x74, 0x26}};
+    for (const auto& r : rows) last = _mm_or_si128(last, _mm_and_si128(_mm_cmpeq_epi8(row, Bytes(r[0])), Bytes(r[1])));
+    return last;
 }
 
-// Eight pairs from p (each byte less high) to their JisToSjis forms in out;
-// returns a mask of the bytes of the pairs that are not arithmetic. The
-// forms before the first such pair are meant, no other.
+// JisToSjis on sixteen rows and cells (each below 0x80 where it counts):
+// the lead is (j1 + 1) / 2 + 0x70, 0x40 more above row 0x5E; the trail is
+// j2 + 0x7E in even rows, j2 + 0x1F (0x20 above cell 0x5F) in odd ones.
+inline void ToSjis(__m128i j1, __m128i j2, __m128i* s1, __m128i* s2) {
+    *s1 = _mm_add_epi8(_mm_avg_epu8(j1, Bytes(0xE0)), _mm_and_si128(_mm_cmpgt_epi8(j1, Bytes(0x5E)), Bytes(0x40)));
+    const __m128i odd = _mm_cmpeq_epi8(_mm_and_si128(j1, Bytes(1)), Bytes(1));
+    const __m128i oddAdd = _mm_sub_epi8(Bytes(0x1F), _mm_cmpgt_epi8(j2, Bytes(0x5F)));
+    *s2 = _mm_add_epi8(j2, _mm_or_si128(_mm_and_si128(odd, oddAdd), _mm_andnot_si128(odd, Bytes(0x7E))));
+}
+
+// Sixteen pairs from p (each byte less high), or eight when !whole, to
+// their JisToSjis forms in out; returns a mask of the pairs that are not
+// arithmetic, a bit a pair. The forms before the first such pair are meant,
+// no other. The pairs are split into a vector of rows and one of cells, so
+// that each test takes sixteen at once.
+template <bool whole>
 inline unsigned PairBlock(const unsigned char* p, __m128i high, char* to) {
-    const __m128i v = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), high);
-    const __m128i j1 = _mm_and_si128(v, _mm_set1_epi16(0xFF));  // lanes: j1 | j2 << 8
-    const __m128i j2 = _mm_srli_epi16(v, 8);
-    // IsArithmeticJis, lane by lane: a cell outside 0x21-0x7E makes the
-    // code 0xFFFF, beyond every range.
-    const __m128i cellOut = _mm_cmpeq_epi16(Beyond(j2, 0x21, 0x7E - 0x21), _mm_set1_epi16(-1));
-    const __m128i code = _mm_or_si128(_mm_or_si128(_mm_slli_epi16(j1, 8), j2), cellOut);
-    __m128i out = _mm_and_si128(Beyond(code, 0x2121, 0x222E - 0x2121), Beyond(code, 0x2421, 0x2473 - 0x2421));
-    out = _mm_and_si128(out, Beyond(code, 0x2521, 0x2576 - 0x2521));
-    out = _mm_and_si128(out, Beyond(code, 0x3021, 0x4F53 - 0x3021));
-    out = _mm_and_si128(out, Beyond(code, 0x5021, 0x7426 - 0x5021));
-    // JisToSjis, lane by lane: s1 is (j1 + 1) / 2 + 0x70, 0x40 more above
-    // row 0x5E; s2 is j2 + 0x7E, less 0x5F (0x5E above cell 0x5F) in odd rows.
-    __m128i s1 = _mm_avg_epu16(j1, _mm_set1_epi16(0xE0));
-    s1 = _mm_add_epi16(s1, _mm_and_si128(_mm_cmpgt_epi16(j1, _mm_set1_epi16(0x5E)), _mm_set1_epi16(0x40)));
-    const __m128i odd = _mm_srai_epi16(_mm_slli_epi16(v, 15), 15);
-    const __m128i less = _mm_sub_epi16(_mm_set1_epi16(-0x5F), _mm_cmpgt_epi16(j2, _mm_set1_epi16(0x5F)));
-    const __m128i s2 = _mm_add_epi16(_mm_add_epi16(j2, _mm_set1_epi16(0x7E)), _mm_and_si128(odd, less));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(s1, _mm_slli_epi16(s2, 8)));
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(out, _mm_set1_epi16(-1))));
+    const __m128i a = _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), high);
+    const __m128i b = whole ? _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16)), high) : a;
+    const __m128i low = _mm_set1_epi16(0xFF);
+    const __m128i j1 = _mm_packus_epi16(_mm_and_si128(a, low), _mm_and_si128(b, low));
+    const __m128i j2 = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
+    // A cell from 0x21 up to its row's last cell; a row without one has 0.
+    const __m128i ok = _mm_and_si128(AtMost(Bytes(0x21), j2), AtMost(j2, LastCell(j1)));
+    __m128i s1, s2;
+    ToSjis(j1, j2, &s1, &s2);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(s1, s2));
+    if (whole) _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 16), _mm_unpackhi_epi8(s1, s2));
+    return ~static_cast<unsigned>(_mm_movemask_epi8(ok)) & (whole ? 0xFFFFu : 0xFFu);
 }
 
 // Sixteen bytes copied from p to out; returns a mask of those that are not
@@ -74,31 +88,23 @@ inline unsigned AsciiBlock(const unsigned char* p, bool iso, char* out) {
     return stop;
 }
 
-// Where a block's run ends, given its mask of bytes that are not arithmetic.
-// Runs mostly end at an escape (ISO-2022-JP) or an ASCII byte (EUC-JP):
-// that byte is found on a shorter path than the whole test, and taken when
-// the mask agrees, so that the next step need not wait for the test.
-inline unsigned Stop(const unsigned char* p, unsigned high, unsigned bad) {
-    const __m128i raw = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    const unsigned ends = high == 0 ? static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(raw, _mm_set1_epi8(kEsc))))
-                                    : ~static_cast<unsigned>(_mm_movemask_epi8(raw)) & 0xFFFF;
-    if (__builtin_expect(ends != 0 && (ends & (0u - ends)) == (bad & (0u - bad)), 1))
-        return static_cast<unsigned>(__builtin_ctz(ends));
-    return static_cast<unsigned>(__builtin_ctz(bad)) & ~1u;
-}
-
 #endif
 
 // The arithmetic pairs at the start of p[0, n), converted: the bytes taken.
-// A whole block steps on by 16 whatever its bytes, so that the next load
+// A whole block steps on by 32 whatever its bytes, so that the next load
 // need not wait for this one's test; its stores stay below out + n.
 size_t Pairs(const unsigned char* p, size_t n, unsigned high, char* out) {
     size_t i = 0;
 #if defined(__SSE2__)
-    const __m128i less = _mm_set1_epi8(static_cast<char>(high));
-    for (; i + 16 <= n; i += 16) {
-        const unsigned bad = PairBlock(p + i, less, out + i);
-        if (bad != 0) return i + Stop(p + i, high, bad);
+    const __m128i less = Bytes(static_cast<int>(high));
+    for (; i + 32 <= n; i += 32) {
+        const unsigned bad = PairBlock<true>(p + i, less, out + i);
+        if (bad != 0) return i + 2 * static_cast<unsigned>(__builtin_ctz(bad));
+    }
+    if (i + 16 <= n) {
+        const unsigned bad = PairBlock<false>(p + i, less, out + i);
+        if (bad != 0) return i + 2 * static_cast<unsigned>(__builtin_ctz(bad));
+        i += 16;
     }
 #endif
     for (; i + 1 < n; i += 2) {
