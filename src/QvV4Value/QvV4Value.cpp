@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "QvV4Value/QvTextBlocks.h"
 #include "platform/platform.h"
 
 namespace {
@@ -24,6 +25,39 @@ struct PendingText {
         return kept;
     }
 };
+
+// Kind 2 of the empty text: one zero unit.
+int32_t EmptyWide(QvV4Value* pValue) {
+    void* p = qvp::Calloc(2, 1);
+    if (p == nullptr) return -1;
+    pValue->pfnFree = FreeText;
+    pValue->nSize = 2;
+    pValue->pData = p;
+    return 0;
+}
+
+// Kind 2: strict code page 932; an invalid sequence fails the whole text.
+// The source is read up to its first zero byte. Plain ASCII (most message
+// ids) widens as it is, without the converter's own string.
+int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
+    PendingText text{qvp::Calloc(2 * nLength + 2, 1)};
+    char16_t* p = static_cast<char16_t*>(text.p);
+    if (p == nullptr) return -1;
+    size_t i = 0;
+    while (i < nLength && pText[i] != '\0' && static_cast<unsigned char>(pText[i]) < 0x80) {
+        p[i] = static_cast<char16_t>(pText[i]);
+        ++i;
+    }
+    if (i < nLength && pText[i] != '\0') {
+        const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText, -1, p,
+                                                   static_cast<int>(nLength + 1));
+        if (nDone == 0) return -3;
+    }
+    pValue->pfnFree = FreeText;
+    pValue->nSize = static_cast<uint32_t>(2 * nLength);
+    pValue->pData = text.Keep();
+    return 0;
+}
 }  // namespace
 
 void QvV4Value_Init(QvV4Value* pValue) {
@@ -76,35 +110,16 @@ int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue) {
 }
 
 int32_t QvV4Value_FromBytes(const char* pText, size_t nLength, QvV4Value* pValue) {
-    if (nLength == 0) {
-        void* p = qvp::Calloc(2, 1);
-        if (p == nullptr) return -1;
-        pValue->pfnFree = FreeText;
-        pValue->nSize = 2;
-        pValue->pData = p;
-        return 0;
-    }
-    if (pValue->nKind == QV_V4_KIND_TEXT16) {
-        PendingText text{qvp::Calloc(2 * nLength + 2, 1)};
-        char16_t* p = static_cast<char16_t*>(text.p);
-        if (p == nullptr) return -1;
-        // Strict: an invalid sequence fails the whole text. The source is
-        // read up to its first zero byte.
-        int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText, -1, p,
-                                             static_cast<int>(nLength + 1));
-        if (nDone == 0) return -3;
-        pValue->pfnFree = FreeText;
-        pValue->nSize = static_cast<uint32_t>(2 * nLength);
-        pValue->pData = text.Keep();
-        return 0;
-    }
-    // Kind 1, and any other kind alike: the bytes and two zero bytes.
-    char* p = static_cast<char*>(qvp::Malloc(nLength + 2));
+    if (pValue->nKind == QV_V4_KIND_TEXT16) return nLength == 0 ? EmptyWide(pValue) : FromBytesWide(pText, nLength, pValue);
+    // Kind 1, and any other kind alike: the bytes and two zero bytes, in a
+    // text block (a message's whole text goes to the host in these).
+    char* p = static_cast<char*>(QvTextBlock_Take(nLength + 2));
     if (p == nullptr) return -1;
-    std::memcpy(p, pText, nLength);
+    if (nLength != 0) std::memcpy(p, pText, nLength);
     p[nLength] = p[nLength + 1] = '\0';
-    pValue->pfnFree = FreeText;
-    pValue->nSize = static_cast<uint32_t>(nLength);
+    pValue->pfnFree = QvTextBlock_Free;
+    // The empty text's record is its two zero bytes.
+    pValue->nSize = static_cast<uint32_t>(nLength != 0 ? nLength : 2);
     pValue->pData = p;
     return 0;
 }

@@ -1,6 +1,7 @@
 // QvV4Analyzer.cpp - opening and closing the two readers.
 #include "QvV4Wrapper/QvV4Analyzer.h"
 
+#include "QvV4Value/QvTextBlocks.h"
 #include "QvV4Wrapper/QvV4Root.h"
 #include "QvV4Wrapper/QvV4Utils.h"
 #include "addressreader/AddrReader.h"
@@ -43,6 +44,7 @@ int32_t CQvV4Analyzer::ExitLibrary() {
         AddrReader_Close(m_hAddrReader);
         m_hAddrReader = nullptr;
     }
+    QvTextBlock_Drop();
     return CQvIAnalyzer::ExitLibrary();
 }
 

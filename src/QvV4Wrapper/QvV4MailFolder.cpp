@@ -5,13 +5,14 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "QvV4Value/QvTextBlocks.h"
 #include "mailreader/MailReader.h"
 #include "platform/platform.h"
 
 namespace {
-// The release function that a mail data record carries: the reader's texts
-// are plain heap blocks, and 0 is accepted.
-void QvV4FreeMailText(char* pszMailText) { qvp::Free(pszMailText); }
+// The release function that a mail data record carries: the reader's whole
+// texts are text blocks, and 0 is accepted.
+void QvV4FreeMailText(char* pszMailText) { QvTextBlock_Free(pszMailText); }
 }  // namespace
 
 CQvV4MailFolder::CQvV4MailFolder(CQvIObject* pParent) : CQvIMailFolder(pParent) {
