@@ -58,7 +58,7 @@ bool DirCache::FindLast(const std::string& spelling, std::u16string* key, std::s
 }
 
 bool DirCache::OpenSpelled(const std::string& spelled, const std::string& name,
-                           const std::function<int(int, const std::string&)>& open, int* fd, std::string* host) {
+                           OpenAt open, int* fd, std::string* host) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_lastSpelled.empty() || m_lastSpelled != spelled) return false;
     *fd = OpenInLastLocked(m_last.host, name, open);
@@ -70,9 +70,43 @@ bool DirCache::OpenSpelled(const std::string& spelled, const std::string& name,
     return true;
 }
 
+bool DirCache::OpenRaw(const char* path, const std::string& source, OpenAt open, int* fd, std::string* host,
+                       std::string* name) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const size_t n = m_lastRaw.size();
+    if (n == 0 || std::strncmp(path, m_lastRaw.c_str(), n) != 0 || source != m_lastRawSource) return false;
+    // The rest must be one name of plain ASCII, which reads the same in
+    // code page 932 and UTF-8.
+    const char* rest = path + n;
+    size_t length = 0;
+    for (; rest[length] != '\0'; ++length) {
+        const unsigned char c = static_cast<unsigned char>(rest[length]);
+        if (c >= 0x80 || c == '\\' || c == '/') return false;
+    }
+    if (length == 0 || (rest[0] == '.' && (length == 1 || (length == 2 && rest[1] == '.')))) return false;
+    name->assign(rest, length);
+    *fd = OpenInLastLocked(m_last.host, *name, open);
+    if (*fd < 0) {
+        const int error = errno;
+        *host = m_last.host;
+        errno = error;
+    }
+    return true;
+}
+
+void DirCache::NoteRaw(const std::string& spelled, const char* path, size_t folderLength, const std::string& source) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_lastSpelled.empty() || m_lastSpelled != spelled) return;
+    m_lastRaw.assign(path, folderLength);
+    m_lastRawSource = source;
+}
+
 void DirCache::NoteSpelled(const std::string& spelled, const std::string& host) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_last.spelling.empty() && m_last.host == host) m_lastSpelled = spelled;
+    if (m_last.spelling.empty() || m_last.host != host || m_lastSpelled == spelled) return;
+    m_lastSpelled = spelled;
+    m_lastRaw.clear();
+    m_lastRawSource.clear();
 }
 
 // Under the lock. The strings give their memory back: the tests count the
@@ -84,16 +118,18 @@ void DirCache::ForgetLast() {
     std::string().swap(m_last.host);
     std::u16string().swap(m_lastKey);
     std::string().swap(m_lastSpelled);
+    std::string().swap(m_lastRaw);
+    std::string().swap(m_lastRawSource);
 }
 
 int DirCache::OpenInLast(const std::string& dir, const std::string& name,
-                         const std::function<int(int, const std::string&)>& open) {
+                         OpenAt open) {
     std::lock_guard<std::mutex> lock(m_mutex);
     return OpenInLastLocked(dir, name, open);
 }
 
 int DirCache::OpenInLastLocked(const std::string& dir, const std::string& name,
-                               const std::function<int(int, const std::string&)>& open) {
+                               OpenAt open) {
     const auto joined = [&] { return !dir.empty() && dir.back() == '/' ? dir + name : dir + "/" + name; };
     if (dir != m_last.host || dir.empty()) return open(AT_FDCWD, joined());
     if (m_lastHandle == -1) {

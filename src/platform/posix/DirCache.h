@@ -9,7 +9,6 @@
 #ifndef QV_PLATFORM_POSIX_DIRCACHE_H
 #define QV_PLATFORM_POSIX_DIRCACHE_H
 
-#include <functional>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -19,6 +18,9 @@ namespace posix {
 
 class DirCache {
 public:
+    // Opens a host path relative to a folder descriptor, as openat(2) does.
+    using OpenAt = int (*)(int dir, const std::string& path);
+
     static DirCache& Instance();
 
     // The host folder remembered under a folded key, when it was resolved
@@ -35,8 +37,18 @@ public:
     // nothing opened, for another spelling; *host is the folder when the
     // open failed.
     bool OpenSpelled(const std::string& spelled, const std::string& name,
-                     const std::function<int(int, const std::string&)>& open, int* fd, std::string* host);
+                     OpenAt open, int* fd, std::string* host);
     void NoteSpelled(const std::string& spelled, const std::string& host);
+    // The same from the path as the caller gave it, in code page 932: when
+    // it is a folder noted as spelled (NoteRaw), then a separator and a
+    // plain ASCII name, and the drive's source is still `source`, the name
+    // is opened in that folder (*name and, when the open failed, *host are
+    // set). Neither the path's conversion nor its spelling is made again.
+    bool OpenRaw(const char* path, const std::string& source, OpenAt open, int* fd, std::string* host,
+                 std::string* name);
+    // Notes the first folderLength bytes of `path` as the CP932 form of the
+    // spelled folder, when that is the spelling noted last.
+    void NoteRaw(const std::string& spelled, const char* path, size_t folderLength, const std::string& source);
     void Remember(const std::u16string& key, const std::string& spelling, const std::string& host);
     // Opens `name` in the host folder `dir` through `open`: relative to a
     // handle of the folder when it is the one Find gave last (the handle is
@@ -44,7 +56,7 @@ public:
     // whole path for each message; else by the joined path. A folder moved
     // while its handle is kept is read where it went, as an open folder is.
     int OpenInLast(const std::string& dir, const std::string& name,
-                   const std::function<int(int, const std::string&)>& open);
+                   OpenAt open);
     void Forget(const std::u16string& key);
     // Forgets every folder and index (the tests that count the blocks the
     // library holds between two walks).
@@ -70,13 +82,15 @@ private:
 
     void ForgetLast();
     int OpenInLastLocked(const std::string& dir, const std::string& name,
-                         const std::function<int(int, const std::string&)>& open);
+                         OpenAt open);
 
     std::mutex m_mutex;
     Folder m_last;  // Find's last answer, by its spelling; empty when none
     int m_lastHandle = -1;  // of m_last.host, once a file was opened in it
     std::u16string m_lastKey;
     std::string m_lastSpelled;  // a spelling as given that led to m_last
+    std::string m_lastRaw;  // that folder as a caller gave it (CP932), with its separator
+    std::string m_lastRawSource;  // and the drive's source then
     std::unordered_map<std::u16string, Folder> m_folders;
     std::unordered_map<std::string, Index> m_indexes;  // by host folder
     size_t m_indexedNames = 0;

@@ -88,10 +88,23 @@ bool DriveRoot(char letter, std::string* root) {
 // What DriveRoot maps a letter through, without a look at the disk: the
 // cache's keys begin with it, so that the folders of one prefix or drive are
 // never taken for another's.
-std::string DriveSource(char letter) {
+void DriveSourceInto(char letter, std::string* out) {
+    out->clear();
     const std::string copied = WindowsRoot();
-    if (copied.empty()) return PrefixRoot();
-    return "drive " + copied + '|' + (letter == 'c' ? std::string() : DriveFolder(letter));
+    if (copied.empty()) {
+        AppendPrefixRoot(out);
+        return;
+    }
+    *out += "drive ";
+    *out += copied;
+    *out += '|';
+    if (letter != 'c') *out += DriveFolder(letter);
+}
+
+std::string DriveSource(char letter) {
+    std::string source;
+    DriveSourceInto(letter, &source);
+    return source;
 }
 
 std::u16string Folded(const std::string& utf8) {
@@ -330,20 +343,61 @@ bool SpelledFolder(const std::string& utf8, std::string* spelled, std::string* n
     return true;
 }
 
+// The first step of OpenMapped: a path in the folder a caller named last,
+// by the same bytes, opened in it without the path's conversion. The
+// drive's source is built into a string each thread keeps.
+bool OpenInRawFolder(const char* windowsCp932, OpenAt open, int* fd, std::string* dir, std::string* name) {
+    const unsigned char letter = static_cast<unsigned char>(windowsCp932[0]);
+    if (!((letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z')) || windowsCp932[1] != ':') {
+        return false;
+    }
+    thread_local std::string source;
+    DriveSourceInto(static_cast<char>(letter | 0x20), &source);
+    return DirCache::Instance().OpenRaw(windowsCp932, source, open, fd, dir, name);
+}
+
+// Notes the CP932 form of the folder that `spelled` names, when the name
+// after it is plain ASCII (so that its bytes end the path as they end the
+// UTF-8 form).
+void NoteRawFolder(const char* windowsCp932, const std::string& spelled, const std::string& name) {
+    for (char c : name) {
+        if (static_cast<unsigned char>(c) >= 0x80) return;
+    }
+    const size_t length = std::strlen(windowsCp932);
+    if (length < name.size() + 1) return;
+    const size_t folder = length - name.size();
+    if (windowsCp932[folder - 1] != '\\' && windowsCp932[folder - 1] != '/') return;
+    const unsigned char letter = static_cast<unsigned char>(windowsCp932[0]);
+    DirCache::Instance().NoteRaw(spelled, windowsCp932, folder, DriveSource(static_cast<char>(letter | 0x20)));
+}
+
 }  // namespace
 
-int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
+int OpenMapped(const char* windowsCp932, OpenAt open, int* mapped) {
     *mapped = kMapBadPath;
+    if (windowsCp932 == nullptr) return -1;
+    std::string name, dir;
+    int fd = -1;
+    errno = 0;
+    bool cached = OpenInRawFolder(windowsCp932, open, &fd, &dir, &name);
+    int error = errno;
+    if (cached && (fd >= 0 || (error != ENOENT && error != ENOTDIR))) {
+        *mapped = kMapFound;
+        return fd;
+    }
     std::string utf8;
-    if (windowsCp932 == nullptr || !Cp932ToUtf8(windowsCp932, &utf8)) return -1;
+    if (!Cp932ToUtf8(windowsCp932, &utf8)) return -1;
     // A walk asks for every file of a folder by one spelling of the folder:
     // once that spelling led to the folder last resolved, it leads there
     // again without the path being taken apart.
-    std::string spelled, name, dir;
+    std::string spelled;
     const bool plain = SpelledFolder(utf8, &spelled, &name);
-    int fd = -1;
-    errno = 0;
-    bool cached = plain && DirCache::Instance().OpenSpelled(spelled, name, open, &fd, &dir);
+    if (!cached && plain) {
+        errno = 0;
+        cached = DirCache::Instance().OpenSpelled(spelled, name, open, &fd, &dir);
+        error = errno;
+        if (cached) NoteRawFolder(windowsCp932, spelled, name);
+    }
     Split split;
     std::u16string key;
     if (!cached) {
@@ -355,11 +409,15 @@ int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped) {
             if (plain) DirCache::Instance().NoteSpelled(spelled, dir);
             errno = 0;
             fd = DirCache::Instance().OpenInLast(dir, name, open);
+            error = errno;
         }
     }
     if (cached) {
         *mapped = kMapFound;
-        if (fd >= 0 || (errno != ENOENT && errno != ENOTDIR)) return fd;
+        if (fd >= 0 || (error != ENOENT && error != ENOTDIR)) {
+            errno = error;
+            return fd;
+        }
         std::string found;
         switch (FindInsensitive(dir, name, &found)) {
             case DirCache::kNameFound: return open(AT_FDCWD, JoinHost(dir, found));

@@ -9,7 +9,6 @@
 #define QV_PLATFORM_POSIX_HOSTPATH_H
 
 #include <cstddef>
-#include <functional>
 #include <string>
 
 #include "platform/platform.h"
@@ -38,7 +37,7 @@ int MapPath(const char* windowsCp932, std::string* host);
 
 // Opens a host path as openat(2) does: relative to the folder `dir` (a
 // descriptor, or AT_FDCWD). A descriptor, or -1 with errno set.
-using OpenAt = std::function<int(int dir, const std::string& path)>;
+using OpenAt = int (*)(int dir, const std::string& path);
 
 // Opens a file by its Windows path (CP932): `open` is called with the host
 // path, or with the name alone in the folder last resolved. A file in a
@@ -46,7 +45,7 @@ using OpenAt = std::function<int(int dir, const std::string& path)>;
 // name in the cached folder); the full mapping runs only when it fails.
 // *mapped is kMapFound when `open` was called on the file's host path (its
 // own failure then stands), else why the path names nothing.
-int OpenMapped(const char* windowsCp932, const OpenAt& open, int* mapped);
+int OpenMapped(const char* windowsCp932, OpenAt open, int* mapped);
 
 
 // errno to a file cause code (platform.h). `creating`: the open had O_CREAT,

@@ -14,10 +14,21 @@ std::string EnvironmentText(const char* name) {
 namespace posix {
 
 std::string PrefixRoot() {
-    const std::string prefix = EnvironmentText("WINEPREFIX");
-    if (!prefix.empty()) return prefix;
-    const std::string home = EnvironmentText("HOME");
-    return home.empty() ? home : home + "/.wine";
+    std::string prefix;
+    AppendPrefixRoot(&prefix);
+    return prefix;
+}
+
+void AppendPrefixRoot(std::string* out) {
+    const char* prefix = std::getenv("WINEPREFIX");
+    if (prefix != nullptr && prefix[0] != '\0') {
+        out->append(prefix);
+        return;
+    }
+    const char* home = std::getenv("HOME");
+    if (home == nullptr || home[0] == '\0') return;
+    out->append(home);
+    out->append("/.wine");
 }
 
 }  // namespace posix

@@ -19,6 +19,9 @@ using qvp::WindowsUser;
 
 // The prefix: WINEPREFIX, else $HOME/.wine; empty when neither is known.
 std::string PrefixRoot();
+// The same appended to *out: a caller that asks for every file it opens
+// keeps one string for it.
+void AppendPrefixRoot(std::string* out);
 
 }  // namespace posix
 }  // namespace qvp
