@@ -89,10 +89,11 @@ std::vector<Field> SplitHeader(std::string_view m) {
 // its last line's end; the block ends at its empty line), without making a
 // list of the fields: the subject of every message is looked up this way.
 bool FindField(std::string_view header, std::string_view name, std::string_view* value) {
+    const char first = msg::AsciiLower(name[0]);
     for (size_t pos = 0; pos < header.size() && header[pos] != '\n' && header.substr(pos, 2) != "\r\n";) {
         size_t next = header.find('\n', pos);
         next = next == std::string_view::npos ? header.size() : next + 1;
-        const bool named = msg::EqualsNoCase(header.substr(pos, name.size()), name);
+        const bool named = msg::AsciiLower(header[pos]) == first && msg::EqualsNoCase(header.substr(pos, name.size()), name);
         size_t colon = pos + name.size();
         while (named && colon < next && msg::IsWsp(header[colon])) ++colon;
         if (named && colon < next && header[colon] == ':') {
@@ -123,9 +124,8 @@ uint32_t DeclaredCodePage(std::string_view message) {
 
 uint32_t Detect(std::string_view bytes, uint32_t declared) { return msg::GuessCodePage(bytes, declared); }
 
-std::string Utf8Of(std::u16string_view wide) {
-    std::string out;
-    out.reserve(wide.size() * 3);
+void AppendUtf8Of(std::u16string_view wide, std::string& out) {
+    out.reserve(out.size() + wide.size() * 3);
     for (size_t i = 0; i < wide.size(); ++i) {
         uint32_t u = wide[i];
         if (u >= 0xD800 && u < 0xDC00 && i + 1 < wide.size() && wide[i + 1] >= 0xDC00 && wide[i + 1] < 0xE000) {
@@ -135,6 +135,11 @@ std::string Utf8Of(std::u16string_view wide) {
         }
         AppendUtf8(out, u);
     }
+}
+
+std::string Utf8Of(std::u16string_view wide) {
+    std::string out;
+    AppendUtf8Of(wide, out);
     return out;
 }
 
@@ -477,7 +482,8 @@ bool DecodeSubject(std::string_view message, std::string* subject) {
     const std::string_view value =
         raw.find('\n') == std::string_view::npos ? msg::TrimSpace(raw) : (unfolded = msg::UnfoldValue(raw));
     // Encoded words name their charsets; only raw bytes need the message's.
-    *subject = Decode(value, HasRaw(value) ? DeclaredCodePage(message) : msg::kCpGuess);
+    subject->clear();  // its buffer kept from message to message
+    AppendUtf8Of(msg::DecodeHeaderText(value, HasRaw(value) ? DeclaredCodePage(message) : msg::kCpGuess), *subject);
     return true;
 }
 

@@ -75,12 +75,11 @@ void MailPass::Fetch(QV_OBJ message, Step& step) {
     QV_MAIL_DATA data;
     step.code = QV_MailMessage_GetData(message, &data);
     if (step.code == QV_S_OK) {
-        step.data.assign(data.pszMailText, data.nMailTextLen);
-        data.pfnFree(data.pszMailText);
+        step.data.Take(data);
     } else {  // the writer decodes the subject from the header; without one, the library's is all there is
         step.hasSubject = GetName(message, true, &step.subject) == QV_S_OK;
     }
-    batch_.bytes += step.data.size() + step.subject.size() + step.messageId.size() + step.path.size();
+    batch_.bytes += step.data.view().size() + step.subject.size() + step.messageId.size() + step.path.size();
 }
 
 MailPass::Step& MailPass::NextStep(Step::Kind kind) {
@@ -94,7 +93,7 @@ MailPass::Step& MailPass::NextStep(Step::Kind kind) {
     step.messageId.clear();
     step.subject.clear();
     step.code = QV_S_OK;
-    step.data.clear();  // its buffer stays for the next message
+    step.data.Reset();  // the block of the message the step held before
     step.unread = 0;
     batch_.bytes += 64;
     return step;
@@ -145,7 +144,7 @@ bool MailPass::Write(MailTotals* totals) {
 
 void MailPass::GiveBack(Batch batch) {
     for (Step& step : batch.steps) {
-        if (step.data.capacity() > kKeptBuffer) std::string().swap(step.data);  // a huge message keeps no memory
+        if (step.data.view().size() > kKeptBuffer) step.data.Reset();  // a huge message is not kept waiting
     }
     batch.count = 0;
     batch.bytes = 0;
@@ -241,12 +240,13 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
         progress_.Step(0);
         return manifest_ == nullptr || manifest_->AppendEncoded(row_) || sink_.Fail(manifest_->error());
     }
-    const bool hasSubject = DecodeSubject(step.data, &subject_);
+    const std::string_view library = step.data.view();
+    const bool hasSubject = DecodeSubject(library, &subject_);
     Member(&row_, "subject", hasSubject, subject_);
-    const bool rewritten = !keepRaw_ && RewriteHeaders(step.data, &rewritten_);
-    const std::string& text = rewritten ? rewritten_ : step.data;
+    const bool rewritten = !keepRaw_ && RewriteHeaders(library, &rewritten_);
+    const std::string_view text = rewritten ? std::string_view(rewritten_) : library;
     WrittenMessage& written = written_;  // its buffers kept from message to message
-    written.library = &step.data;
+    written.library = &library;
     written.librarySha256.clear();
     written.file.clear();
     written.shared = false;
@@ -261,14 +261,14 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
         HexMember(&row_, "library_sha256", written.librarySha256);
     } else if (rewritten || written.shared) {
         Sha256 hash;
-        hash.Update(step.data.data(), step.data.size());
+        hash.Update(library.data(), library.size());
         hash.HexDigest(&written.librarySha256);
         HexMember(&row_, "library_sha256", written.librarySha256);
     } else {
         HexMember(&row_, "library_sha256", written.sha256);  // the same bytes
     }
     row_ += rewritten ? ",\"headers_rewritten\":true" : ",\"headers_rewritten\":false";
-    if (step.data.empty()) row_ += ",\"empty\":true";
+    if (library.empty()) row_ += ",\"empty\":true";
     row_ += ",\"status\":\"written\"}";
     ++totals->written;
     totals->bytes += sink_.bytes() - before;

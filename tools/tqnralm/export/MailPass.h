@@ -6,7 +6,9 @@
 // a writer thread hashes, quotes and writes each message and lists it. Steps
 // pass between them in batches through a bounded queue, in tree order, so
 // the output is what one thread would write; the writer hands the emptied
-// batches back, so that a message's buffer is reused and not made anew.
+// batches back, so that their steps are reused and not made anew. A
+// message's text stays in the library's block, which the writer reads where
+// it lies; the walker gives the block back when it reuses the step.
 //
 // The writer commits (the sink's Commit and Checkpoint) after each folder ends, after an mbox file
 // is made, and after every few megabytes: the syncs are batched, not paid
@@ -21,6 +23,8 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ExportPlan.h"
@@ -67,7 +71,8 @@ public:
 private:
     // Message bytes that may wait between the two threads; the steps and
     // bytes of one hand-over (each costs the two threads a lock); the
-    // emptied batches kept for reuse, and the buffer a kept step may keep.
+    // emptied batches kept for reuse, and the largest text a kept step may
+    // hold until the walker reuses it.
     static constexpr size_t kQueueBytes = 8 << 20;
     static constexpr size_t kBatchSteps = 64;
     static constexpr size_t kBatchBytes = 256 << 10;
@@ -75,6 +80,34 @@ private:
     static constexpr size_t kKeptBuffer = 1 << 20;
     // Bytes written between two commits at most (about).
     static constexpr uint64_t kCommitBytes = 8 << 20;
+
+    // The library's block of one message's text, given back with the
+    // library's pfnFree when the step is reused or dropped.
+    class MailText {
+    public:
+        MailText() = default;
+        MailText(MailText&& other) noexcept : data_(other.data_) { other.data_ = QV_MAIL_DATA(); }
+        MailText& operator=(MailText&& other) noexcept {
+            std::swap(data_, other.data_);
+            return *this;
+        }
+        ~MailText() { Reset(); }
+        // Takes the block that QV_MailMessage_GetData filled.
+        void Take(const QV_MAIL_DATA& data) {
+            Reset();
+            data_ = data;
+        }
+        void Reset() {
+            if (data_.pszMailText != nullptr && data_.pfnFree != nullptr) data_.pfnFree(data_.pszMailText);
+            data_ = QV_MAIL_DATA();
+        }
+        std::string_view view() const {
+            return data_.pszMailText == nullptr ? std::string_view() : std::string_view(data_.pszMailText, data_.nMailTextLen);
+        }
+
+    private:
+        QV_MAIL_DATA data_ = QV_MAIL_DATA();
+    };
 
     // One step, made by the walker and done by the writer.
     struct Step {
@@ -84,7 +117,7 @@ private:
         bool hasId = false, hasSubject = false;
         std::string messageId, subject;
         int32_t code = 0;  // of the data: a message that cannot be fetched has no bytes
-        std::string data;
+        MailText data;
         int64_t unread = 0;  // kEndFolder
     };
     struct Batch {

@@ -30,14 +30,14 @@ int32_t GetName(QV_OBJ obj, bool display, std::string* out) {
     if (code != QV_S_OK) return code;
     if (len < 255) {
         small[len] = 0;
-        *out = Utf8(small);
+        AssignUtf8(small, out);
         return code;
     }
     code = get(obj, nullptr, &len);
     if (code != QV_S_OK) return code;
     std::vector<QV_WCHAR> buf(len + 1);
     code = get(obj, buf.data(), &len);
-    if (code == QV_S_OK) *out = Utf8(buf.data());
+    if (code == QV_S_OK) AssignUtf8(buf.data(), out);
     return code;
 }
 

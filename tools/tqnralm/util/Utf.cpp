@@ -5,7 +5,18 @@ namespace tqnralm {
 
 std::string Utf8(const QV_WCHAR* text) {
     std::string out;
-    for (size_t i = 0; text != nullptr && text[i] != 0; ++i) {
+    AssignUtf8(text, &out);
+    return out;
+}
+
+void AssignUtf8(const QV_WCHAR* text, std::string* result) {
+    std::string& out = *result;
+    out.clear();
+    size_t i = 0;
+    for (; text != nullptr && text[i] != 0 && static_cast<uint16_t>(text[i]) < 0x80; ++i) {
+        out.push_back(static_cast<char>(text[i]));
+    }
+    for (; text != nullptr && text[i] != 0; ++i) {
         uint32_t u = static_cast<uint16_t>(text[i]);
         uint32_t lo = static_cast<uint16_t>(text[i + 1]);
         if (u >= 0xD800 && u < 0xDC00 && lo >= 0xDC00 && lo < 0xE000) {
@@ -16,7 +27,6 @@ std::string Utf8(const QV_WCHAR* text) {
         }
         AppendUtf8(out, u);
     }
-    return out;
 }
 
 std::vector<QV_WCHAR> Utf16(const std::string& utf8) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "FileNames.h"
@@ -24,7 +25,7 @@ struct WrittenMessage {
     // In: the library's bytes of the message. A writer whose own bytes
     // differ from them may hash both side by side (Sha256::Pair) and give
     // their digest in librarySha256, else the caller hashes them.
-    const std::string* library = nullptr;
+    const std::string_view* library = nullptr;
     std::string librarySha256;
     std::string file;
     bool shared = false;  // the file holds other messages too (mbox): offset and length tell which bytes

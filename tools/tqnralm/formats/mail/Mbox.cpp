@@ -168,7 +168,7 @@ bool Digits(std::string_view d, size_t* i, size_t most, int* value) {
 // checked as the general reading checks it. False, and the general reading
 // decides, for any other form, and for a date that fails a check.
 bool QuickDate(std::string_view d, int64_t* seconds) {
-    if (d.find_first_of("(\"<") != std::string_view::npos) return false;  // comments, quotes, brackets
+    if (Bracketed(d)) return false;  // comments, quotes, brackets
     size_t i = 0;
     const auto skip = [&] { while (i < d.size() && IsDateSeparator(d[i])) ++i; };
     const auto wordEnds = [&] { return i == d.size() || IsDateSeparator(d[i]); };
@@ -218,6 +218,13 @@ bool QuickDate(std::string_view d, int64_t* seconds) {
 void QuickDates(bool quick) { g_quickDates = quick; }
 
 bool HeaderValue(const char* data, size_t size, const char* name, std::string* value) {
+    std::string_view view;
+    if (!HeaderView(data, size, name, &view, value)) return false;
+    if (view.data() != value->data()) value->assign(view);
+    return true;
+}
+
+bool HeaderView(const char* data, size_t size, const char* name, std::string_view* value, std::string* unfolded) {
     const size_t nameLength = std::strlen(name);
     const char first = AsciiLower(name[0]);
     bool found = false;
@@ -229,11 +236,14 @@ bool HeaderValue(const char* data, size_t size, const char* name, std::string* v
         const bool continuation = data[pos] == ' ' || data[pos] == '\t';
         if (found) {
             if (!continuation) return true;
-            value->append(data + pos, lineEnd - pos);
+            // A folded value is unfolded into *unfolded; one of one line stays a view.
+            if (value->data() != unfolded->data()) unfolded->assign(*value);
+            unfolded->append(data + pos, lineEnd - pos);
+            *value = *unfolded;
         } else if (AsciiLower(data[pos]) == first && lineEnd - pos > nameLength && data[pos + nameLength] == ':' &&
                    SameNoCase(data + pos, name, nameLength)) {
             found = true;
-            value->assign(data + pos + nameLength + 1, lineEnd - pos - nameLength - 1);
+            *value = std::string_view(data + pos + nameLength + 1, lineEnd - pos - nameLength - 1);
         }
         pos = end + 1;
     }
@@ -241,28 +251,32 @@ bool HeaderValue(const char* data, size_t size, const char* name, std::string* v
 }
 
 std::string AddrSpec(const std::string& value) {
-    bool angle = false;
     std::string stripped;
+    return std::string(AddrSpecView(value, &stripped));
+}
+
+std::string_view AddrSpecView(std::string_view value, std::string* stripped) {
+    bool angle = false;
     std::string_view inner = value;
-    if (Bracketed(value)) inner = stripped = StripComments(value, &angle);
+    if (Bracketed(value)) inner = *stripped = StripComments(std::string(value), &angle);
     inner = Trim(inner);
     if (!angle) {
         // "a@b, c@d" or a display name without brackets: the first word with '@'.
         size_t at = inner.find('@');
-        if (at == std::string_view::npos) return "";
+        if (at == std::string_view::npos) return {};
         size_t b = inner.find_last_of(" \t,;", at), e = inner.find_first_of(" \t,;", at);
         inner = inner.substr(b == std::string_view::npos ? 0 : b + 1, e == std::string_view::npos ? e : e - b - 1);
     }
     for (char c : inner) {
-        if (static_cast<unsigned char>(c) <= ' ' || c == 0x7F) return "";
+        if (static_cast<unsigned char>(c) <= ' ' || c == 0x7F) return {};
     }
-    return std::string(inner);
+    return inner;
 }
 
-bool ParseDate(const std::string& date, int64_t* seconds) {
+bool ParseDate(std::string_view date, int64_t* seconds) {
     if (g_quickDates && QuickDate(date, seconds)) return true;
     bool angle = false;
-    std::string text = StripComments(date, &angle);
+    std::string text = StripComments(std::string(date), &angle);
     if (angle) return false;
     std::vector<std::string> words;
     std::string word;
@@ -309,6 +323,12 @@ bool ParseDate(const std::string& date, int64_t* seconds) {
 }
 
 std::string Asctime(int64_t seconds) {
+    std::string text;
+    AppendAsctime(seconds, text);
+    return text;
+}
+
+void AppendAsctime(int64_t seconds, std::string& text) {
     int64_t days = seconds >= 0 ? seconds / 86400 : -((-seconds + 86399) / 86400);
     const int64_t inDay = seconds - days * 86400;
     int64_t y = 0;
@@ -333,9 +353,8 @@ std::string Asctime(int64_t seconds) {
     two(static_cast<int>(inDay / 3600), '0', ':');
     two(static_cast<int>(inDay / 60 % 60), '0', ':');
     two(static_cast<int>(inDay % 60), '0', ' ');
-    std::string text(out, o);
+    text.append(out, o);
     text += std::to_string(static_cast<long long>(y));
-    return text;
 }
 
 std::string AsctimeUtc(const std::string& date) {
@@ -344,12 +363,12 @@ std::string AsctimeUtc(const std::string& date) {
 }
 
 bool MessageTime(const char* data, size_t size, int64_t* seconds) {
-    std::string value;
-    if (HeaderValue(data, size, "Date", &value) && ParseDate(value, seconds)) return true;
-    value.clear();
-    if (!HeaderValue(data, size, "Received", &value)) return false;
+    thread_local std::string unfolded;  // kept from message to message
+    std::string_view value;
+    if (HeaderView(data, size, "Date", &value, &unfolded) && ParseDate(value, seconds)) return true;
+    if (!HeaderView(data, size, "Received", &value, &unfolded)) return false;
     const size_t semicolon = value.rfind(';');
-    return semicolon != std::string::npos && ParseDate(value.substr(semicolon + 1), seconds);
+    return semicolon != std::string_view::npos && ParseDate(value.substr(semicolon + 1), seconds);
 }
 
 std::string FromLine(const char* data, size_t size, int64_t time) {
@@ -359,14 +378,15 @@ std::string FromLine(const char* data, size_t size, int64_t time) {
 }
 
 void AppendFromLine(const char* data, size_t size, int64_t time, std::string& out) {
-    std::string value, sender;
-    if (HeaderValue(data, size, "Return-Path", &value)) sender = AddrSpec(value);
-    value.clear();
-    if (sender.empty() && HeaderValue(data, size, "From", &value)) sender = AddrSpec(value);
+    thread_local std::string unfolded, stripped;  // kept from message to message
+    std::string_view value, sender;
+    if (HeaderView(data, size, "Return-Path", &value, &unfolded)) sender = AddrSpecView(value, &stripped);
+    if (sender.empty() && HeaderView(data, size, "From", &value, &unfolded)) sender = AddrSpecView(value, &stripped);
     out += "From ";
-    out += sender.empty() ? "MAILER-DAEMON" : sender;
+    out += sender.empty() ? std::string_view("MAILER-DAEMON") : sender;
     out += ' ';
-    out += time >= 0 ? Asctime(time) : std::string(kEpoch);
+    if (time >= 0) AppendAsctime(time, out);
+    else out += kEpoch;
     out += '\n';
 }
 

@@ -6,20 +6,27 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace tqnralm {
 
 // The first header field of this name (without regard to case) in the
 // header section of a message, unfolded; false when there is none.
 bool HeaderValue(const char* data, size_t size, const char* name, std::string* value);
+// The same as a view into the message; a folded value is unfolded into
+// *unfolded, which the view then shows.
+bool HeaderView(const char* data, size_t size, const char* name, std::string_view* value, std::string* unfolded);
 
 // The addr-spec in a Return-Path or From value ("Taro <taro@example.jp>",
 // "taro@example.jp (Taro)"); empty when there is none usable on a From line.
 std::string AddrSpec(const std::string& value);
+// The same as a view into the value, or into *stripped where comments or
+// quoted strings had to be taken out.
+std::string_view AddrSpecView(std::string_view value, std::string* stripped);
 
 // An RFC 5322 date ("Fri, 14 Mar 2008 09:05:01 +0900") as seconds since
 // 1970 (UTC); false when it cannot be read.
-bool ParseDate(const std::string& date, int64_t* seconds);
+bool ParseDate(std::string_view date, int64_t* seconds);
 
 // Whether ParseDate reads a date of the common form ("[Www, ]D Mmm YYYY
 // HH:MM[:SS] [+-]ZZZZ", nothing else) by a quick path of its own (the
@@ -28,6 +35,7 @@ void QuickDates(bool quick);
 
 // A time in UTC in the form of asctime ("Fri Mar 14 00:05:01 2008").
 std::string Asctime(int64_t seconds);
+void AppendAsctime(int64_t seconds, std::string& out);
 
 // An RFC 5322 date in UTC in the form of asctime; "Thu Jan  1 00:00:00 1970"
 // when it cannot be read.
