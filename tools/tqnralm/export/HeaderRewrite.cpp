@@ -482,8 +482,14 @@ bool DecodeSubject(std::string_view message, std::string* subject) {
     const std::string_view value =
         raw.find('\n') == std::string_view::npos ? msg::TrimSpace(raw) : (unfolded = msg::UnfoldValue(raw));
     // Encoded words name their charsets; only raw bytes need the message's.
+    // ASCII without them reads as it is.
+    const bool hasRaw = HasRaw(value);
+    if (!hasRaw && value.find("=?") == std::string_view::npos) {
+        subject->assign(value);
+        return true;
+    }
     subject->clear();  // its buffer kept from message to message
-    AppendUtf8Of(msg::DecodeHeaderText(value, HasRaw(value) ? DeclaredCodePage(message) : msg::kCpGuess), *subject);
+    AppendUtf8Of(msg::DecodeHeaderText(value, hasRaw ? DeclaredCodePage(message) : msg::kCpGuess), *subject);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // The mail pass of an export (see MailPass.h).
 #include "MailPass.h"
 
+#include <charconv>
 #include <exception>
 #include <thread>
 
@@ -194,35 +195,31 @@ bool MailPass::Replay(const Step& step) {
 
 namespace {
 
-// One member of a manifest row, after the first.
-void Member(std::string* row, const char* key, std::string_view value) {
-    *row += ",\"";
-    *row += key;
-    *row += "\":";
+// One member of a manifest row, after the first. `key` comes with its
+// comma, quotes and colon (",\"length\":"): a row is a dozen appends.
+void Member(std::string* row, std::string_view key, std::string_view value) {
+    row->append(key);
     AppendJsonString(row, value);
 }
 
-void Member(std::string* row, const char* key, bool has, std::string_view value) {
+void Member(std::string* row, std::string_view key, bool has, std::string_view value) {
     if (has) return Member(row, key, value);
-    *row += ",\"";
-    *row += key;
-    *row += "\":null";
+    row->append(key);
+    row->append("null");
 }
 
-void Member(std::string* row, const char* key, uint64_t value) {
-    *row += ",\"";
-    *row += key;
-    *row += "\":";
-    *row += std::to_string(value);
+void Member(std::string* row, std::string_view key, uint64_t value) {
+    char digits[24];
+    row->append(key);
+    row->append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 // A digest's hexadecimal digits need no escapes.
-void HexMember(std::string* row, const char* key, const std::string& hex) {
-    *row += ",\"";
-    *row += key;
-    *row += "\":\"";
-    *row += hex;
-    *row += '"';
+void HexMember(std::string* row, std::string_view key, const std::string& hex) {
+    row->append(key);
+    row->push_back('"');
+    row->append(hex);
+    row->push_back('"');
 }
 
 }  // namespace
@@ -232,9 +229,9 @@ void HexMember(std::string* row, const char* key, const std::string& hex) {
 bool MailPass::Message(Step& step, MailTotals* totals) {
     row_ = "{\"index\":";
     AppendJsonString(&row_, step.path);
-    Member(&row_, "message_id", step.hasId, step.messageId);
+    Member(&row_, ",\"message_id\":", step.hasId, step.messageId);
     if (step.code != QV_S_OK) {
-        Member(&row_, "subject", step.hasSubject, step.subject);
+        Member(&row_, ",\"subject\":", step.hasSubject, step.subject);
         row_ += ",\"status\":\"failed\",\"code\":" + std::to_string(step.code) + "}";
         ++totals->failed;
         progress_.Step(0);
@@ -242,7 +239,7 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
     }
     const std::string_view library = step.data.view();
     const bool hasSubject = DecodeSubject(library, &subject_);
-    Member(&row_, "subject", hasSubject, subject_);
+    Member(&row_, ",\"subject\":", hasSubject, subject_);
     const bool rewritten = !keepRaw_ && RewriteHeaders(library, &rewritten_);
     const std::string_view text = rewritten ? std::string_view(rewritten_) : library;
     WrittenMessage& written = written_;  // its buffers kept from message to message
@@ -254,18 +251,18 @@ bool MailPass::Message(Step& step, MailTotals* totals) {
     const uint64_t before = sink_.bytes();
     if (!writer_.WriteMessage(sink_, step.position, text.data(), text.size(), &written)) return false;
     if (!written.file.empty()) FileMember(written.file);
-    if (written.shared) Member(&row_, "offset", written.offset);
-    Member(&row_, "length", written.length);
-    HexMember(&row_, "sha256", written.sha256);
+    if (written.shared) Member(&row_, ",\"offset\":", written.offset);
+    Member(&row_, ",\"length\":", written.length);
+    HexMember(&row_, ",\"sha256\":", written.sha256);
     if (!written.librarySha256.empty()) {
-        HexMember(&row_, "library_sha256", written.librarySha256);
+        HexMember(&row_, ",\"library_sha256\":", written.librarySha256);
     } else if (rewritten || written.shared) {
         Sha256 hash;
         hash.Update(library.data(), library.size());
         hash.HexDigest(&written.librarySha256);
-        HexMember(&row_, "library_sha256", written.librarySha256);
+        HexMember(&row_, ",\"library_sha256\":", written.librarySha256);
     } else {
-        HexMember(&row_, "library_sha256", written.sha256);  // the same bytes
+        HexMember(&row_, ",\"library_sha256\":", written.sha256);  // the same bytes
     }
     row_ += rewritten ? ",\"headers_rewritten\":true" : ",\"headers_rewritten\":false";
     if (library.empty()) row_ += ",\"empty\":true";
@@ -281,7 +278,7 @@ void MailPass::FileMember(const std::string& file) {
     if (file != file_) {
         file_ = file;
         fileMember_.clear();
-        Member(&fileMember_, "file", file);
+        Member(&fileMember_, ",\"file\":", file);
     }
     row_ += fileMember_;
 }

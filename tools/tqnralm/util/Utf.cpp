@@ -11,12 +11,20 @@ std::string Utf8(const QV_WCHAR* text) {
 
 void AssignUtf8(const QV_WCHAR* text, std::string* result) {
     std::string& out = *result;
-    out.clear();
-    size_t i = 0;
-    for (; text != nullptr && text[i] != 0 && static_cast<uint16_t>(text[i]) < 0x80; ++i) {
-        out.push_back(static_cast<char>(text[i]));
+    size_t length = 0;
+    while (text != nullptr && text[length] != 0) ++length;
+    // An ASCII text (most names, every Message-ID) a unit to a byte, in
+    // loops without an early exit, which the compiler widens.
+    uint16_t bits = 0;
+    for (size_t i = 0; i < length; ++i) bits |= static_cast<uint16_t>(text[i]);
+    if (bits < 0x80) {
+        out.resize(length);
+        char* const o = &out[0];
+        for (size_t i = 0; i < length; ++i) o[i] = static_cast<char>(text[i]);
+        return;
     }
-    for (; text != nullptr && text[i] != 0; ++i) {
+    out.clear();
+    for (size_t i = 0; i < length; ++i) {
         uint32_t u = static_cast<uint16_t>(text[i]);
         uint32_t lo = static_cast<uint16_t>(text[i + 1]);
         if (u >= 0xD800 && u < 0xDC00 && lo >= 0xDC00 && lo < 0xE000) {

@@ -181,7 +181,7 @@ bool QuickDate(std::string_view d, int64_t* seconds) {
     size_t from = i;
     if (!Digits(d, &i, 2, &day) || !wordEnds()) return false;
     skip();
-    for (int m = 0; m < 12 && i + 3 <= d.size(); ++m) {
+    for (int m = 0; m < 12 && month < 0 && i + 3 <= d.size(); ++m) {
         if (SameNoCase(d.data() + i, kMonths[m], 3)) month = m + 1;
     }
     i += 3;
@@ -264,8 +264,12 @@ std::string_view AddrSpecView(std::string_view value, std::string* stripped) {
         // "a@b, c@d" or a display name without brackets: the first word with '@'.
         size_t at = inner.find('@');
         if (at == std::string_view::npos) return {};
-        size_t b = inner.find_last_of(" \t,;", at), e = inner.find_first_of(" \t,;", at);
-        inner = inner.substr(b == std::string_view::npos ? 0 : b + 1, e == std::string_view::npos ? e : e - b - 1);
+        // By hand: find_first_of and find_last_of look up each byte in the set with a call.
+        const auto splits = [](char c) { return c == ' ' || c == '\t' || c == ',' || c == ';'; };
+        size_t b = at, e = at;
+        while (b > 0 && !splits(inner[b - 1])) --b;
+        while (e < inner.size() && !splits(inner[e])) ++e;
+        inner = inner.substr(b, e - b);
     }
     for (char c : inner) {
         if (static_cast<unsigned char>(c) <= ' ' || c == 0x7F) return {};
