@@ -97,7 +97,8 @@ TEST(AssistantProgress, LineInEitherLanguage) {
         {false, 10, 40, 1500000, 2, "10 of 40 messages, 1.5 MB, 5 messages/s, 0:06 left"},
         {false, 100, 100, 0, 4, "100 of 100 messages, 0.0 MB, 25 messages/s, 0:00 left"},
         {false, 5, 3, 0, 1, "5 of 3 messages, 0.0 MB, 5 messages/s, --:-- left"},  // more than planned
-        {false, 1, 7201, 0, 1, "1 of 7201 messages, 0.0 MB, 1 messages/s, 120:00 left"},
+        {false, 1, 7201, 0, 1, "1 of 7201 messages, 0.0 MB, 1 message/s, 120:00 left"},
+        {false, 1, 1, 0, 1, "1 of 1 message, 0.0 MB, 1 message/s, 0:00 left"},
         {true, 10, 40, 1500000, 2, "10 / 40 通、1.5 MB、毎秒 5 通、残り 0:06"},
     };
     for (const auto& row : rows) {
@@ -138,6 +139,28 @@ TEST(AssistantStrings, BothLanguagesHoldTheSamePlaceholders) {
     }
 }
 
+// An English noun agrees with the count before it; a Japanese counter
+// needs no plural.
+TEST(AssistantStrings, CountsAgreeWithTheirNouns) {
+    const struct { bool japanese; Text id; std::vector<std::string> args; const char* text; } rows[] = {
+        {false, Text::kFoundTotals, {"1", "1", "1", "1", "1"},
+         "1 user, 1 folder, 1 message, 1 address book, 1 address"},
+        {false, Text::kFoundTotals, {"2", "0", "11", "21", "1"},
+         "2 users, 0 folders, 11 messages, 21 address books, 1 address"},
+        {false, Text::kBookRow, {"Default", "1"}, "Default (1 address)"},
+        {false, Text::kPlanTotals, {"1", "0.1", "1"}, "1 message, 0.1 MB to write; 1 MB free on the destination."},
+        {true, Text::kFoundTotals, {"1", "2", "1", "1", "1"},
+         "ユーザー 1 人、フォルダー 2 個、メール 1 通、アドレス帳 1 冊、アドレス 1 件"},
+    };
+    for (const auto& row : rows) {
+        ChooseLanguage(row.japanese ? 0x0411 : 0x0409);
+        std::vector<std::string> a = row.args;
+        a.resize(5);
+        EXPECT_EQ(row.text, Format(row.id, {a[0], a[1], a[2], a[3], a[4]}));
+    }
+    ChooseLanguage(0x0409);
+}
+
 TEST(AssistantStrings, FormatFillsPlaceholdersOnly) {
     ChooseLanguage(0x0409);
     EXPECT_EQ("3 written, 0 failed, 1 unread", Format(Text::kDoneTotals, {"3", "0", "1"}));
@@ -148,6 +171,7 @@ TEST(AssistantStrings, FormatFillsPlaceholdersOnly) {
 // Each problem points at the output of the deepest written item above it;
 // failed messages follow what could not be read.
 TEST(AssistantManifest, TotalsAndProblems) {
+    ChooseLanguage(0x0409);
     const char* users = R"("users":[{"index":"0","path":"Taro","accounts":[{"index":"0/0","path":"Taro/Work",
         "folders":[{"index":"0/0/1","path":"Taro/Work/inbox"},{"index":"0/0/10","path":"Taro/Work/sent"}]}]}],)";
     using P = std::vector<std::pair<std::string, std::string>>;
@@ -177,6 +201,9 @@ TEST(AssistantManifest, TotalsAndProblems) {
         for (const DoneProblem& p : totals.problems) problems.emplace_back(p.text, p.path);
         EXPECT_EQ(row.problems, problems) << row.name;
     }
+    ChooseLanguage(0x0411);  // the problems' words in the UI language
+    EXPECT_EQ("フォルダー 0/0/2 (コード -6)", TotalsFromManifest(rows[0].manifest).problems[1].text);
+    ChooseLanguage(0x0409);
 }
 
 // The export tells its listener of every message, written or failed, with

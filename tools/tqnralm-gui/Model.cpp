@@ -63,6 +63,18 @@ void AddBooks(const std::string& user, const Json& books, Found* found) {
     }
 }
 
+// The manifest's name of an item in the UI language; another as it is.
+std::string ItemName(const std::string& item) {
+    static const std::pair<const char*, Text> kNames[] = {{"user", Text::kItemUser},
+                                                          {"account", Text::kItemAccount},
+                                                          {"folder", Text::kItemFolder},
+                                                          {"message", Text::kItemMessage}};
+    for (const auto& [name, text] : kNames) {
+        if (item == name) return Str(text);
+    }
+    return item;
+}
+
 std::string Megabytes(uint64_t bytes) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f", bytes / 1e6);
@@ -176,7 +188,7 @@ DoneTotals TotalsFromManifest(const std::string& text) {
     const auto paths = WrittenPaths(manifest);
     const auto add = [&](const nlohmann::json& p, const std::string& item) {
         const std::string index = Member(p, "index", "?");
-        totals.problems.push_back({item + " " + index + " (code " + Member(p, "code", "?") + ")",
+        totals.problems.push_back({Format(Text::kProblemRow, {ItemName(item), index, Member(p, "code", "?")}),
                                    PathAbove(paths, index)});
     };
     for (const char* key : {"problems", "messages"}) {

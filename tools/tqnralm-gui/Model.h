@@ -63,7 +63,7 @@ std::string ProgressLine(int64_t done, int64_t total, uint64_t bytes, double sec
 // path (relative to OUTDIR) of the deepest user, account or folder above it
 // that was written; empty when none was.
 struct DoneProblem {
-    std::string text;  // "folder 0/0/3 (code -2147024894)"
+    std::string text;  // "folder 0/0/3 (code -2147024894)", in the UI language
     std::string path;
 };
 

@@ -18,18 +18,24 @@ const Row kRows[] = {
     {Text::kNext, "次へ(&N) >", "&Next >"},
     {Text::kCancel, "キャンセル", "Cancel"},
     {Text::kClose, "閉じる", "Close"},
+    {Text::kStepSearching, "1. メールを探しています", "1. Looking for mail"},
     {Text::kStepFound, "1. 見つかったメール", "1. Mail found"},
+    {Text::kStepNotFound, "1. メールが見つかりません", "1. No mail found"},
+    {Text::kStepChooseUser, "1. ユーザーを選ぶ", "1. Choose a user"},
     {Text::kStepWhere, "2. 書き出し先と形式", "2. Where and how"},
     {Text::kStepExport, "3. 書き出し中", "3. Exporting"},
     {Text::kStepDone, "4. 完了", "4. Done"},
+    {Text::kStepStopped, "4. 中止", "4. Stopped"},
+    {Text::kStepNotFinished, "4. 未完了", "4. Not finished"},
     {Text::kSearching, "このコンピューターのメールを探しています...", "Looking for the mail on this computer..."},
     {Text::kReadOnly, "AL-Mail32 のデータは読むだけで、変更しません。",
      "AL-Mail32's data is only read, never changed."},
     {Text::kNotInstalled, "このコンピューターには AL-Mail32 が見つかりませんでした。",
      "AL-Mail32 was not found on this computer."},
     {Text::kFoundTotals, "ユーザー %1 人、フォルダー %2 個、メール %3 通、アドレス帳 %4 冊、アドレス %5 件",
-     "%1 users, %2 folders, %3 messages, %4 address books, %5 addresses"},
-    {Text::kBookRow, "%1 (アドレス %2 件)", "%1 (%2 addresses)"},
+     "%1 {user|users}, %2 {folder|folders}, %3 {message|messages}, %4 {address book|address books}, "
+     "%5 {address|addresses}"},
+    {Text::kBookRow, "%1 (アドレス %2 件)", "%1 (%2 {address|addresses})"},
     {Text::kBookSame, "%1 (ほかのアドレス帳と同じ内容。1 回だけ書き出します)",
      "%1 (the same as another book; written once)"},
     {Text::kDestination, "書き出し先のフォルダー(&D):", "&Destination folder:"},
@@ -50,18 +56,18 @@ const Row kRows[] = {
     {Text::kCounting, "書き出す量を数えています... 書き出し先の空き %1 MB。",
      "Counting what the export will write... %1 MB free on the destination."},
     {Text::kPlanTotals, "書き出すメール %1 通、%2 MB。書き出し先の空き %3 MB。",
-     "%1 messages, %2 MB to write; %3 MB free on the destination."},
+     "%1 {message|messages}, %2 MB to write; %3 MB free on the destination."},
     {Text::kShortOfSpace, "空きが %1 MB 足りません。ほかの書き出し先を選ぶか、空きを作ってください。",
      "The destination is %1 MB short of space: choose another folder or free some space."},
     {Text::kChooseFolder, "書き出し先のフォルダーを選んでください。", "Choose the folder to export into."},
     {Text::kNeedFolder, "書き出し先のフォルダーを入力してください。", "Enter the folder to export into."},
     {Text::kProgress, "%1 / %2 通、%3 MB、毎秒 %4 通、残り %5",
-     "%1 of %2 messages, %3 MB, %4 messages/s, %5 left"},
+     "%1 of %2 {message|messages}, %3 MB, %4 {message|messages}/s, %5 left"},
     {Text::kFolderNow, "書き込み中: %1", "Writing: %1"},
     {Text::kStopping, "止めています...", "Stopping..."},
     {Text::kDoneTotals, "書き出し %1 通、失敗 %2 通、読めなかったもの %3 通",
      "%1 written, %2 failed, %3 unread"},
-    {Text::kDoneOk, "すべてのメールを書き出しました。", "All mail was exported."},
+    {Text::kDoneOk, "選んだメールをすべて書き出しました。", "All the chosen mail was exported."},
     {Text::kDoneProblems,
      "読めなかったものがあります (manifest.json にも記録)。ダブルクリックでその場所を開きます。",
      "Some items could not be read (manifest.json lists them too). Double-click one to show its place."},
@@ -73,6 +79,11 @@ const Row kRows[] = {
      "The destination could not be written (a full disk, no permission, ...). "
      "Once that is mended, start again on the same folder: the export goes on from there."},
     {Text::kDoneFailed, "書き出せませんでした (コード %1)。", "The export failed (code %1)."},
+    {Text::kProblemRow, "%1 %2 (コード %3)", "%1 %2 (code %3)"},
+    {Text::kItemUser, "ユーザー", "user"},
+    {Text::kItemAccount, "アカウント", "account"},
+    {Text::kItemFolder, "フォルダー", "folder"},
+    {Text::kItemMessage, "メール", "message"},
     {Text::kOpenFolder, "フォルダーを開く(&O)", "&Open the folder"},
     {Text::kThunderbird, "Thunderbird への読み込み方(&T)", "Into &Thunderbird"},
     {Text::kThunderbirdSteps,
@@ -99,7 +110,7 @@ const Row kRows[] = {
      "The add-on ImportExportTools NG also imports each mbox file (Import mbox file).\r\n\r\n"
      "Address books: in Thunderbird, Tools > Import > Address Books, choose the .ldif file in "
      "<user>\\addresses (it keeps the mailing lists and the readings). Never import the .groups.vcf."},
-    {Text::kReadDisk, "古いディスクの Windows フォルダーを選ぶ(&W)...", "Choose the &Windows folder of an old disk..."},
+    {Text::kReadDisk, "古い Windows のディスクを選ぶ(&W)...", "Choose an old &Windows disk..."},
     {Text::kReadDiskInstead, "代わりに古いディスクから読む(&W)...", "Read an old &Windows disk instead..."},
     {Text::kNotInstalledHint,
      "古いパソコンのディスクを USB ケースなどでつないでいれば、そこからメールを読めます。"
@@ -161,11 +172,18 @@ const char* Str(Text id) {
 std::string Format(Text id, std::initializer_list<std::string> args) {
     const std::string text = Str(id);
     std::string out;
+    bool one = false;  // the placeholder filled last was "1"
     for (size_t i = 0; i < text.size(); ++i) {
         const size_t n = i + 1 < text.size() ? static_cast<size_t>(text[i + 1] - '1') : args.size();
+        const size_t bar = text[i] == '{' ? text.find('|', i) : std::string::npos;
+        const size_t end = bar != std::string::npos ? text.find('}', bar) : std::string::npos;
         if (text[i] == '%' && n < args.size()) {
             out += args.begin()[n];
+            one = args.begin()[n] == "1";
             ++i;
+        } else if (end != std::string::npos) {
+            out += one ? text.substr(i + 1, bar - i - 1) : text.substr(bar + 1, end - bar - 1);
+            i = end;
         } else {
             out += text[i];
         }

@@ -1,6 +1,8 @@
 // The assistant's texts, in Japanese and in English: the window shows the
 // Japanese ones when the user's UI language is Japanese, else the English.
-// Texts are UTF-8; a '&' marks a control's mnemonic.
+// Texts are UTF-8; a '&' marks a control's mnemonic. An English noun after a
+// count is written "{user|users}": Format takes the first form when the
+// placeholder filled last was "1". Japanese counts need no such choice.
 #ifndef TQNRALM_GUI_STRINGS_H
 #define TQNRALM_GUI_STRINGS_H
 
@@ -16,10 +18,15 @@ enum class Text {
     kNext,
     kCancel,
     kClose,
+    kStepSearching,
     kStepFound,
+    kStepNotFound,
+    kStepChooseUser,
     kStepWhere,
     kStepExport,
     kStepDone,
+    kStepStopped,
+    kStepNotFinished,
     kSearching,
     kReadOnly,
     kNotInstalled,
@@ -52,6 +59,11 @@ enum class Text {
     kDoneStopped,
     kDoneOutput,
     kDoneFailed,       // %1 the exit code
+    kProblemRow,       // %1 the item (kItem...), %2 its index, %3 the library's code
+    kItemUser,
+    kItemAccount,
+    kItemFolder,
+    kItemMessage,
     kOpenFolder,
     kThunderbird,
     kThunderbirdSteps,  // %1 the destination folder
@@ -85,7 +97,8 @@ void ChooseLanguage(uint16_t uiLanguage);
 bool Japanese();
 
 const char* Str(Text id);
-// `Str(id)` with %1 ... %9 replaced by the arguments in order.
+// `Str(id)` with %1 ... %9 replaced by the arguments in order, and each
+// "{one|other}" by the form that agrees with the placeholder before it.
 std::string Format(Text id, std::initializer_list<std::string> args);
 
 }  // namespace gui

@@ -141,8 +141,13 @@ void Window::Show(Step step) {
     for (int page = kFound; page <= kDone; ++page) {
         for (HWND control : pages_[page]) ShowWindow(control, page == step ? SW_SHOW : SW_HIDE);
     }
-    const Text headings[4] = {Text::kStepFound, Text::kStepWhere, Text::kStepExport, Text::kStepDone};
-    SetText(heading_, Str(headings[step]));
+    // The first step's heading follows its search (ShowFoundState); the
+    // last one says how the export ended.
+    const Text done = exportExit_ == kExitOk || exportExit_ == kExitIncomplete ? Text::kStepDone
+                      : exportExit_ == kExitStopped                            ? Text::kStepStopped
+                                                                               : Text::kStepNotFinished;
+    if (step != kFound)
+        SetText(heading_, Str(step == kWhere ? Text::kStepWhere : step == kExport ? Text::kStepExport : done));
     EnableWindow(next_, step == kFound ? found_ : step == kWhere);
     ShowWindow(next_, step == kDone ? SW_HIDE : SW_SHOW);
     SetText(cancel_, Str(step == kDone ? Text::kClose : Text::kCancel));

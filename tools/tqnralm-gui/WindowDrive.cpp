@@ -32,6 +32,10 @@ void Window::ShowFoundState() {
     const DriveCheck& check = engine_->drive();
     const bool missing = searched_ && !found_;
     const bool several = missing && onDrive_ && check.problem == DriveCheck::kSeveralUsers;
+    SetText(heading_, Str(!searched_ ? Text::kStepSearching
+                          : found_   ? Text::kStepFound
+                          : several  ? Text::kStepChooseUser
+                                     : Text::kStepNotFound));
     ShowWindow(tree_, found_ ? SW_SHOW : SW_HIDE);
     ShowWindow(foundTotals_, found_ ? SW_SHOW : SW_HIDE);
     ShowWindow(driveNote_, missing ? SW_SHOW : SW_HIDE);
