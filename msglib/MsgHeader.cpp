@@ -10,26 +10,36 @@ namespace msg {
 
 namespace {
 
-// A field name is printable ASCII without blanks or a colon; blanks before the
-// colon are the obsolete form and are dropped. An mbox "From " line, which
-// has a colon only in its time, is no field.
-bool ValidFieldName(std::string_view name) {
-    if (name.empty()) return false;
-    for (char c : name) {
-        unsigned char u = static_cast<unsigned char>(c);
-        if (u <= 0x20 || u >= 0x7F || c == ':') return false;
+// The field a name stands for (the name without blanks before its colon),
+// or -1. Names are told apart by their length first.
+int FieldOf(std::string_view name) {
+    switch (name.size()) {
+        case 7: return EqualsNoCase(name, "Subject") ? static_cast<int>(Field::kSubject) : -1;
+        case 10:
+            if (EqualsNoCase(name, "Message-ID")) return static_cast<int>(Field::kMessageId);
+            return EqualsNoCase(name, "Content-ID") ? static_cast<int>(Field::kContentId) : -1;
+        case 12: return EqualsNoCase(name, "Content-Type") ? static_cast<int>(Field::kContentType) : -1;
+        case 19: return EqualsNoCase(name, "Content-Disposition") ? static_cast<int>(Field::kContentDisposition) : -1;
+        case 25:
+            return EqualsNoCase(name, "Content-Transfer-Encoding") ? static_cast<int>(Field::kContentTransferEncoding)
+                                                                    : -1;
+        default: return -1;
     }
-    return true;
 }
 
 }  // namespace
 
+// A field name is printable ASCII without blanks or a colon; blanks before the
+// colon are the obsolete form and are dropped. The names read are such names,
+// so a line whose name is none of them (an mbox "From " line, which has a
+// colon only in its time, a broken line) is passed over, its continuation
+// lines with it.
 void MsgHeader::Parse(std::string_view text) {
-    m_fields.clear();
+    Clear();
     m_bodyOffset = text.size();
     const char* base = text.data();
     const size_t n = text.size();
-    bool inField = false;
+    std::string_view* extending = nullptr;  // the field that continuation lines join
     size_t pos = 0;
     while (pos < n) {
         const void* nl = std::memchr(base + pos, '\n', n - pos);
@@ -42,36 +52,25 @@ void MsgHeader::Parse(std::string_view text) {
             return;
         }
         if (IsWsp(base[pos])) {
-            if (inField) {
-                Field& f = m_fields.back();
-                f.value = std::string_view(f.value.data(),
-                                           static_cast<size_t>(base + contentEnd - f.value.data()));
+            if (extending) {
+                *extending = std::string_view(extending->data(), static_cast<size_t>(base + contentEnd - extending->data()));
             }
         } else {
-            std::string_view line(base + pos, contentEnd - pos);
-            size_t colon = line.find(':');
-            inField = false;
-            if (colon != std::string_view::npos) {
-                std::string_view name = line.substr(0, colon);
+            extending = nullptr;
+            size_t colon = pos;
+            while (colon < contentEnd && base[colon] != ':') ++colon;
+            if (colon < contentEnd) {
+                std::string_view name(base + pos, colon - pos);
                 while (!name.empty() && IsWsp(name.back())) name.remove_suffix(1);
-                if (ValidFieldName(name)) {
-                    m_fields.push_back({name, line.substr(colon + 1)});
-                    inField = true;
+                const int field = FieldOf(name);
+                if (field >= 0 && !m_values[field].data()) {
+                    extending = &m_values[field];
+                    *extending = std::string_view(base + colon + 1, contentEnd - colon - 1);
                 }
             }
         }
         pos = next;
     }
-}
-
-bool MsgHeader::Find(std::string_view name, std::string_view* raw) const {
-    for (const Field& f : m_fields) {
-        if (EqualsNoCase(f.name, name)) {
-            *raw = f.value;
-            return true;
-        }
-    }
-    return false;
 }
 
 std::string_view UnfoldedView(std::string_view raw, std::string* room) {

@@ -91,7 +91,7 @@ void MimeStructure::Build(std::string_view text, const MsgHeader& top) {
         const size_t bodyBegin = f.begin + header.BodyOffset();
 
         std::string_view raw;
-        m_type.Parse(header.Find("Content-Type", &raw) ? UnfoldedView(raw, &m_room) : std::string_view());
+        m_type.Parse(header.Find(Field::kContentType, &raw) ? UnfoldedView(raw, &m_room) : std::string_view());
         std::string contentType = m_type.Value();
         if (contentType.find('/') == std::string::npos || contentType.front() == '/' ||
             contentType.back() == '/') {
@@ -126,13 +126,13 @@ void MimeStructure::AddLeaf(const MsgHeader& header, MimeLeaf&& leaf) {
     if (m_type.Get("charset", &leaf.charset)) {
         for (char& c : leaf.charset) c = AsciiLower(c);
     }
-    leaf.encoding = EncodingCode(header.Find("Content-Transfer-Encoding", &raw)
+    leaf.encoding = EncodingCode(header.Find(Field::kContentTransferEncoding, &raw)
                                      ? UnfoldedView(raw, &m_room)
                                      : std::string_view());
-    leaf.hasDisposition = header.Find("Content-Disposition", &raw);
+    leaf.hasDisposition = header.Find(Field::kContentDisposition, &raw);
     m_disposition.Parse(leaf.hasDisposition ? UnfoldedView(raw, &m_room) : std::string_view());
     leaf.disposition = m_disposition.Value();
-    leaf.hasContentId = header.Find("Content-ID", &raw);
+    leaf.hasContentId = header.Find(Field::kContentId, &raw);
     if (leaf.hasContentId) leaf.contentId = UnfoldedView(raw, &m_room);
 
     std::u16string fileName;
@@ -146,9 +146,9 @@ void MimeStructure::AddLeaf(const MsgHeader& header, MimeLeaf&& leaf) {
     if (m_attachNames.size() < MT_ATTACH_SLOTS) m_attachNames.push_back(WideToCp932(fileName));
 }
 
-std::string_view MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room) {
+std::string_view MimeStructure::DecodeBody(std::string_view text, const MimeLeaf& leaf, uint32_t codePage,
+                                           TextRoom* room) {
     std::string_view raw = text.substr(leaf.bodyBegin, leaf.bodyEnd - leaf.bodyBegin);
-    const uint32_t codePage = CodePageOfCharset(leaf.charset);
     switch (leaf.encoding) {
         case MT_ENC_BASE64: room->decoded = DecodeBase64Body(raw); break;
         case MT_ENC_QP: room->decoded = DecodeQuotedPrintableBody(raw); break;

@@ -11,6 +11,7 @@
 #define QV_MSGLIB_MSGMIME_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -51,9 +52,11 @@ public:
     // CP932 file names of the first attachments, "" for one without a name.
     const std::vector<std::string>& AttachmentNames() const { return m_attachNames; }
 
-    // The body of a part, transfer encoding undone and converted to CP932.
-    // A view of text where it needs no change, else of *room.
-    static std::string_view DecodeBody(std::string_view text, const MimeLeaf& leaf, TextRoom* room);
+    // The body of a part, transfer encoding undone and converted to CP932
+    // from codePage, its charset's. A view of text where it needs no change,
+    // else of *room.
+    static std::string_view DecodeBody(std::string_view text, const MimeLeaf& leaf, uint32_t codePage,
+                                       TextRoom* room);
 
 private:
     struct Frame {

@@ -96,9 +96,11 @@ size_t LeadingValue(std::string_view s, std::string* value) {
 
 }  // namespace
 
-void MsgParams::Parse(std::string_view s) {
+void MsgParams::Parse(std::string_view value) {
+    m_text.assign(value.data(), value.size());
     m_value.clear();
     m_params.clear();
+    const std::string_view s = value;
     const size_t n = s.size();
     size_t p = LeadingValue(s, &m_value);
     while (p < n) {
@@ -108,52 +110,78 @@ void MsgParams::Parse(std::string_view s) {
             ++p;
             continue;
         }
-        size_t nameBegin = p;
+        Param prm{p, 0, 0, 0};
         while (p < n && s[p] != '=' && s[p] != ';' && !IsWsp(s[p]) && s[p] != '(' && s[p] != '\r' &&
                s[p] != '\n') {
             ++p;
         }
-        std::string name = LowerCopy(s.substr(nameBegin, p - nameBegin));
+        prm.nameSize = p - prm.nameBegin;
         p = SkipCfws(s, p);
         if (p >= n || s[p] != '=') {
             while (p < n && s[p] != ';') ++p;
             continue;
         }
         p = SkipCfws(s, p + 1);
-        std::string value;
         if (p < n && s[p] == '"') {
-            ++p;
-            while (p < n && s[p] != '"') {
-                unsigned char c = static_cast<unsigned char>(s[p]);
-                if (IsSjisLead(c) && p + 1 < n && s[p + 1] == '\\') {
-                    value.append(s.substr(p, 2));
-                    p += 2;
-                } else if (c == '\\' && p + 1 < n) {
-                    value.push_back(s[p + 1]);
-                    p += 2;
-                } else {
-                    value.push_back(s[p]);
-                    ++p;
-                }
-            }
-            if (p < n) ++p;  // the closing quote
+            p = Quoted(p + 1, n, &prm);
         } else {
-            size_t valueBegin = p;
+            const size_t valueBegin = p;
             while (p < n && s[p] != ';') ++p;
-            value = std::string(TrimSpace(s.substr(valueBegin, p - valueBegin)));
+            const std::string_view v = TrimSpace(s.substr(valueBegin, p - valueBegin));
+            prm.valueBegin = v.empty() ? valueBegin : static_cast<size_t>(v.data() - s.data());
+            prm.valueSize = v.size();
         }
-        if (!name.empty()) m_params.push_back({std::move(name), std::move(value)});
+        if (prm.nameSize > 0) m_params.push_back(prm);
     }
 }
 
-bool MsgParams::Get(std::string_view name, std::string* value) const {
+size_t MsgParams::Quoted(size_t p, size_t n, Param* param) {
+    // A Shift-JIS lead byte takes the backslash after it as its second half;
+    // another backslash quotes the byte after it. Most quoted strings hold no
+    // quoted pair, and their value is their bytes.
+    size_t end = p;
+    bool pairs = false;
+    for (; end < n && m_text[end] != '"'; ++end) {
+        const unsigned char c = static_cast<unsigned char>(m_text[end]);
+        if (end + 1 < n && ((IsSjisLead(c) && m_text[end + 1] == '\\') || c == '\\')) {
+            pairs = pairs || c == '\\';
+            ++end;
+        }
+    }
+    param->valueBegin = p;
+    param->valueSize = end - p;
+    if (pairs) {
+        param->valueBegin = m_text.size();
+        for (size_t i = p; i < end; ++i) {
+            const unsigned char c = static_cast<unsigned char>(m_text[i]);
+            if (IsSjisLead(c) && i + 1 < end && m_text[i + 1] == '\\') {
+                m_text.push_back(m_text[i]);
+                m_text.push_back(m_text[++i]);
+            } else {
+                if (c == '\\' && i + 1 < end) ++i;
+                m_text.push_back(m_text[i]);
+            }
+        }
+        param->valueSize = m_text.size() - param->valueBegin;
+    }
+    return end < n ? end + 1 : end;  // past the closing quote
+}
+
+bool MsgParams::Get(std::string_view name, std::string_view* value) const {
     for (const Param& prm : m_params) {
-        if (EqualsNoCase(prm.name, name)) {
-            *value = prm.value;
+        if (EqualsNoCase(Name(prm), name)) {
+            *value = Value(prm);
             return true;
         }
     }
     return false;
+}
+
+bool MsgParams::Get(std::string_view name, std::string* value) const {
+    std::string_view v;
+    if (!Get(name, &v)) return false;
+    value->assign(v.data(), v.size());
+    return true;
 }
 
 bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
@@ -161,19 +189,21 @@ bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
     struct Section {
         long number;
         bool extended;
-        const std::string* value;
+        std::string_view value;
     };
     std::vector<Section> sections;
-    const std::string* single = nullptr;  // "name*"
+    std::string_view single;  // "name*"
+    bool hasSingle = false;
     for (const Param& prm : m_params) {
-        std::string_view pn = prm.name;
+        std::string_view pn = Name(prm);
         if (pn.size() <= name.size() || !EqualsNoCase(pn.substr(0, name.size()), name) ||
             pn[name.size()] != '*') {
             continue;
         }
         std::string_view rest = pn.substr(name.size() + 1);
         if (rest.empty()) {
-            if (!single) single = &prm.value;
+            if (!hasSingle) single = Value(prm);
+            hasSingle = true;
             continue;
         }
         bool extended = rest.back() == '*';
@@ -185,14 +215,14 @@ bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
             if (c < '0' || c > '9') digits = false;
             number = number * 10 + (c - '0');
         }
-        if (digits) sections.push_back({number, extended, &prm.value});
+        if (digits) sections.push_back({number, extended, Value(prm)});
     }
 
-    if (single || !sections.empty()) {
+    if (hasSingle || !sections.empty()) {
         std::string_view charset;
         std::string bytes;
-        if (single) {
-            bytes = PercentDecode(SplitCharset(*single, &charset));
+        if (hasSingle) {
+            bytes = PercentDecode(SplitCharset(single, &charset));
         } else {
             std::stable_sort(sections.begin(), sections.end(),
                              [](const Section& a, const Section& b) { return a.number < b.number; });
@@ -202,7 +232,7 @@ bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
                     if (sec.number < expect) continue;  // a repeated section
                     break;                              // a gap ends the value
                 }
-                std::string_view v = *sec.value;
+                std::string_view v = sec.value;
                 if (sec.extended) {
                     if (expect == 0) v = SplitCharset(v, &charset);
                     bytes += PercentDecode(v);
@@ -217,7 +247,7 @@ bool MsgParams::GetText(std::string_view name, std::u16string* text) const {
         return true;
     }
 
-    std::string plain;
+    std::string_view plain;
     if (!Get(name, &plain)) return false;
     *text = DecodeHeaderText(plain);
     return true;

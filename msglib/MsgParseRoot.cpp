@@ -38,7 +38,7 @@ uint32_t MsgParseRoot::Declared(std::string_view value) const {
     if (std::none_of(value.begin(), value.end(), high)) return kCpGuess;
     std::string_view type;
     std::string charset;
-    if (!m_header.Find("Content-Type", &type)) return kCpGuess;
+    if (!m_header.Find(Field::kContentType, &type)) return kCpGuess;
     MsgParams params;
     params.Parse(UnfoldValue(type));
     return params.Get("charset", &charset) ? CodePageOfCharset(charset) : kCpGuess;
@@ -46,7 +46,7 @@ uint32_t MsgParseRoot::Declared(std::string_view value) const {
 
 bool MsgParseRoot::Subject(std::string* out) const {
     std::string_view raw;
-    if (!m_header.Find("Subject", &raw)) return false;
+    if (!m_header.Find(Field::kSubject, &raw)) return false;
     const std::string value = UnfoldValue(raw);
     *out = WideToCp932(DecodeHeaderText(value, Declared(value)));
     return true;
@@ -54,7 +54,7 @@ bool MsgParseRoot::Subject(std::string* out) const {
 
 bool MsgParseRoot::MessageId(std::string* out) const {
     std::string_view raw;
-    if (!m_header.Find("Message-ID", &raw)) return false;
+    if (!m_header.Find(Field::kMessageId, &raw)) return false;
     std::string room;
     const std::string_view value = UnfoldedView(raw, &room);
     // ASCII without an escape reads as itself in every guess and in CP932.
@@ -72,7 +72,12 @@ bool MsgParseRoot::MessageId(std::string* out) const {
 std::string_view MsgParseRoot::MainPartBody(size_t index) const {
     const MimeLeaf& leaf = m_mime.MainParts().at(index);
     m_body.Trim(kKeptBody);
-    return MimeStructure::DecodeBody(m_text, leaf, &m_body);
+    if (leaf.charset != m_charset) {
+        const uint32_t codePage = CodePageOfCharset(leaf.charset);
+        m_charset = leaf.charset;  // first, so that a throw leaves the pair as it was
+        m_codePage = codePage;
+    }
+    return MimeStructure::DecodeBody(m_text, leaf, m_codePage, &m_body);
 }
 
 }  // namespace msg

@@ -39,6 +39,10 @@ public:
 private:
     std::string m_text;
     mutable TextRoom m_body;  // MainPartBody's last answer, unless a view of m_text
+    // The last body's charset and its code page: a folder's mail mostly
+    // shares one, and the label's lookup is a search of many.
+    mutable std::string m_charset;
+    mutable uint32_t m_codePage = kCpGuess;
     MsgHeader m_header;
     MimeStructure m_mime;
 
