@@ -49,6 +49,11 @@ struct RunState {
 // may write there beyond its count.
 void JapaneseRun(const unsigned char* p, size_t n, unsigned high, char* out, RunState* state);
 
+// Whether runs take 32 pairs a step where the processor has AVX2 (they do
+// unless told not to, which the tests do to check the narrower steps too).
+// Returns whether they did before.
+bool AllowWideSteps(bool allow);
+
 }  // namespace cp932
 }  // namespace qvp
 

@@ -163,10 +163,14 @@ TEST(CodePage, JapaneseToAnsiEqualsTheTwoConversions) {
         for (size_t k = random() % 24; k > 0; --k) text += pieces[random() % std::size(pieces)];
         texts.push_back({n % 2 ? 50220u : 51932u, text});
     }
-    for (const auto& [cp, text] : texts) {
-        std::string direct = "kept:";
-        ASSERT_TRUE(qvp::JapaneseToAnsi(cp, text.data(), text.size(), &direct));
-        ASSERT_EQ("kept:" + twoSteps(cp, text), direct) << cp << " " << testing::PrintToString(text);
+    for (const bool wide : {true, false}) {  // AVX2's steps, where there are any, and SSE2's
+        const bool before = qvp::cp932::AllowWideSteps(wide);
+        for (const auto& [cp, text] : texts) {
+            std::string direct = "kept:";
+            ASSERT_TRUE(qvp::JapaneseToAnsi(cp, text.data(), text.size(), &direct));
+            ASSERT_EQ("kept:" + twoSteps(cp, text), direct) << cp << " " << testing::PrintToString(text);
+        }
+        qvp::cp932::AllowWideSteps(before);
     }
     std::string untouched;
     EXPECT_FALSE(qvp::JapaneseToAnsi(65001, "a", 1, &untouched));
@@ -193,22 +197,26 @@ TEST(CodePage, ArithmeticJisCodesHaveTheirFormInTheTable) {
     EXPECT_EQ(94 + 14 + 83 + 86 + 2965 + 3390, arithmetic) << "symbols, hiragana, katakana, kanji levels 1 and 2";
 }
 
-// Runs of pairs and of ASCII at every length around the 16-byte step, each
-// followed by every kind of byte that ends a run.
+// Runs of pairs and of ASCII at every length around the 16-, 32- and 64-byte
+// steps, each followed by every kind of byte that ends a run, in the steps of
+// each width.
 TEST(CodePage, JapaneseRunsOfEveryLength) {
     const std::string pairs = "0!$\"%v!!\".OSt&";  // first and last codes of the arithmetic rows
+    std::string longLine;  // a line end, then a line of more than one wide step
+    for (int k = 0; k < 5; ++k) longLine += pairs;
     const struct {
         uint32_t codePage;
         std::vector<std::string> ends;
     } cases[] = {
-        {50220, {"", "\x1B(B\r\n", "\x1B(B\r\n\x1B$B0!", "\x1B(J\x1B$@0!", "-p", "#0", "\"/", "OT", "t'", "%w", "$t",
+        {50220, {"", "\x1B(B\r\n", "\x1B(B\r\n\x1B$B0!", "\x1B(B\r\n\x1B$B" + longLine + "\x1B(B\r\n",
+                 "\x1B(J\x1B$@0!", "-p", "#0", "\"/", "OT", "t'", "%w", "$t",
                  "0", "0\x7F", " 0", "\x0E1\x0F", "\x1B(I1", "\x1B$(D0!", "\x80", "\x1B", "\x1B(", "\x1B$"}},
         {51932, {"", "\r\n", "\r\n\xB0\xA1", "\xAD\xF0", "\xA3\xB0", "\xA2\xAF", "\xCF\xD4", "\xF4\xA7", "\xB0",
                  "\xB0\x7F", "\xB0\xFF", "\x8E\xB1", "\x8F\xB0\xA1", "\x80", "\x1B$B"}},
     };
     for (const auto& c : cases) {
         const bool euc = c.codePage == 51932;
-        for (size_t length = 0; length <= 40; ++length) {
+        for (size_t length = 0; length <= 80; ++length) {
             std::string run, ascii;
             for (size_t k = 0; k < length; ++k) {
                 run += static_cast<char>(pairs[k % pairs.size()] | (euc ? 0x80 : 0));
@@ -217,9 +225,14 @@ TEST(CodePage, JapaneseRunsOfEveryLength) {
             if (length % 2) run.pop_back();
             for (const std::string& end : c.ends) {
                 for (const std::string& text : {(euc ? "" : "\x1B$B") + run + end, ascii + end}) {
-                    std::string direct;
-                    ASSERT_TRUE(qvp::JapaneseToAnsi(c.codePage, text.data(), text.size(), &direct));
-                    ASSERT_EQ(TwoSteps(c.codePage, text), direct) << c.codePage << " " << testing::PrintToString(text);
+                    const std::string expected = TwoSteps(c.codePage, text);
+                    for (const bool wide : {true, false}) {
+                        const bool before = qvp::cp932::AllowWideSteps(wide);
+                        std::string direct;
+                        ASSERT_TRUE(qvp::JapaneseToAnsi(c.codePage, text.data(), text.size(), &direct));
+                        qvp::cp932::AllowWideSteps(before);
+                        ASSERT_EQ(expected, direct) << c.codePage << " " << testing::PrintToString(text);
+                    }
                 }
             }
         }
