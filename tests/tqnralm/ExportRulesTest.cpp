@@ -31,6 +31,13 @@ TEST(Mboxrd, QuotesFromLinesAndEndsLinesWithLf) {
         {"x\r\nFrom y", "x\n>From y\n\n"},  // the last line without an end gets one
         {"a\rb\r\n", "a\rb\n\n"},          // a lone CR stays
         {"", "\n"},
+        // Lines longer than a block of sixteen, their CR LF on either side of a block's edge.
+        {"0123456789abcde\r\nFrom x\r\n", "0123456789abcde\n>From x\n\n"},
+        {"0123456789abcde\r\n0123456789012345678901234567890123456789\r\n",
+         "0123456789abcde\n0123456789012345678901234567890123456789\n\n"},
+        {"aaaaaaaaaaaaaaaaaaaa\rbbbbbbbbbbbbbbbbbbb\r\ncccccccccccccccccccccFrom",
+         "aaaaaaaaaaaaaaaaaaaa\rbbbbbbbbbbbbbbbbbbb\ncccccccccccccccccccccFrom\n\n"},
+        {"\r\n\r\nxxxxxxxxxxxxxxxxxxxxxxxx\n>>From y\nFrom z\r\n", "\n\nxxxxxxxxxxxxxxxxxxxxxxxx\n>>>From y\n>From z\n\n"},
     };
     for (const auto& row : rows) {
         std::string out;
