@@ -18,10 +18,14 @@
 # file passes over every inode freed in the last minutes (up to six), so a
 # `cp -r` or an export run just after an `rm -rf` of 100,000 files made each
 # file 5 to 10 times slower than it would be on a fresh disk.
-# Needs /usr/bin/time. Build first: cmake --build build --target tqnralm samplestore
+# Needs /usr/bin/time. Build first: cmake --build build --target tqnralm
+# samplestore sNqxMsgNet (the message library is loaded at run time).
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
 messages=${2:-100000}
+# Without the message library every run would fail at once, each giving a
+# time of nothing.
+[ -e "$build/lib/libsNqxMsgNet.so" ] || { echo "bench/export.sh: $build/lib/libsNqxMsgNet.so is missing" >&2; exit 2; }
 work=$(mktemp -d "${TMPDIR:-/tmp}/tqnralm-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
