@@ -2,6 +2,7 @@
 #include "MsgHeader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "MsgText.h"
@@ -10,19 +11,63 @@ namespace msg {
 
 namespace {
 
+// Whether a word of a name is the same word of a name in lower case (letters
+// and '-'), in any case: a letter's byte (bit 0x40 set) may differ from it
+// only in its case bit, any other byte not at all.
+template <typename Word>
+bool SameWord(const char* name, const char* lower) {
+    Word x, y;
+    std::memcpy(&x, name, sizeof x);
+    std::memcpy(&y, lower, sizeof y);
+    const Word caseBits = static_cast<Word>((y & static_cast<Word>(0x4040404040404040ull)) >> 1);
+    return (x | caseBits) == y;
+}
+
+// EqualsNoCase for a name of 4 bytes or more and its lower-case form of the
+// same size, a word at a time (the last word may overlap the one before).
+bool IsName(std::string_view name, std::string_view lower) {
+    const char* a = name.data();
+    const char* b = lower.data();
+    const size_t n = lower.size();
+    if (n < 8) return SameWord<uint32_t>(a, b) && SameWord<uint32_t>(a + n - 4, b + n - 4);
+    for (size_t i = 0; i + 8 < n; i += 8) {
+        if (!SameWord<uint64_t>(a + i, b + i)) return false;
+    }
+    return SameWord<uint64_t>(a + n - 8, b + n - 8);
+}
+
+// The first colon in base[pos, end), or end: on little-endian machines
+// eight bytes a step while there are eight (the lowest zero byte of the word
+// xor colons is the first colon; a borrow marks only bytes above it).
+size_t Colon(const char* base, size_t pos, size_t end) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    constexpr uint64_t kOnes = 0x0101010101010101ull, kHigh = 0x8080808080808080ull;
+    for (; pos + 8 <= end; pos += 8) {
+        uint64_t word;
+        std::memcpy(&word, base + pos, sizeof word);
+        word ^= kOnes * ':';
+        const uint64_t zero = (word - kOnes) & ~word & kHigh;
+        if (zero != 0) return pos + static_cast<size_t>(__builtin_ctzll(zero) / 8);
+    }
+#endif
+    while (pos < end && base[pos] != ':') ++pos;
+    return pos;
+}
+
 // The field a name stands for (the name without blanks before its colon),
 // or -1. Names are told apart by their length first.
 int FieldOf(std::string_view name) {
+    const auto is = [name](std::string_view lower, Field field) {
+        return IsName(name, lower) ? static_cast<int>(field) : -1;
+    };
     switch (name.size()) {
-        case 7: return EqualsNoCase(name, "Subject") ? static_cast<int>(Field::kSubject) : -1;
+        case 7: return is("subject", Field::kSubject);
         case 10:
-            if (EqualsNoCase(name, "Message-ID")) return static_cast<int>(Field::kMessageId);
-            return EqualsNoCase(name, "Content-ID") ? static_cast<int>(Field::kContentId) : -1;
-        case 12: return EqualsNoCase(name, "Content-Type") ? static_cast<int>(Field::kContentType) : -1;
-        case 19: return EqualsNoCase(name, "Content-Disposition") ? static_cast<int>(Field::kContentDisposition) : -1;
-        case 25:
-            return EqualsNoCase(name, "Content-Transfer-Encoding") ? static_cast<int>(Field::kContentTransferEncoding)
-                                                                    : -1;
+            return IsName(name, "message-id") ? static_cast<int>(Field::kMessageId)
+                                              : is("content-id", Field::kContentId);
+        case 12: return is("content-type", Field::kContentType);
+        case 19: return is("content-disposition", Field::kContentDisposition);
+        case 25: return is("content-transfer-encoding", Field::kContentTransferEncoding);
         default: return -1;
     }
 }
@@ -53,12 +98,12 @@ void MsgHeader::Parse(std::string_view text) {
         }
         if (IsWsp(base[pos])) {
             if (extending) {
-                *extending = std::string_view(extending->data(), static_cast<size_t>(base + contentEnd - extending->data()));
+                const size_t size = static_cast<size_t>(base + contentEnd - extending->data());
+                *extending = std::string_view(extending->data(), size);
             }
         } else {
             extending = nullptr;
-            size_t colon = pos;
-            while (colon < contentEnd && base[colon] != ':') ++colon;
+            const size_t colon = Colon(base, pos, contentEnd);
             if (colon < contentEnd) {
                 std::string_view name(base + pos, colon - pos);
                 while (!name.empty() && IsWsp(name.back())) name.remove_suffix(1);
