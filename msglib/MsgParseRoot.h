@@ -31,6 +31,9 @@ public:
     bool MessageId(std::string* out) const;
 
     const MimeStructure& Structure() const { return m_mime; }
+    // Room for a text on its way out, kept so that handing out an id or a
+    // subject longer than a short string does not allocate each time.
+    std::string& OutRoom() const { return m_out; }
     // The part's body, valid until the next call or the next message. Its
     // room is kept for the next body, so that a folder's walk does not
     // allocate one per message.
@@ -43,6 +46,7 @@ private:
     // shares one, and the label's lookup is a search of many.
     mutable std::string m_charset;
     mutable uint32_t m_codePage = kCpGuess;
+    mutable std::string m_out;
     MsgHeader m_header;
     MimeStructure m_mime;
 

@@ -17,6 +17,9 @@ msg::MsgParseRoot* RootOf(MT_WORD root) { return reinterpret_cast<msg::MsgParseR
 // A text for the caller, released with MT_Free.
 char* NewText(std::string_view s) { return msg::NewHandedText(s); }
 
+// The room kept for a subject or an id on its way out, at most.
+constexpr size_t kKeptOutRoom = 1 << 16;
+
 // Roots alive: the kept blocks go with the last one.
 std::atomic<long> g_roots{0};
 
@@ -31,12 +34,14 @@ template <typename Getter>
 MT_WORD HandOut(MT_WORD root, char** text, MT_WORD* length, Getter get) {
     if (!root || !text) return 0;
     try {
-        std::string value;
-        if (!get(*RootOf(root), &value)) return 0;
-        char* p = NewText(value);
+        std::string& value = RootOf(root)->OutRoom();
+        const bool got = get(*RootOf(root), &value);
+        char* p = got ? NewText(value) : nullptr;
+        const size_t size = value.size();
+        if (value.capacity() > kKeptOutRoom) std::string().swap(value);  // a huge one is not kept
         if (!p) return 0;
         *text = p;
-        Store(length, static_cast<MT_WORD>(value.size()));
+        Store(length, static_cast<MT_WORD>(size));
         return 1;
     } catch (...) {
         return 0;
