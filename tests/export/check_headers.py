@@ -28,6 +28,7 @@ ROWS = [
                         b"Content-Type: text/plain; charset=EUC-JP"], {"Subject": "見積もりの件"}),
     ("iso-2022-jp subject", [b"Subject: " + "会議のお知らせ".encode("iso2022_jp")], {"Subject": "会議のお知らせ"}),
     ("utf-8 subject", [b"Subject: " + "Réunion 日本語".encode()], {"Subject": "Réunion 日本語"}),
+    ("utf-8 past 16 bits", [b"Subject: " + "絵文字 😀 ok".encode()], {"Subject": "絵文字 😀 ok"}),
     ("raw display name", [b"From: " + sjis("山田 太郎") + b" <taro@example.jp>"],
      {"From": [("山田 太郎", "taro@example.jp")]}),
     ("several addresses", [b"To: " + sjis('"佐藤, 一郎" <sato@example.jp>, 鈴木花子 <hanako@example.jp>,'),

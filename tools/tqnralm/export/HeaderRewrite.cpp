@@ -124,17 +124,35 @@ uint32_t DeclaredCodePage(std::string_view message) {
 
 uint32_t Detect(std::string_view bytes, uint32_t declared) { return msg::GuessCodePage(bytes, declared); }
 
+// Written in place: a unit takes three bytes at most, a surrogate pair four.
 void AppendUtf8Of(std::u16string_view wide, std::string& out) {
-    out.reserve(out.size() + wide.size() * 3);
+    const size_t from = out.size();
+    out.resize(from + wide.size() * 3);
+    char* o = &out[from];
+    const auto put = [&o](uint32_t byte) { *o++ = static_cast<char>(byte); };
     for (size_t i = 0; i < wide.size(); ++i) {
         uint32_t u = wide[i];
+        if (u < 0x80) {
+            put(u);
+            continue;
+        }
         if (u >= 0xD800 && u < 0xDC00 && i + 1 < wide.size() && wide[i + 1] >= 0xDC00 && wide[i + 1] < 0xE000) {
             u = 0x10000 + ((u - 0xD800) << 10) + (wide[++i] - 0xDC00);
-        } else if (u >= 0xD800 && u < 0xE000) {
-            u = 0xFFFD;
+            put(0xF0 | (u >> 18));
+            put(0x80 | ((u >> 12) & 0x3F));
+        } else {
+            if (u >= 0xD800 && u < 0xE000) u = 0xFFFD;
+            if (u < 0x800) {
+                put(0xC0 | (u >> 6));
+                put(0x80 | (u & 0x3F));
+                continue;
+            }
+            put(0xE0 | (u >> 12));
         }
-        AppendUtf8(out, u);
+        put(0x80 | ((u >> 6) & 0x3F));
+        put(0x80 | (u & 0x3F));
     }
+    out.resize(static_cast<size_t>(o - out.data()));
 }
 
 std::string Utf8Of(std::u16string_view wide) {
