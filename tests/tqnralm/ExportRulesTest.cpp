@@ -298,6 +298,18 @@ TEST(Manifest, StringsAsNlohmannJsonWritesThem) {
     const auto dump = [](const std::string& s) {
         return Json(s).dump(-1, ' ', false, Json::error_handler_t::replace);
     };
+    // Well-formed UTF-8 (nlohmann-json's strict dump takes it) comes out the
+    // same through the path that does not check it.
+    const auto trusted = [](const std::string& s) {
+        try {
+            Json(s).dump(-1, ' ', false, Json::error_handler_t::strict);
+        } catch (const Json::exception&) {
+            return std::string();
+        }
+        std::string out;
+        AppendJsonUtf8(&out, s);
+        return out;
+    };
     const std::string rows[] = {
         "", "plain", "q\"uote\\back/slash", std::string("\0\x01\b\t\n\x0B\f\r\x1F\x7F", 11),
         "\xC2\x80\xDF\xBF", "\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
@@ -308,6 +320,10 @@ TEST(Manifest, StringsAsNlohmannJsonWritesThem) {
         std::string out = "x";
         AppendJsonString(&out, row);
         EXPECT_EQ("x" + dump(row), out) << dump(row);
+        const std::string unchecked = trusted(row);
+        if (!unchecked.empty()) {
+            EXPECT_EQ(dump(row), unchecked) << dump(row);
+        }
     }
     std::mt19937 random(25);
     const char alphabet[] = {'a', '"', '\\', '\n', '\x01', '\x7F', '\x80', '\xBF', '\xC2', '\xE0', '\xED', '\xF0', '\xF4', '\xA0', '\x9F'};
@@ -317,6 +333,10 @@ TEST(Manifest, StringsAsNlohmannJsonWritesThem) {
         std::string out;
         AppendJsonString(&out, s);
         ASSERT_EQ(dump(s), out) << dump(s);
+        const std::string unchecked = trusted(s);
+        if (!unchecked.empty()) {
+            ASSERT_EQ(dump(s), unchecked) << dump(s);
+        }
     }
 }
 

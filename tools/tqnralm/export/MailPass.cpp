@@ -202,10 +202,11 @@ void Member(std::string* row, std::string_view key, std::string_view value) {
     AppendJsonString(row, value);
 }
 
+// A Message-ID or subject: UTF-8 of the host's conversions (Utf8, HeaderRewrite).
 void Member(std::string* row, std::string_view key, bool has, std::string_view value) {
-    if (has) return Member(row, key, value);
     row->append(key);
-    row->append("null");
+    if (has) AppendJsonUtf8(row, value);
+    else row->append("null");
 }
 
 void Member(std::string* row, std::string_view key, uint64_t value) {

@@ -68,14 +68,16 @@ void AppendEscape(std::string* out, unsigned char c) {
 
 // Past the bytes from `i` on, eight at a time, that JSON takes as they are
 // (printable ASCII but '"' and '\\'): most of a manifest's text.
-size_t PlainEnd(std::string_view text, size_t i) {
+// `high` is 0 where bytes of 0x80 or more are known to be well-formed
+// UTF-8, which JSON takes as it is.
+size_t PlainEnd(std::string_view text, size_t i, uint64_t high = 0x8080808080808080u) {
     constexpr uint64_t kOnes = 0x0101010101010101u, kHigh = 0x8080808080808080u;
     const auto hasZero = [](uint64_t v) { return ((v - kOnes) & ~v & kHigh) != 0; };
     for (; i + 8 <= text.size(); i += 8) {
         uint64_t w;
         std::memcpy(&w, text.data() + i, 8);
         // A byte of 0x80 or more, below 0x20, a '"' or a '\\' ends the run.
-        if ((w & kHigh) != 0 || (((w - 0x20 * kOnes) & ~w & kHigh) != 0) || hasZero(w ^ ('"' * kOnes)) ||
+        if ((w & high) != 0 || (((w - 0x20 * kOnes) & ~w & kHigh) != 0) || hasZero(w ^ ('"' * kOnes)) ||
             hasZero(w ^ ('\\' * kOnes)))
             break;
     }
@@ -104,6 +106,23 @@ void AppendJsonString(std::string* out, std::string_view text) {
             copied = ++i;
         } else {
             i = PlainEnd(text, i + 1);
+        }
+    }
+    out->append(text.data() + copied, text.size() - copied);
+    out->push_back('"');
+}
+
+void AppendJsonUtf8(std::string* out, std::string_view text) {
+    out->push_back('"');
+    size_t copied = 0;  // text before this is in `out`
+    for (size_t i = PlainEnd(text, 0, 0); i < text.size();) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c < 0x20 || c == '"' || c == '\\') {
+            out->append(text.data() + copied, i - copied);
+            AppendEscape(out, c);
+            copied = ++i;
+        } else {
+            i = PlainEnd(text, i + 1, 0);
         }
     }
     out->append(text.data() + copied, text.size() - copied);

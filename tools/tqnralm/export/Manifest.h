@@ -75,6 +75,9 @@ private:
 // Appends `text` as a JSON string: the bytes that nlohmann-json's dump
 // writes for it (UTF-8 kept, invalid bytes replaced).
 void AppendJsonString(std::string* out, std::string_view text);
+// The same for text known to be well-formed UTF-8 (as the host's
+// conversions make it), which is not checked again.
+void AppendJsonUtf8(std::string* out, std::string_view text);
 
 }  // namespace tqnralm
 
