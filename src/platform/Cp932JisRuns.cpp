@@ -86,6 +86,28 @@ inline unsigned PairBlock(const unsigned char* p, __m128i high, char* to) {
     return ~static_cast<unsigned>(_mm_movemask_epi8(ok)) & (whole ? 0xFFFFu : 0xFFu);
 }
 
+// The bytes of p[0, 16) where runs of pairs mostly end: escapes
+// (ISO-2022-JP) or ASCII (EUC-JP).
+inline unsigned Ends(const unsigned char* p, unsigned high) {
+    const __m128i raw = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    return high == 0 ? static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(raw, Bytes(kEsc))))
+                     : ~static_cast<unsigned>(_mm_movemask_epi8(raw)) & 0xFFFF;
+}
+
+// Where a block's run ends, given its mask of pairs that are not arithmetic
+// (a bit a pair; not 0) and ends, its Ends. That end is found on a shorter
+// path than the whole test, and taken when the mask agrees (the lowest bad
+// pair, k, is the byte bit 2k, its bit squared), so that the next step need
+// not wait for the test.
+template <typename Mask>
+inline size_t Stop(Mask bad, Mask ends) {
+    const Mask lowest = bad & (0 - bad);
+    if (__builtin_expect(ends != 0 && (ends & (0 - ends)) == lowest * lowest, 1)) {
+        return static_cast<size_t>(__builtin_ctzll(ends));
+    }
+    return 2 * static_cast<size_t>(__builtin_ctzll(bad));
+}
+
 // Sixteen bytes copied from p to out; returns a mask of those that are not
 // plain ASCII.
 inline unsigned AsciiBlock(const unsigned char* p, bool iso, char* out) {
@@ -154,6 +176,19 @@ QV_AVX2 inline unsigned PairBlock32(const unsigned char* p, __m256i high, char* 
     return ~static_cast<unsigned>(_mm256_movemask_epi8(_mm256_permute4x64_epi64(ok, 0xD8)));
 }
 
+// Ends for p[0, 64).
+QV_AVX2 inline uint64_t Ends64(const unsigned char* p, unsigned high) {
+    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 32));
+    if (high == 0) {
+        const __m256i esc = Bytes32(kEsc);
+        return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a, esc))) |
+               static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(b, esc)))) << 32;
+    }
+    return ~(static_cast<uint32_t>(_mm256_movemask_epi8(a)) |
+             static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(b))) << 32);
+}
+
 // Pairs from p[*in], written from out[*written], while 64 bytes are left;
 // true when a pair that is not arithmetic (nor an ISO-2022-JP line end)
 // stopped them there.
@@ -163,7 +198,7 @@ QV_AVX2 bool PairsAvx2(const unsigned char* p, size_t n, unsigned high, char* ou
     bool stopped = false;
     while (i + 64 <= n) {
         const unsigned bad = PairBlock32(p + i, less, out + w);
-        const size_t k = bad == 0 ? 64 : 2 * static_cast<size_t>(__builtin_ctz(bad));
+        const size_t k = bad == 0 ? 64 : Stop<uint64_t>(bad, Ends64(p + i, high));
         i += k;
         w += k;
         if (bad == 0) continue;
@@ -203,11 +238,11 @@ size_t Pairs(const unsigned char* p, size_t n, unsigned high, char* out) {
     const __m128i less = Bytes(static_cast<int>(high));
     for (; i + 32 <= n; i += 32) {
         const unsigned bad = PairBlock<true>(p + i, less, out + i);
-        if (bad != 0) return i + 2 * static_cast<unsigned>(__builtin_ctz(bad));
+        if (bad != 0) return i + Stop(bad, Ends(p + i, high) | Ends(p + i + 16, high) << 16);
     }
     if (i + 16 <= n) {
         const unsigned bad = PairBlock<false>(p + i, less, out + i);
-        if (bad != 0) return i + 2 * static_cast<unsigned>(__builtin_ctz(bad));
+        if (bad != 0) return i + Stop(bad, Ends(p + i, high));
         i += 16;
     }
 #endif
@@ -232,6 +267,12 @@ size_t Ascii(const unsigned char* p, size_t n, bool iso, char* out) {
 #endif
     for (; i < n && PlainAscii(p[i], iso); ++i) out[i] = static_cast<char>(p[i]);
     return i;
+}
+
+// Whether a run of pairs at p stops at once (at a character from the table,
+// the escape after it): told by its first pair, without a step's work.
+bool StopsAtOnce(const unsigned char* p, size_t n, unsigned high) {
+    return n < 2 || !IsArithmeticJis(((p[0] - high) & 0xFF) << 8 | ((p[1] - high) & 0xFF));
 }
 
 // Whether p[i] starts the ISO-2022-JP escape that leaves pairs for ASCII
@@ -260,11 +301,12 @@ void JapaneseRun(const unsigned char* p, size_t n, unsigned high, char* out, Run
     size_t i = 0, w = 0;
     bool pairs = state->pairs;
     while (i < n) {
-        bool stopped = false;
+        bool stopped = pairs && StopsAtOnce(p + i, n - i, high);
 #if QV_RUNS_AVX2
-        if (pairs && g_avx2) stopped = PairsAvx2(p, n, high, out, &i, &w);
+        if (pairs && !stopped && g_avx2) stopped = PairsAvx2(p, n, high, out, &i, &w);
 #endif
-        const size_t taken = stopped ? 0 : pairs ? Pairs(p + i, n - i, high, out + w) : Ascii(p + i, n - i, iso, out + w);
+        size_t taken = 0;
+        if (!stopped) taken = pairs ? Pairs(p + i, n - i, high, out + w) : Ascii(p + i, n - i, iso, out + w);
         i += taken;
         w += taken;
         if (i >= n) break;
