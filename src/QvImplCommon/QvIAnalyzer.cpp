@@ -10,8 +10,9 @@
 
 #define QV_SOURCE "QvImplCommon\\QvIAnalyzer"
 
+CQvIAnalyzer* CQvIAnalyzer::s_pInstance = nullptr;
+
 namespace {
-CQvIAnalyzer* g_pAnalyzer = nullptr;
 
 // Write and flush failures without a code of their own become -13.
 int32_t LogFileError(int cause) {
@@ -21,15 +22,13 @@ int32_t LogFileError(int cause) {
 }  // namespace
 
 CQvIAnalyzer::CQvIAnalyzer() : m_bInitialized(0), m_pRoot(nullptr), m_pLogFile(nullptr) {
-    g_pAnalyzer = this;
+    s_pInstance = this;
 }
 
 CQvIAnalyzer::~CQvIAnalyzer() {
     if (IsLogging()) EndLogging();
-    g_pAnalyzer = nullptr;
+    s_pInstance = nullptr;
 }
-
-CQvIAnalyzer* CQvIAnalyzer::GetInstance() { return g_pAnalyzer; }
 
 QV_BOOL CQvIAnalyzer::IsInitialized() { return m_bInitialized; }
 

@@ -19,7 +19,10 @@ public:
     CQvIAnalyzer();
     virtual ~CQvIAnalyzer();
 
-    static CQvIAnalyzer* GetInstance();
+    static CQvIAnalyzer* GetInstance() { return s_pInstance; }
+    // Whether the analyzer writes its log now: the one test a trace record
+    // makes while logging is off.
+    static bool LogsNow() { return s_pInstance != nullptr && s_pInstance->m_pLogFile != nullptr; }
 
     virtual const char16_t* GetAnalyzerName() = 0;
     virtual QV_BOOL IsInitialized();
@@ -41,6 +44,8 @@ protected:
     qvp::LogFile* m_pLogFile;
 
 private:
+    static CQvIAnalyzer* s_pInstance;
+
     CQvIAnalyzer(const CQvIAnalyzer&) = delete;
     CQvIAnalyzer& operator=(const CQvIAnalyzer&) = delete;
 };

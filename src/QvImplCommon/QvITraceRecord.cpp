@@ -5,32 +5,29 @@
 #include "QvImplCommon/QvIAnalyzer.h"
 #include "platform/platform.h"
 
-CQvITraceRecord::CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32_t nLevel)
-    : m_nLine(nLine), m_nLevel(nLevel), m_bEnabled(0) {
-    CQvIAnalyzer* pAnalyzer = CQvIAnalyzer::GetInstance();
-    if (pAnalyzer == nullptr || !pAnalyzer->IsLogging()) return;
-    m_bEnabled = 1;
+void CQvITraceRecord::Begin(const char* pszSourcePath) {
+    m_texts.emplace();
     // The line shows what follows the last separator of the path.
     const char* pszBase = pszSourcePath;
     for (const char* p = pszSourcePath; *p != '\0'; ++p) {
         if (*p == '\\' || *p == '/') pszBase = p + 1;
     }
-    m_strFile.AppendAscii(pszBase);
+    m_texts->strFile.AppendAscii(pszBase);
 }
 
-void CQvITraceRecord::AppendText(const char16_t* psz) { m_strMessage.Append(psz != nullptr ? psz : u"(NULL)"); }
+void CQvITraceRecord::AppendText(const char16_t* psz) { m_texts->strMessage.Append(psz != nullptr ? psz : u"(NULL)"); }
 
-void CQvITraceRecord::AppendAscii(const char* psz) { m_strMessage.AppendAscii(psz); }
+void CQvITraceRecord::AppendAscii(const char* psz) { m_texts->strMessage.AppendAscii(psz); }
 
-void CQvITraceRecord::AppendPointer(const void* p) { m_strMessage.AppendFormat("%p", p); }
+void CQvITraceRecord::AppendPointer(const void* p) { m_texts->strMessage.AppendFormat("%p", p); }
 
-void CQvITraceRecord::AppendUnsigned(uint32_t n) { m_strMessage.AppendFormat("%lu", n); }
+void CQvITraceRecord::AppendUnsigned(uint32_t n) { m_texts->strMessage.AppendFormat("%lu", n); }
 
-void CQvITraceRecord::AppendSigned(int32_t n) { m_strMessage.AppendFormat("%ld", n); }
+void CQvITraceRecord::AppendSigned(int32_t n) { m_texts->strMessage.AppendFormat("%ld", n); }
 
-void CQvITraceRecord::AppendHex(uint32_t n) { m_strMessage.AppendFormat("%lx", n); }
+void CQvITraceRecord::AppendHex(uint32_t n) { m_texts->strMessage.AppendFormat("%lx", n); }
 
-void CQvITraceRecord::AppendBool(int32_t b) { m_strMessage.Append(b != 0 ? u"TRUE" : u"FALSE"); }
+void CQvITraceRecord::AppendBool(int32_t b) { m_texts->strMessage.Append(b != 0 ? u"TRUE" : u"FALSE"); }
 
 void CQvITraceRecord::WriteLine() {
     CQvIAnalyzer* pAnalyzer = CQvIAnalyzer::GetInstance();
@@ -45,7 +42,7 @@ void CQvITraceRecord::WriteLine() {
                        uint32_t{t.milliseconds});
         CQvWString strLine;
         strLine.Format("[%s],%ld,%s,%s(%ld),%s\r\n", pAnalyzer->GetAnalyzerName(), m_nLevel, strTime.GetString(),
-                       m_strFile.GetString(), m_nLine, m_strMessage.GetString());
+                       m_texts->strFile.GetString(), m_nLine, m_texts->strMessage.GetString());
         // Each 16-bit unit goes out little-endian, whatever the host's order.
         std::string bytes;
         bytes.reserve(strLine.GetLength() * 2);

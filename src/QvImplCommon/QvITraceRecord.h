@@ -3,12 +3,14 @@
 //
 // A line reads "[analyzer],level,time,source(line),message\r\n" in UTF-16LE.
 // While logging is off a record costs one test of the analyzer and a test per
-// append: no formatting, no allocation.
+// append: no formatting, no allocation, not even its texts are made.
 #ifndef QV_QVITRACERECORD_H
 #define QV_QVITRACERECORD_H
 
 #include <cstdint>
+#include <optional>
 
+#include "QvImplCommon/QvIAnalyzer.h"
 #include "QvImplCommon/QvWString.h"
 
 enum : int32_t {
@@ -22,8 +24,10 @@ enum : int32_t {
 class CQvITraceRecord {
 public:
     // pszSourcePath: the source as a path; the line shows its last component.
-    CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32_t nLevel);
-    virtual ~CQvITraceRecord() = default;
+    CQvITraceRecord(const char* pszSourcePath, int32_t nLine, int32_t nLevel)
+        : m_nLine(nLine), m_nLevel(nLevel), m_bEnabled(CQvIAnalyzer::LogsNow() ? 1 : 0) {
+        if (m_bEnabled) Begin(pszSourcePath);
+    }
 
     // The tests of m_bEnabled are inline: a walk makes a dozen records per
     // message, and while logging is off each append is that test alone.
@@ -64,6 +68,7 @@ public:
     bool IsEnabled() const { return m_bEnabled != 0; }
 
 private:
+    void Begin(const char* pszSourcePath);
     void AppendText(const char16_t* psz);
     void AppendAscii(const char* psz);
     void AppendPointer(const void* p);
@@ -73,10 +78,14 @@ private:
     void AppendBool(int32_t b);
     void WriteLine();
 
-    CQvWString m_strFile;
+    // The line's texts, made only while logging is on.
+    struct Texts {
+        CQvWString strFile;
+        CQvWString strMessage;
+    };
+    std::optional<Texts> m_texts;
     int32_t m_nLine;
     int32_t m_nLevel;
-    CQvWString m_strMessage;
     int32_t m_bEnabled;
 };
 
