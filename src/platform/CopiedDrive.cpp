@@ -1,6 +1,7 @@
 // CopiedDrive.cpp - the copied drive a host named, else the environment's.
 #include "platform/CopiedDrive.h"
 
+#include <atomic>
 #include <mutex>
 
 namespace qvp {
@@ -8,7 +9,7 @@ namespace {
 
 struct Named {
     std::mutex mutex;
-    bool set = false;
+    std::atomic<bool> set{false};  // read without the lock: once set, it stays
     std::string root, user;
 };
 
@@ -31,6 +32,14 @@ std::string WindowsRoot() {
     Named& named = Chosen();
     std::lock_guard<std::mutex> lock(named.mutex);
     return named.set ? named.root : EnvironmentText("TQNRALM_WINDOWS_ROOT");
+}
+
+bool NamedWindowsRoot(std::string* root) {
+    Named& named = Chosen();
+    if (!named.set.load()) return false;
+    std::lock_guard<std::mutex> lock(named.mutex);
+    *root = named.root;
+    return true;
 }
 
 std::string WindowsUser() {

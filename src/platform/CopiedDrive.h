@@ -33,6 +33,10 @@ namespace qvp {
 void UseCopiedDrive(const std::string& root, const std::string& user);
 // The copied drive's folder; empty when the machine is another.
 std::string WindowsRoot();
+// Whether a host named the copied drive (UseCopiedDrive), and then its
+// folder: WindowsRoot without the environment, for a caller that reads the
+// environment its own way.
+bool NamedWindowsRoot(std::string* root);
 // The profile named for the copied drive; empty when none is.
 std::string WindowsUser();
 // Where a copied drive's other letter lies (a client whose data lay on D:):

@@ -90,8 +90,10 @@ bool DriveRoot(char letter, std::string* root) {
 // never taken for another's.
 void DriveSourceInto(char letter, std::string* out) {
     out->clear();
-    const std::string copied = WindowsRoot();
-    if (copied.empty()) {
+    // WindowsRoot, without a copy of the environment's text.
+    std::string named;
+    const char* copied = NamedWindowsRoot(&named) ? named.c_str() : std::getenv("TQNRALM_WINDOWS_ROOT");
+    if (copied == nullptr || copied[0] == '\0') {
         AppendPrefixRoot(out);
         return;
     }

@@ -20,15 +20,16 @@ std::string PrefixRoot() {
 }
 
 void AppendPrefixRoot(std::string* out) {
-    const char* prefix = std::getenv("WINEPREFIX");
-    if (prefix != nullptr && prefix[0] != '\0') {
-        out->append(prefix);
+    const char* winePrefix = std::getenv("WINEPREFIX");
+    if (winePrefix != nullptr && winePrefix[0] != '\0') {
+        out->append(winePrefix);
         return;
     }
     const char* home = std::getenv("HOME");
-    if (home == nullptr || home[0] == '\0') return;
-    out->append(home);
-    out->append("/.wine");
+    if (home != nullptr && home[0] != '\0') {
+        out->append(home);
+        out->append("/.wine");
+    }
 }
 
 }  // namespace posix
