@@ -37,7 +37,7 @@ int32_t EmptyWide(QvV4Value* pValue) {
 }
 
 // Kind 2: strict code page 932; an invalid sequence fails the whole text.
-// The source is read up to its first zero byte. Plain ASCII (most message
+// The source is read up to its first zero byte, or its length. Plain ASCII (most message
 // ids) widens as it is, without the converter's own string.
 int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
     PendingText text{qvp::Calloc(2 * nLength + 2, 1)};
@@ -49,8 +49,10 @@ int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
         ++i;
     }
     if (i < nLength && pText[i] != '\0') {
-        const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText, -1, p,
-                                                   static_cast<int>(nLength + 1));
+        const char* pZero = static_cast<const char*>(std::memchr(pText + i, 0, nLength - i));
+        const size_t nText = pZero != nullptr ? static_cast<size_t>(pZero - pText) : nLength;
+        const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText,
+                                                   static_cast<int>(nText), p, static_cast<int>(nLength + 1));
         if (nDone == 0) return -3;
     }
     pValue->pfnFree = FreeText;

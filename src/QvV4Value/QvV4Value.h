@@ -32,8 +32,9 @@ int32_t QvV4Value_FromText(QvV4Value* pValue, const char* pszText);
 // The mail side's fill: from an 8-bit string of known length; kind 2
 // converts strictly from code page 932. Result 0, -1 or -3.
 int32_t QvV4Value_FromString(const std::string& str, QvV4Value* pValue);
-// The same from nLength bytes followed by a zero byte (a message's whole
-// text, handed on without a string of its own).
+// The same from nLength bytes (a message's whole text or a library's text,
+// handed on without a string of their own); kind 2 reads them up to the
+// first zero byte.
 int32_t QvV4Value_FromBytes(const char* pText, size_t nLength, QvV4Value* pValue);
 
 #endif  // QV_QVV4VALUE_H

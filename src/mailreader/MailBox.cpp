@@ -235,38 +235,33 @@ int32_t CMailBox::Selected(int32_t nIndex) {
     return nSelected == 0 ? 0 : nSelected == kUnreadable ? kUnreadable : -3;
 }
 
-int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, std::string& text) {
+CMailBox::LibraryText::~LibraryText() { g_MessageLib.MT_Free(pText); }
+
+int32_t CMailBox::GetLibraryText(int32_t nIndex, bool bSubject, LibraryText* pText) {
     const int32_t nSelected = Selected(nIndex);
     if (nSelected != 0) return nSelected;
-    char* pText = nullptr;
+    char* p = nullptr;
     MT_WORD nLength = 0;
-    MT_WORD ok = bSubject ? g_MessageLib.MT_GetSubjectD(m_pParse, &pText, &nLength)
-                          : g_MessageLib.MT_GetMessageIDD(m_pParse, &pText, &nLength);
+    MT_WORD ok = bSubject ? g_MessageLib.MT_GetSubjectD(m_pParse, &p, &nLength)
+                          : g_MessageLib.MT_GetMessageIDD(m_pParse, &p, &nLength);
     if (ok == 0) {
-        g_MessageLib.MT_Free(pText);
+        g_MessageLib.MT_Free(p);
         return -3;
     }
-    struct LibraryText {
-        char* p;
-        ~LibraryText() { g_MessageLib.MT_Free(p); }
-    } owned{pText};
-    if (pText == nullptr || nLength <= 0) {
-        text.clear();
-    } else {
+    pText->pText = p;
+    pText->nLength = 0;
+    if (p != nullptr && nLength > 0) {
         // The text runs up to its first zero byte.
-        const void* pZero = std::memchr(pText, 0, static_cast<size_t>(nLength));
-        size_t n = pZero != nullptr ? static_cast<size_t>(static_cast<const char*>(pZero) - pText)
-                                    : static_cast<size_t>(nLength);
-        text.assign(pText, n);
+        const void* pZero = std::memchr(p, 0, static_cast<size_t>(nLength));
+        pText->nLength = pZero != nullptr ? static_cast<size_t>(static_cast<const char*>(pZero) - p)
+                                          : static_cast<size_t>(nLength);
     }
     return 0;
 }
 
-int32_t CMailBox::GetSubject(int32_t nIndex, std::string& text) { return GetLibraryText(nIndex, true, text); }
+int32_t CMailBox::GetSubject(int32_t nIndex, LibraryText* pText) { return GetLibraryText(nIndex, true, pText); }
 
-int32_t CMailBox::GetMessageId(int32_t nIndex, std::string& text) {
-    return GetLibraryText(nIndex, false, text);
-}
+int32_t CMailBox::GetMessageId(int32_t nIndex, LibraryText* pText) { return GetLibraryText(nIndex, false, pText); }
 
 int32_t CMailBox::GetWholeText(int32_t nIndex, const char** ppText, size_t* pnLength) {
     const int32_t nSelected = Selected(nIndex);

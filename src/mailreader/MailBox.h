@@ -69,8 +69,18 @@ public:
     int32_t SelectMessage(int32_t nIndex);
     // 0, kUnreadable, or -3 when the message cannot be selected otherwise or
     // the library gives no text.
-    int32_t GetSubject(int32_t nIndex, std::string& text);
-    int32_t GetMessageId(int32_t nIndex, std::string& text);
+    // The text comes as the message library handed it out, up to its first
+    // zero byte, and goes back to it with the holder.
+    struct LibraryText {
+        char* pText = nullptr;
+        size_t nLength = 0;
+        LibraryText() = default;
+        ~LibraryText();
+        LibraryText(const LibraryText&) = delete;
+        LibraryText& operator=(const LibraryText&) = delete;
+    };
+    int32_t GetSubject(int32_t nIndex, LibraryText* pText);
+    int32_t GetMessageId(int32_t nIndex, LibraryText* pText);
     // The held text up to its first zero byte, which follows it; valid until
     // the next message is selected.
     int32_t GetWholeText(int32_t nIndex, const char** ppText, size_t* pnLength);
@@ -99,7 +109,7 @@ public:
 private:
     int32_t Selected(int32_t nIndex);
     void ReadText(qvp::File* file, size_t nSize);
-    int32_t GetLibraryText(int32_t nIndex, bool bSubject, std::string& text);
+    int32_t GetLibraryText(int32_t nIndex, bool bSubject, LibraryText* pText);
     void ReleaseMainParts();
     void ReleaseAttachments();
 

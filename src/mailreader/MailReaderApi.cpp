@@ -69,25 +69,28 @@ enum class MessageText { Subject, MessageId, Whole };
 int32_t FetchMessageText(MAILREADER_HANDLE hReader, MAILRECORD_HANDLE hFolder, int32_t nIndex,
                          MessageText what, QvV4Value* pValue) {
     if (hReader == nullptr) return -3;
-    std::string text;
-    // The whole text goes from the folder's buffer into the record: at 2 KB
-    // and more, a string between the two would cost an allocation and a copy.
-    const char* pWhole = nullptr;
-    size_t nWhole = 0;
+    // Each text goes into the record from where it lies: the whole text from
+    // the folder's buffer, the others from the message library's own texts.
+    CMailBox::LibraryText library;
+    const char* pText = nullptr;
+    size_t nLength = 0;
     int32_t nResult = Barrier(CMailBox::kUnreadable, CMailBox::kUnreadable, [&]() -> int32_t {
         if (hFolder == nullptr) return CMailBox::kUnreadable;
         CMailBox* pBox = AsBox(hFolder);
         switch (what) {
-            case MessageText::Subject: return pBox->GetSubject(nIndex, text);
-            case MessageText::MessageId: return pBox->GetMessageId(nIndex, text);
-            default: return pBox->GetWholeText(nIndex, &pWhole, &nWhole);
+            case MessageText::Subject: return pBox->GetSubject(nIndex, &library);
+            case MessageText::MessageId: return pBox->GetMessageId(nIndex, &library);
+            default: return pBox->GetWholeText(nIndex, &pText, &nLength);
         }
     });
     // A message that cannot be read: the subject is -3, the others -2.
     if (nResult == CMailBox::kUnreadable) nResult = what == MessageText::Subject ? -3 : -2;
     if (nResult != 0) return nResult;
-    return what == MessageText::Whole ? QvV4Value_FromBytes(pWhole, nWhole, pValue)
-                                      : QvV4Value_FromString(text, pValue);
+    if (what != MessageText::Whole) {
+        pText = library.pText;
+        nLength = library.nLength;
+    }
+    return QvV4Value_FromBytes(pText, nLength, pValue);
 }
 
 }  // namespace
