@@ -37,10 +37,11 @@ int32_t EmptyWide(QvV4Value* pValue) {
 }
 
 // Kind 2: strict code page 932; an invalid sequence fails the whole text.
-// The source is read up to its first zero byte, or its length. Plain ASCII (most message
-// ids) widens as it is, without the converter's own string.
+// The source is read up to its first zero byte, or its length. Plain ASCII
+// (most message ids) widens as it is, without the converter's own string.
 int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
-    PendingText text{qvp::Calloc(2 * nLength + 2, 1)};
+    // nLength + 1 units, zero past the text.
+    PendingText text{qvp::Malloc(2 * nLength + 2)};
     char16_t* p = static_cast<char16_t*>(text.p);
     if (p == nullptr) return -1;
     size_t i = 0;
@@ -48,7 +49,9 @@ int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
         p[i] = static_cast<char16_t>(pText[i]);
         ++i;
     }
+    std::memset(p + i, 0, 2 * (nLength + 1 - i));
     if (i < nLength && pText[i] != '\0') {
+        std::memset(p, 0, 2 * i);
         const char* pZero = static_cast<const char*>(std::memchr(pText + i, 0, nLength - i));
         const size_t nText = pZero != nullptr ? static_cast<size_t>(pZero - pText) : nLength;
         const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText,

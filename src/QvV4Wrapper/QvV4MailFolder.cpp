@@ -21,6 +21,7 @@ CQvV4MailFolder::CQvV4MailFolder(CQvIObject* pParent) : CQvIMailFolder(pParent) 
 }
 
 CQvV4MailFolder::~CQvV4MailFolder() {
+    delete m_pSpareMessage;
     delete[] m_ppFolders;
     delete[] m_ppMessages;
     CQvV4Analyzer* pAnalyzer = QvV4GetAnalyzer();
@@ -129,7 +130,8 @@ int32_t CQvV4MailFolder::GetMessageAt(int32_t nIndex, CQvIObject** ppChild) {
         m_ppMessages, m_nMessageCount, nIndex, ppChild, [&] { return FetchMessageCount(); },
         [](int32_t, void**) { return QV_S_OK; },
         [&](void*, int32_t i) {
-            auto* pMessage = new CQvV4MailMessage(this);
+            CQvV4MailMessage* pMessage = m_pSpareMessage != nullptr ? m_pSpareMessage : new CQvV4MailMessage(this);
+            m_pSpareMessage = nullptr;
             pMessage->Bind(i);
             return pMessage;
         });
@@ -145,6 +147,23 @@ CQvV4MailMessage::CQvV4MailMessage(CQvIObject* pParent) : CQvIMailMessage(pParen
 CQvV4MailMessage::~CQvV4MailMessage() {
     QvV4Value_Release(&m_valMessageId);
     QvV4Value_Release(&m_valSubject);
+}
+
+void CQvV4MailMessage::OnFinalRelease() {
+    CQvV4MailFolder* pFolder = Folder();
+    pFolder->OnChildDisposed(this);
+    if (pFolder->m_pSpareMessage != nullptr) {
+        delete this;
+        return;
+    }
+    // As new: no texts, no index.
+    for (QvV4Value* pVal : {&m_valMessageId, &m_valSubject}) {
+        QvV4Value_Release(pVal);
+        QvV4Value_Init(pVal);
+        QvV4Value_SetKind(pVal, QV_V4_KIND_TEXT16);
+    }
+    m_nIndex = -1;
+    pFolder->m_pSpareMessage = this;
 }
 
 template <typename ReaderText>

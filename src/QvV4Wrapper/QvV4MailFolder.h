@@ -32,6 +32,7 @@ public:
     int32_t m_nIndex = -1;
 
 private:
+    friend class CQvV4MailMessage;  // hands itself back as the spare
     int32_t FetchFolderCount();
     int32_t FetchMessageCount();
 
@@ -40,6 +41,9 @@ private:
     int32_t m_nFolderCount = -1;
     CQvV4MailMessage** m_ppMessages = nullptr;
     int32_t m_nMessageCount = -1;
+    // A disposed message kept for the next: a walk makes and disposes one
+    // message object per message.
+    CQvV4MailMessage* m_pSpareMessage = nullptr;
     int32_t m_bMessagesOpen = 0;
 };
 
@@ -51,12 +55,16 @@ public:
     int32_t GetName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override;
     int32_t GetDisplayName(QV_WCHAR* lpszName, uint32_t* lpcNameLen) override;
     int32_t GetData(QV_MAIL_DATA* pMailData) override;
+    // Hands the object back to its folder, which keeps one for the next
+    // message; its parent's reference goes as before.
+    void OnFinalRelease() override;
 
     void Bind(int32_t nIndex) { m_nIndex = nIndex; }
 
     int32_t m_nIndex = -1;
 
 private:
+    friend class CQvV4MailFolder;
     template <typename ReaderText>
     int32_t FetchText(QvV4Value& val, QV_WCHAR* lpszName, uint32_t* lpcNameLen, ReaderText readerText);
     CQvV4MailFolder* Folder() const { return static_cast<CQvV4MailFolder*>(GetParent()); }
