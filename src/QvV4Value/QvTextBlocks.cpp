@@ -13,15 +13,30 @@ struct alignas(16) Header {
     size_t nCapacity;
 };
 
-// Texts are rounded up to whole pages, so that a block serves the next
-// message of about the same size; texts past kLargest are not kept.
-constexpr size_t kGrain = 4096;
+// Sizes are rounded up to eighths of their power of two (at most an eighth
+// more), so that a block serves the next texts of about the same size; a
+// host may hold many blocks at once. Texts past kLargest are not kept.
+constexpr size_t kSmallest = 256;
 constexpr size_t kLargest = 256 * 1024;
-constexpr int kKept = 4;
+// A host may give back a batch of texts at once before it asks for the
+// next batch: so many blocks, of at most so many bytes, are kept.
+constexpr int kKept = 64;
+constexpr size_t kKeptBytes = 1 << 20;
 
+size_t Rounded(size_t nBytes) {
+    if (nBytes <= kSmallest) return kSmallest;
+    size_t nPower = kSmallest;
+    while (nPower * 2 < nBytes) nPower *= 2;
+    const size_t nGrain = nPower / 8;
+    return (nBytes + nGrain - 1) / nGrain * nGrain;
+}
+
+// The kept blocks, the last given back on top.
 struct Kept {
     std::mutex mutex;
     Header* aBlocks[kKept] = {};
+    int nBlocks = 0;
+    size_t nBytes = 0;
 };
 
 // Never destroyed: a host may free its last texts while the process exits.
@@ -30,28 +45,28 @@ Kept& TheKept() {
     return *kept;
 }
 
+// The block nearest the top that holds nBytes, taken off the stack.
+Header* TakeKept(Kept& kept, size_t nBytes) {
+    for (int i = kept.nBlocks - 1; i >= 0; --i) {
+        Header* pBlock = kept.aBlocks[i];
+        if (pBlock->nCapacity < nBytes) continue;
+        for (int k = i + 1; k < kept.nBlocks; ++k) kept.aBlocks[k - 1] = kept.aBlocks[k];
+        --kept.nBlocks;
+        kept.nBytes -= pBlock->nCapacity;
+        return pBlock;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 void* QvTextBlock_Take(size_t nBytes) {
     if (nBytes <= kLargest) {
         Kept& kept = TheKept();
         std::lock_guard<std::mutex> lock(kept.mutex);
-        // The smallest kept block that fits.
-        int nBest = -1;
-        for (int i = 0; i < kKept; ++i) {
-            Header* pBlock = kept.aBlocks[i];
-            if (pBlock != nullptr && pBlock->nCapacity >= nBytes &&
-                (nBest < 0 || pBlock->nCapacity < kept.aBlocks[nBest]->nCapacity)) {
-                nBest = i;
-            }
-        }
-        if (nBest >= 0) {
-            Header* pBlock = kept.aBlocks[nBest];
-            kept.aBlocks[nBest] = nullptr;
-            return pBlock + 1;
-        }
+        if (Header* pBlock = TakeKept(kept, nBytes)) return pBlock + 1;
     }
-    const size_t nCapacity = nBytes <= kLargest ? (nBytes + kGrain - 1) / kGrain * kGrain : nBytes;
+    const size_t nCapacity = nBytes <= kLargest ? Rounded(nBytes) : nBytes;
     if (nCapacity > static_cast<size_t>(-1) - sizeof(Header)) return nullptr;
     Header* pBlock = static_cast<Header*>(qvp::Malloc(sizeof(Header) + nCapacity));
     if (pBlock == nullptr) return nullptr;
@@ -65,11 +80,10 @@ void QvTextBlock_Free(void* p) {
     if (pBlock->nCapacity <= kLargest) {
         Kept& kept = TheKept();
         std::lock_guard<std::mutex> lock(kept.mutex);
-        for (Header*& pSlot : kept.aBlocks) {
-            if (pSlot == nullptr) {
-                pSlot = pBlock;
-                return;
-            }
+        if (kept.nBlocks < kKept && kept.nBytes + pBlock->nCapacity <= kKeptBytes) {
+            kept.aBlocks[kept.nBlocks++] = pBlock;
+            kept.nBytes += pBlock->nCapacity;
+            return;
         }
     }
     qvp::Free(pBlock);
@@ -78,12 +92,13 @@ void QvTextBlock_Free(void* p) {
 void QvTextBlock_Drop() {
     Kept& kept = TheKept();
     Header* aDropped[kKept];
+    int nDropped = 0;
     {
         std::lock_guard<std::mutex> lock(kept.mutex);
-        for (int i = 0; i < kKept; ++i) {
-            aDropped[i] = kept.aBlocks[i];
-            kept.aBlocks[i] = nullptr;
-        }
+        nDropped = kept.nBlocks;
+        for (int i = 0; i < nDropped; ++i) aDropped[i] = kept.aBlocks[i];
+        kept.nBlocks = 0;
+        kept.nBytes = 0;
     }
-    for (Header* pBlock : aDropped) qvp::Free(pBlock);
+    for (int i = 0; i < nDropped; ++i) qvp::Free(aDropped[i]);
 }

@@ -1,12 +1,12 @@
 // QvTextBlocks.h - the heap blocks that carry a message's whole text to the
-// host, and the few freed ones kept for the next message.
+// host, and the freed ones kept for the next texts.
 //
 // A walk hands the host one text of a few kilobytes per message, and the
-// host frees each before it asks for the next few. Blocks that size lie above
-// the C runtime's per-thread caches, so a malloc and free per message cost
-// more than the copy into them; a handful of freed blocks kept here serve
-// the next texts instead. The host may free from any thread: the kept
-// blocks are guarded by a lock.
+// host gives the blocks back as it goes. Blocks that size lie above the C
+// runtime's per-thread caches, so a malloc and free per message cost more
+// than the copy into them; the blocks kept here serve the next texts
+// instead. The host may free from any thread: the kept blocks are guarded
+// by a lock.
 #ifndef QV_QVTEXTBLOCKS_H
 #define QV_QVTEXTBLOCKS_H
 
