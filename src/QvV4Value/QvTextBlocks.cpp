@@ -8,10 +8,12 @@
 
 namespace {
 
-// The header keeps the text at the heap's alignment.
-struct alignas(16) Header {
+// Sixteen bytes, so that the text keeps the heap's alignment.
+struct Header {
     size_t nCapacity;
+    char aPad[16 - sizeof(size_t)];
 };
+static_assert(sizeof(Header) == 16, "a text block's header is 16 bytes");
 
 // Sizes are rounded up to eighths of their power of two (at most an eighth
 // more), so that a block serves the next texts of about the same size; a
