@@ -34,6 +34,7 @@ QV_BOOL CQvIAnalyzer::IsInitialized() { return m_bInitialized; }
 
 void CQvIAnalyzer::OnChildDisposed(CQvIObject*) { m_pRoot = nullptr; }
 
+// LogsNow makes the same test inline, for the trace records.
 QV_BOOL CQvIAnalyzer::IsLogging() { return m_pLogFile != nullptr; }
 
 int32_t CQvIAnalyzer::WriteLog(const void* pData, uint32_t nBytes) {
