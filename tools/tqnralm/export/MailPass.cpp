@@ -61,7 +61,9 @@ bool MailPass::Folder(FolderPlan& folder) {
             return false;
         }
         Step& step = NextStep(Step::kMessage);
-        step.path = folder.index + "/" + std::to_string(position);
+        step.path.assign(folder.index).push_back('/');  // in the step's kept buffer
+        char digits[24];
+        step.path.append(digits, std::to_chars(digits, digits + sizeof digits, position).ptr);
         step.position = position;
         if (walked_ > resumeSteps_) Fetch(message.get(), step);  // else written by the earlier run
         if (!HandIfFull()) return false;
