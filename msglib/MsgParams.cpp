@@ -97,6 +97,9 @@ size_t LeadingValue(std::string_view s, std::string* value) {
 }  // namespace
 
 void MsgParams::Parse(std::string_view value) {
+    // The copy's room serves the next value, unless one huge value made it.
+    constexpr size_t kKeptRoom = 1 << 16;
+    if (m_text.capacity() > kKeptRoom && value.size() <= kKeptRoom) std::string().swap(m_text);
     m_text.assign(value.data(), value.size());
     m_value.clear();
     m_params.clear();

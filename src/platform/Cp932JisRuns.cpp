@@ -229,19 +229,47 @@ bool g_avx2 = g_hasAvx2;
 
 #endif
 
-// The arithmetic pairs at the start of p[0, n), converted: the bytes taken.
-// A whole block steps on by 32 whatever its bytes, so that the next load
-// need not wait for this one's test; its stores stay below out + n.
+#if defined(__SSE2__)
+
+// Pairs from p[*in], written from out[*written], while 32 bytes are left,
+// ISO-2022-JP's line ends taken between them; true when a pair that is not
+// arithmetic (nor a line end) stopped them there. A whole block steps on by
+// 32 whatever its bytes, so that the next load need not wait for this one's
+// test; its stores stay below out + n, as the writing never passes the
+// reading.
+bool PairsSse2(const unsigned char* p, size_t n, unsigned high, char* out, size_t* in, size_t* written) {
+    const __m128i less = Bytes(static_cast<int>(high));
+    size_t i = *in, w = *written;
+    bool stopped = false;
+    while (i + 32 <= n) {
+        const unsigned bad = PairBlock<true>(p + i, less, out + w);
+        const size_t k = bad == 0 ? 32 : Stop(bad, Ends(p + i, high) | Ends(p + i + 16, high) << 16);
+        i += k;
+        w += k;
+        if (bad == 0) continue;
+        if (high != 0 || n - i <= 8 || std::memcmp(p + i, kLineBreak, 8) != 0) {
+            stopped = true;
+            break;
+        }
+        out[w] = '\r';
+        out[w + 1] = '\n';
+        i += 8;
+        w += 2;
+    }
+    *in = i;
+    *written = w;
+    return stopped;
+}
+
+#endif
+
+// The arithmetic pairs at the start of p[0, n), fewer than 32 bytes after
+// the wider steps, converted: the bytes taken.
 size_t Pairs(const unsigned char* p, size_t n, unsigned high, char* out) {
     size_t i = 0;
 #if defined(__SSE2__)
-    const __m128i less = Bytes(static_cast<int>(high));
-    for (; i + 32 <= n; i += 32) {
-        const unsigned bad = PairBlock<true>(p + i, less, out + i);
-        if (bad != 0) return i + Stop(bad, Ends(p + i, high) | Ends(p + i + 16, high) << 16);
-    }
     if (i + 16 <= n) {
-        const unsigned bad = PairBlock<false>(p + i, less, out + i);
+        const unsigned bad = PairBlock<false>(p + i, Bytes(static_cast<int>(high)), out + i);
         if (bad != 0) return i + Stop(bad, Ends(p + i, high));
         i += 16;
     }
@@ -304,6 +332,9 @@ void JapaneseRun(const unsigned char* p, size_t n, unsigned high, char* out, Run
         bool stopped = pairs && StopsAtOnce(p + i, n - i, high);
 #if QV_RUNS_AVX2
         if (pairs && !stopped && g_avx2) stopped = PairsAvx2(p, n, high, out, &i, &w);
+#endif
+#if defined(__SSE2__)
+        if (pairs && !stopped) stopped = PairsSse2(p, n, high, out, &i, &w);
 #endif
         size_t taken = 0;
         if (!stopped) taken = pairs ? Pairs(p + i, n - i, high, out + w) : Ascii(p + i, n - i, iso, out + w);
