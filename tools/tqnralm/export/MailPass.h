@@ -69,15 +69,13 @@ public:
     bool stopped() const { return stopped_; }
 
 private:
-    // Message bytes that may wait between the two threads (few enough that
-    // the writer still finds a message's bytes in the caches: with 8 MB its
-    // first pass over each message took half as long again as with 1 MB);
-    // the steps and bytes of one hand-over (each costs the two threads a
-    // lock); the emptied batches kept for reuse, and the largest text a kept
-    // step may hold until the walker reuses it.
-    static constexpr size_t kQueueBytes = 1 << 20;
+    // Message bytes that may wait between the two threads; the steps and
+    // bytes of one hand-over (each costs the two threads a lock); the
+    // emptied batches kept for reuse, and the largest text a kept step may
+    // hold until the walker reuses it.
+    static constexpr size_t kQueueBytes = 8 << 20;
     static constexpr size_t kBatchSteps = 64;
-    static constexpr size_t kBatchBytes = 64 << 10;
+    static constexpr size_t kBatchBytes = 256 << 10;
     static constexpr size_t kSpareBatches = kQueueBytes / kBatchBytes + 2;
     static constexpr size_t kKeptBuffer = 1 << 20;
     // Bytes written between two commits at most (about).
