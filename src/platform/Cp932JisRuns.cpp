@@ -36,6 +36,18 @@ constexpr char kLineBreak[] = "\x1B(B\r\n\x1B$B";
 // at the high bit.
 inline bool PlainAscii(unsigned char b, bool iso) { return b < 0x80 && !(iso && (b == kEsc || b == 0x0E || b == 0x0F)); }
 
+// Where the pairs stopped at p[*i]: an ISO-2022-JP line end (CR LF
+// between its escapes back to ASCII and on to kanji) is written as CR LF,
+// and the pairs go on after it; false when the stop is something else.
+inline bool LineBreak(const unsigned char* p, size_t n, unsigned high, char* out, size_t* i, size_t* w) {
+    if (high != 0 || n - *i <= 8 || std::memcmp(p + *i, kLineBreak, 8) != 0) return false;
+    out[*w] = '\r';
+    out[*w + 1] = '\n';
+    *i += 8;
+    *w += 2;
+    return true;
+}
+
 #if defined(__SSE2__)
 
 inline __m128i Bytes(int b) { return _mm_set1_epi8(static_cast<char>(b)); }
@@ -202,14 +214,10 @@ QV_AVX2 bool PairsAvx2(const unsigned char* p, size_t n, unsigned high, char* ou
         i += k;
         w += k;
         if (bad == 0) continue;
-        if (high != 0 || n - i <= 8 || std::memcmp(p + i, kLineBreak, 8) != 0) {
+        if (!LineBreak(p, n, high, out, &i, &w)) {
             stopped = true;
             break;
         }
-        out[w] = '\r';
-        out[w + 1] = '\n';
-        i += 8;
-        w += 2;
     }
     *in = i;
     *written = w;
@@ -247,14 +255,10 @@ bool PairsSse2(const unsigned char* p, size_t n, unsigned high, char* out, size_
         i += k;
         w += k;
         if (bad == 0) continue;
-        if (high != 0 || n - i <= 8 || std::memcmp(p + i, kLineBreak, 8) != 0) {
+        if (!LineBreak(p, n, high, out, &i, &w)) {
             stopped = true;
             break;
         }
-        out[w] = '\r';
-        out[w + 1] = '\n';
-        i += 8;
-        w += 2;
     }
     *in = i;
     *written = w;
@@ -341,12 +345,7 @@ void JapaneseRun(const unsigned char* p, size_t n, unsigned high, char* out, Run
         i += taken;
         w += taken;
         if (i >= n) break;
-        if (iso && pairs && n - i > 8 && std::memcmp(p + i, kLineBreak, 8) == 0) {
-            out[w++] = '\r';
-            out[w++] = '\n';
-            i += 8;
-            continue;
-        }
+        if (pairs && LineBreak(p, n, high, out, &i, &w)) continue;
         if (iso) {
             if (!Leaves(p, n, i, pairs)) break;
             i += 3;

@@ -142,36 +142,6 @@ TEST(MsgApi, FailedCallsHandOutNothing) {
     MT_Term(root);
 }
 
-// Freed texts are kept for the next ones: a text not yet freed keeps its
-// bytes through later parses, frees and texts of every size, on two roots.
-TEST(MsgApi, HandedTextsStayUntilFreed) {
-    const auto mail = [](size_t n) { return "Subject: s\r\n\r\n" + std::string(n, char('a' + n % 26)); };
-    const auto body = [](MT_WORD root, const std::string& text) {
-        EXPECT_EQ(MT_ParseMailText(root, text.data(), MT_WORD(text.size())), 1);
-        MT_WORD pos = MT_GetMainHeadPosition(root), w[10] = {};
-        EXPECT_EQ(MainNext(root, &pos, w), 1);
-        for (int i : {0, 4}) MT_Free(reinterpret_cast<void*>(w[i]));
-        return reinterpret_cast<char*>(w[2]);
-    };
-    MT_WORD roots[2] = {MT_Init(), MT_Init()};
-    std::vector<std::pair<char*, std::string>> held;
-    for (size_t n : {3000, 40, 3000, 70000, 1, 5000, 3000, 200, 2000000, 3001, 64, 63}) {
-        held.emplace_back(body(roots[n % 2], mail(n)), std::string(n, char('a' + n % 26)));
-        if (n % 3 == 0) {  // every third text goes back out of order, checked first
-            auto& [p, want] = held[held.size() / 2];
-            EXPECT_EQ(p, want);
-            MT_Free(p);
-            held.erase(held.begin() + static_cast<long>(held.size() / 2));
-        }
-    }
-    MT_Term(roots[0]);
-    for (auto& [p, want] : held) {
-        EXPECT_EQ(p, want);
-        MT_Free(p);
-    }
-    MT_Term(roots[1]);
-}
-
 // A second parse on a root that holds kWithAll replaces it, also when it fails.
 TEST(MsgApi, BadArgumentsAndReplacement) {
     const struct { const char* text; MT_WORD size, result, attach; const char* subject; } cases[] = {
