@@ -49,13 +49,18 @@ KeptBlocks::Block* KeptBlocks::Remove(size_t i) noexcept {
     return block;
 }
 
-// The smallest kept block with room for bytes, the nearest the top of
-// equals.
+// The kept block nearest the top that holds bytes in less than twice their
+// room, else the smallest that holds them: the usual text looks no further
+// than the top, and a small one takes a body's block only when no smaller
+// block is there.
 KeptBlocks::Block* KeptBlocks::TakeKept(size_t bytes) noexcept {
     Hold hold(lock_);
     size_t best = count_;
     for (size_t i = count_; i-- > 0;) {
-        if (kept_[i]->room >= bytes && (best == count_ || kept_[i]->room < kept_[best]->room)) best = i;
+        const size_t room = kept_[i]->room;
+        if (room < bytes) continue;
+        if (room / 2 < bytes || room == limits_.smallest) return Remove(i);
+        if (best == count_ || room < kept_[best]->room) best = i;
     }
     return best == count_ ? nullptr : Remove(best);
 }
@@ -74,22 +79,23 @@ void* KeptBlocks::Take(size_t bytes) noexcept {
 
 // Keeps block. When the bounds are met, it takes the place of the smallest
 // kept block if that is smaller, so that small texts do not crowd out the
-// bodies. Returns the block to release, if any.
+// bodies; below the least room kept, nothing is searched. Returns the block
+// to release, if any.
 KeptBlocks::Block* KeptBlocks::Keep(Block* block) noexcept {
     Hold hold(lock_);
     if (count_ < limits_.blocks && keptBytes_ + block->room <= limits_.bytes) {
         kept_[count_++] = block;
         keptBytes_ += block->room;
+        if (block->room < leastRoom_) leastRoom_ = block->room;
         return nullptr;
     }
+    if (count_ == 0 || block->room <= leastRoom_) return block;
     size_t smallest = 0;
     for (size_t i = 1; i < count_; ++i) {
         if (kept_[i]->room < kept_[smallest]->room) smallest = i;
     }
-    if (count_ == 0 || kept_[smallest]->room >= block->room ||
-        keptBytes_ - kept_[smallest]->room + block->room > limits_.bytes) {
-        return block;
-    }
+    leastRoom_ = kept_[smallest]->room;
+    if (leastRoom_ >= block->room || keptBytes_ - leastRoom_ + block->room > limits_.bytes) return block;
     Block* out = Remove(smallest);
     kept_[count_++] = block;
     keptBytes_ += block->room;
@@ -111,6 +117,7 @@ void KeptBlocks::Drop() noexcept {
         for (; count < count_; ++count) dropped[count] = kept_[count];
         count_ = 0;
         keptBytes_ = 0;
+        leastRoom_ = static_cast<size_t>(-1);
     }
     for (size_t i = 0; i < count; ++i) release_(dropped[i]);
 }

@@ -57,6 +57,7 @@ private:
     Block* kept_[kMostBlocks] = {};  // the last given back on top
     size_t count_ = 0;
     size_t keptBytes_ = 0;
+    size_t leastRoom_ = static_cast<size_t>(-1);  // no kept block has less
 };
 
 }  // namespace qvp
