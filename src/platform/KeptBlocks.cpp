@@ -9,9 +9,12 @@ namespace qvp {
 
 static_assert(std::is_trivially_destructible<KeptBlocks>::value, "kept blocks outlive the exit");
 
-// Sixteen bytes, so that the text keeps the heap's alignment.
-struct alignas(16) KeptBlocks::Block {
+// Sixteen bytes, so that the text keeps the heap's alignment. Padded, not
+// aligned: a 32-bit heap gives blocks of eight, on which a type aligned to
+// sixteen may not stand.
+struct KeptBlocks::Block {
     size_t room;  // bytes after the head
+    char pad[16 - sizeof(size_t)];
 };
 
 // The lock is held for a few instructions and seldom wanted by two threads
