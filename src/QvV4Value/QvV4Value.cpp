@@ -51,11 +51,13 @@ int32_t FromBytesWide(const char* pText, size_t nLength, QvV4Value* pValue) {
     }
     std::memset(p + i, 0, 2 * (nLength + 1 - i));
     if (i < nLength && pText[i] != '\0') {
-        std::memset(p, 0, 2 * i);
+        // The rest from the first byte above ASCII: the ASCII before it is
+        // whole characters, already widened.
         const char* pZero = static_cast<const char*>(std::memchr(pText + i, 0, nLength - i));
         const size_t nText = pZero != nullptr ? static_cast<size_t>(pZero - pText) : nLength;
-        const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText,
-                                                   static_cast<int>(nText), p, static_cast<int>(nLength + 1));
+        const int nDone = qvp::MultiByteToWideChar(qvp::kCp932, qvp::kMbErrInvalidChars, pText + i,
+                                                   static_cast<int>(nText - i), p + i,
+                                                   static_cast<int>(nLength + 1 - i));
         if (nDone == 0) return -3;
     }
     pValue->pfnFree = FreeText;
