@@ -21,6 +21,8 @@ bool WritesInAscii(uint32_t codePage) {
            codePage == 52936 || codePage == 50225 || codePage == 50227;
 }
 
+}  // namespace
+
 bool IsPlainAscii(uint32_t codePage, std::string_view bytes) {
     if (WritesInAscii(codePage)) return false;
     for (char c : bytes) {
@@ -28,6 +30,8 @@ bool IsPlainAscii(uint32_t codePage, std::string_view bytes) {
     }
     return true;
 }
+
+namespace {
 
 // Shift_JIS as code page 932 writes it: single bytes 00-7F and A1-DF, lead
 // bytes 81-9F and E0-FC before a trail byte 40-7E or 80-FC. 80, A0 and FD-FF

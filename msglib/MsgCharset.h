@@ -45,6 +45,11 @@ uint32_t GuessCodePage(std::string_view bytes, uint32_t declared = kCpGuess);
 
 bool IsValidUtf8(std::string_view bytes);
 
+// Whether bytes read as themselves in codePage (or kCpGuess) and in CP932:
+// ASCII without the escape byte, in a code page that writes no other text
+// in ASCII bytes.
+bool IsPlainAscii(uint32_t codePage, std::string_view bytes);
+
 // Appends the UTF-16 form of bytes in a code page (or kCpGuess). Invalid
 // sequences do not fail: the converter's replacement stands in for them. A
 // code page the system has no converter for reads as GuessCodePage says.

@@ -57,9 +57,8 @@ bool MsgParseRoot::MessageId(std::string* out) const {
     if (!m_header.Find(Field::kMessageId, &raw)) return false;
     std::string room;
     const std::string_view value = UnfoldedView(raw, &room);
-    // ASCII without an escape reads as itself in every guess and in CP932.
-    const auto plain = [](char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\x1B'; };
-    if (std::all_of(value.begin(), value.end(), plain)) {
+    // Such ASCII reads as itself in every guess and in CP932.
+    if (IsPlainAscii(kCpGuess, value)) {
         out->assign(value);
         return true;
     }
