@@ -116,9 +116,11 @@ const Label kLabels[] = {
 };
 
 // A label as it is compared: lower case, '_' as '-'.
+char KeyChar(char c) { return c == '_' ? '-' : AsciiLower(c); }
+
 std::string Key(std::string_view name) {
-    std::string key = LowerCopy(name);
-    std::replace(key.begin(), key.end(), '_', '-');
+    std::string key(name);
+    for (char& c : key) c = KeyChar(c);
     return key;
 }
 
@@ -141,9 +143,9 @@ uint32_t CodePageOfCharset(std::string_view name) {
     const size_t star = name.find('*');
     if (star != std::string_view::npos) name = name.substr(0, star);
     if (name.empty() || name.size() > 32) return kCpGuess;
-    // Every part names its charset: the key is made on the stack, as Key makes it.
+    // Every part names its charset: the key is made on the stack.
     char room[32];
-    for (size_t i = 0; i < name.size(); ++i) room[i] = name[i] == '_' ? '-' : AsciiLower(name[i]);
+    for (size_t i = 0; i < name.size(); ++i) room[i] = KeyChar(name[i]);
     const std::string_view key(room, name.size());
     const std::vector<Entry>& labels = SortedLabels();
     const auto it = std::lower_bound(labels.begin(), labels.end(), key,
