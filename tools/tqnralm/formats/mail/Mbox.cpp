@@ -254,11 +254,6 @@ bool HeaderView(const char* data, size_t size, const char* name, std::string_vie
     return found;
 }
 
-std::string AddrSpec(const std::string& value) {
-    std::string stripped;
-    return std::string(AddrSpecView(value, &stripped));
-}
-
 std::string_view AddrSpecView(std::string_view value, std::string* stripped) {
     bool angle = false;
     std::string_view inner = value;

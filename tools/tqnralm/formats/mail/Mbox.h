@@ -19,9 +19,8 @@ bool HeaderView(const char* data, size_t size, const char* name, std::string_vie
 
 // The addr-spec in a Return-Path or From value ("Taro <taro@example.jp>",
 // "taro@example.jp (Taro)"); empty when there is none usable on a From line.
-std::string AddrSpec(const std::string& value);
-// The same as a view into the value, or into *stripped where comments or
-// quoted strings had to be taken out.
+// A view into the value, or into *stripped where comments or quoted strings
+// had to be taken out.
 std::string_view AddrSpecView(std::string_view value, std::string* stripped);
 
 // An RFC 5322 date ("Fri, 14 Mar 2008 09:05:01 +0900") as seconds since
